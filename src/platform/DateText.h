@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include <optional>
+
+// Dates as the program writes, shows and reads them.
+namespace DateText {
+
+// The stored form of due dates, "Date Updated" and project identifiers: "%Y-%m-%d %H:%M:%S %z",
+// for example "2006-09-14 00:00:00 -0400".
+inline constexpr auto StoredFormat = "%Y-%m-%d %H:%M:%S %z";
+
+// The moment in the local time zone, in the stored form.
+QString toStoredForm(const QDateTime &moment);
+// Clock::now() in the stored form.
+QString nowStoredForm();
+// Reads the stored form back exactly (the offset is honoured). nullopt when the text is not in
+// that form.
+std::optional<QDateTime> fromStoredForm(const QString &text);
+
+// Formats with the "%"-style directives the program uses anywhere:
+//   %A %a  weekday name, full / abbreviated (English)      %B %b  month name, full / abbreviated
+//   %d     day of month, 01-31                              %e     day of month, space padded " 1"-"31"
+//   %m     month 01-12     %y  year 00-99     %Y  year      %H     hour 00-23   %I  hour 01-12
+//   %M     minute 00-59    %S  second 00-59   %p  AM / PM   %j     day of year 001-366
+//   %z     offset "-0400"  %Z  zone abbreviation             %%     a percent sign
+// Any other "%x" is written as it stands.
+QString format(const QDateTime &moment, const QString &percentFormat);
+
+// Reads what a student types into a date field. See DateText.cpp for the accepted forms; the
+// result is the local midnight of the day meant, or nullopt when the text names no date.
+// `displayFormat` is the user's "Date Format", whose own output is always read back.
+// `now` anchors relative words (today, tomorrow, weekday names).
+std::optional<QDateTime> parseNatural(const QString &text, const QString &displayFormat, const QDateTime &now);
+
+} // namespace DateText
