@@ -1,0 +1,61 @@
+#pragma once
+
+#include "store/Assignment.h"
+
+#include <QString>
+
+// The file "Assignments.plist" in the data folder: an XML property list whose root is an array of
+// assignment dictionaries, in order of creation.
+//
+// A store file that cannot be parsed is never overwritten by this class: load() reports the
+// failure, and save() writes nothing until a later load() succeeds (the file was replaced from
+// outside: backup import, sync, deleting all data).
+class AssignmentStore
+{
+public:
+    AssignmentStore();
+    explicit AssignmentStore(QString path);
+
+    QString path() const { return m_path; }
+
+    // The start-up repair: creates the data folder, an empty store when the file is missing, then
+    // gives every record without "Date Updated" now as text, and every record without
+    // "Date Created" now as seconds since 1970, each pass rewriting the file. Does nothing to a file
+    // that does not parse.
+    void repairAtStartup();
+
+    // Reads the file. A missing file is an empty list. nullopt when the file does not parse; the
+    // store is then not usable for saving until a later load succeeds.
+    std::optional<AssignmentList> load(QString *error = nullptr);
+    bool isUsable() const { return m_usable; }
+
+    // Writes the whole list atomically. Does nothing (and returns false) while the last load failed.
+    bool save(const AssignmentList &list);
+
+    // True when the file is exactly as this store last read or wrote it (same size, modification
+    // time and inode), so a reread would give the same records.
+    bool isUnchangedSinceLastAccess() const;
+
+    // Gives every record without "Priority" the priority 1.0; returns whether any changed.
+    static bool addPrioritiesToAssignmentsWithoutThem(AssignmentList &list);
+
+    // Reads or writes a store file directly, for the windows that change assignments outside the
+    // main list (course renames, recurring series, deleting all data). readFile returns nullopt when
+    // the file does not parse (a missing file reads as empty).
+    static std::optional<QVariantList> readFile(const QString &path, QString *error = nullptr);
+    static bool writeFile(const QString &path, const QVariantList &records);
+
+private:
+    struct FileStamp {
+        qint64 size = -1;
+        qint64 mtimeNs = 0;
+        quint64 inode = 0;
+        bool operator==(const FileStamp &) const = default;
+    };
+    static std::optional<FileStamp> stampOf(const QString &path);
+    void remember();
+
+    QString m_path;
+    bool m_usable = true;
+    std::optional<FileStamp> m_lastStamp;
+};
