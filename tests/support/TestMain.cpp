@@ -1,6 +1,8 @@
 #include "TestEnvironment.h"
 
+#include "platform/Alerts.h"
 #include "platform/Clock.h"
+#include "platform/FilePanels.h"
 
 #include <QApplication>
 #include <QDir>
@@ -23,6 +25,8 @@ class FreshHomeListener : public testing::EmptyTestEventListener {
         g_home = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/quillory-test-XXXXXX"));
         qputenv("HOME", QFile::encodeName(g_home->path()));
         Clock::pin(TestEnvironment::pinnedNow());
+        Alerts::resetForTest();
+        FilePanels::resetForTest();
     }
     void OnTestEnd(const testing::TestInfo &) override
     {
