@@ -55,6 +55,18 @@ TEST(DateTextStoredForm, ReadsBackTheSameInstant)
     }
 }
 
+TEST(DateTextStoredForm, LocalMeanTimeBeforeTheZonesStillReadsBackExactly)
+{
+    // Until 1883 New York kept its own mean time, 4:56:02 behind; the form holds whole minutes only.
+    const QDateTime noon = local(1850, 6, 1, 12);
+    ASSERT_NE(noon.offsetFromUtc() % 60, 0) << "the zone data has no local mean time here";
+    const QString text = DateText::toStoredForm(noon);
+    EXPECT_EQ(text.size(), 25) << text.toStdString();
+    const auto back = DateText::fromStoredForm(text);
+    ASSERT_TRUE(back) << text.toStdString();
+    EXPECT_EQ(*back, noon) << text.toStdString();
+}
+
 TEST(DateTextStoredForm, HonoursTheOffsetWritten)
 {
     // Files written elsewhere or by older versions may carry any offset; the instant is what counts.
