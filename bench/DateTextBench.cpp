@@ -58,8 +58,7 @@ double floorNanoseconds()
 }
 
 // Runs `body` once per text per iteration and reports its cost against the floor.
-template <typename Body>
-void measure(benchmark::State &state, Body body)
+template <typename Body> void measure(benchmark::State &state, Body body)
 {
     const double floor = floorNanoseconds();
     const auto start = std::chrono::steady_clock::now();
@@ -88,9 +87,8 @@ void fromStoredForm(benchmark::State &state)
 void qtFromStringWithoutOffset(benchmark::State &state)
 {
     const QString pattern = QStringLiteral("yyyy-MM-dd HH:mm:ss");
-    measure(state, [&pattern](const QString &text) {
-        benchmark::DoNotOptimize(QDateTime::fromString(text.left(19), pattern));
-    });
+    measure(state,
+        [&pattern](const QString &text) { benchmark::DoNotOptimize(QDateTime::fromString(text.left(19), pattern)); });
 }
 
 void toStoredForm(benchmark::State &state)
@@ -99,9 +97,8 @@ void toStoredForm(benchmark::State &state)
     for (const QString &text : storedTexts())
         moments.push_back(*DateText::fromStoredForm(text));
     std::size_t i = 0;
-    measure(state, [&](const QString &) {
-        benchmark::DoNotOptimize(DateText::toStoredForm(moments[i++ % moments.size()]));
-    });
+    measure(state,
+        [&](const QString &) { benchmark::DoNotOptimize(DateText::toStoredForm(moments[i++ % moments.size()])); });
 }
 
 void storedFormToDisplayText(benchmark::State &state)
