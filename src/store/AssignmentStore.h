@@ -57,5 +57,6 @@ private:
 
     QString m_path;
     bool m_usable = true;
+    bool m_accessed = false;
     std::optional<FileStamp> m_lastStamp;
 };

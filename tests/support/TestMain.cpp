@@ -1,6 +1,9 @@
 #include "TestEnvironment.h"
 
+#include "platform/Alerts.h"
 #include "platform/Clock.h"
+#include "platform/FilePanels.h"
+#include "platform/Workspace.h"
 
 #include <QApplication>
 #include <QDir>
@@ -23,6 +26,10 @@ class FreshHomeListener : public testing::EmptyTestEventListener {
         g_home = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/quillory-test-XXXXXX"));
         qputenv("HOME", QFile::encodeName(g_home->path()));
         Clock::pin(TestEnvironment::pinnedNow());
+        Alerts::resetForTest();
+        FilePanels::resetForTest();
+        // Tests never launch real programs: what would be opened is recorded instead.
+        Workspace::recordForTest();
     }
     void OnTestEnd(const testing::TestInfo &) override
     {

@@ -1,0 +1,200 @@
+#include "platform/UserDefaults.h"
+
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QLoggingCategory>
+
+#include <mutex>
+#include <optional>
+#include <sys/stat.h>
+
+Q_LOGGING_CATEGORY(lcDefaults, "quillory.platform.defaults")
+
+namespace {
+
+struct Stamp {
+    qint64 size = -1;
+    qint64 mtimeNs = 0;
+    quint64 inode = 0;
+    bool operator==(const Stamp &) const = default;
+};
+
+struct CachedFile {
+    Stamp stamp;
+    QVariantMap values;
+    bool damaged = false;
+};
+
+std::recursive_mutex g_mutex;
+QHash<QString, CachedFile> g_cache;
+
+std::optional<Stamp> stampOf(const QString &path)
+{
+    struct stat info;
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return std::nullopt;
+    return Stamp{qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
+                 quint64(info.st_ino)};
+}
+
+// The file's current contents, parsed at most once per version of the file. Caller holds g_mutex.
+const CachedFile &current(const QString &path)
+{
+    static const CachedFile missing;
+    const auto stamp = stampOf(path);
+    if (!stamp) {
+        g_cache.remove(path);
+        return missing;
+    }
+    auto it = g_cache.find(path);
+    if (it != g_cache.end() && it->stamp == *stamp)
+        return *it;
+
+    CachedFile file;
+    file.stamp = *stamp;
+    QString error;
+    const auto parsed = PropertyList::readFile(path, &error);
+    if (!parsed || parsed->typeId() != QMetaType::QVariantMap) {
+        file.damaged = true;
+        qCWarning(lcDefaults) << "The preferences file" << path << "cannot be read; using no preferences:"
+                              << (parsed ? QStringLiteral("its root is not a dictionary") : error);
+    } else {
+        file.values = parsed->toMap();
+    }
+    return *g_cache.insert(path, file);
+}
+
+void moveAside(const QString &path)
+{
+    QString target = path + QStringLiteral(".damaged");
+    for (int n = 2; QFileInfo::exists(target); ++n)
+        target = path + QStringLiteral(".damaged-%1").arg(n);
+    if (QFile::rename(path, target))
+        qCWarning(lcDefaults) << "Kept the unreadable preferences file as" << target;
+    else
+        qCWarning(lcDefaults) << "Could not move the unreadable preferences file" << path << "aside";
+}
+
+} // namespace
+
+UserDefaults::UserDefaults()
+    : m_domain(ProgramDomain)
+{
+}
+
+UserDefaults::UserDefaults(QString domain)
+    : m_domain(std::move(domain))
+{
+}
+
+QString UserDefaults::path() const
+{
+    return Paths::preferencesFile(m_domain);
+}
+
+QVariantMap UserDefaults::all() const
+{
+    std::lock_guard lock(g_mutex);
+    return current(path()).values;
+}
+
+bool UserDefaults::contains(const QString &key) const
+{
+    std::lock_guard lock(g_mutex);
+    return current(path()).values.contains(key);
+}
+
+QVariant UserDefaults::object(const QString &key) const
+{
+    std::lock_guard lock(g_mutex);
+    return current(path()).values.value(key);
+}
+
+QVariantMap UserDefaults::dictionary(const QString &key) const
+{
+    const QVariant value = object(key);
+    return value.typeId() == QMetaType::QVariantMap ? value.toMap() : QVariantMap();
+}
+
+QVariantList UserDefaults::array(const QString &key) const
+{
+    const QVariant value = object(key);
+    return value.typeId() == QMetaType::QVariantList ? value.toList() : QVariantList();
+}
+
+QString UserDefaults::string(const QString &key) const
+{
+    const QVariant value = object(key);
+    return value.typeId() == QMetaType::QString ? value.toString() : QString();
+}
+
+bool UserDefaults::boolValue(const QString &key) const
+{
+    const QVariant value = object(key);
+    if (value.typeId() == QMetaType::QString)
+        return value.toString().compare(QLatin1String("YES"), Qt::CaseInsensitive) == 0
+            || value.toString().compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || value.toString().toInt() != 0;
+    return value.isValid() && value.toBool();
+}
+
+qint64 UserDefaults::integer(const QString &key) const
+{
+    const QVariant value = object(key);
+    return value.isValid() ? value.toLongLong() : 0;
+}
+
+double UserDefaults::real(const QString &key) const
+{
+    const QVariant value = object(key);
+    return value.isValid() ? value.toDouble() : 0.0;
+}
+
+QVariant UserDefaults::groupValue(const QString &group, const QString &key) const
+{
+    return dictionary(group).value(key);
+}
+
+void UserDefaults::set(const QString &key, const QVariant &value)
+{
+    setMany({{key, value}});
+}
+
+void UserDefaults::remove(const QString &key)
+{
+    setMany({}, {key});
+}
+
+void UserDefaults::setMany(const QVariantMap &changes, const QStringList &removals)
+{
+    std::lock_guard lock(g_mutex);
+    const QString file = path();
+    const CachedFile &now = current(file);
+    QVariantMap values = now.values;
+    if (now.damaged)
+        moveAside(file);
+    for (auto it = changes.begin(); it != changes.end(); ++it)
+        values.insert(it.key(), it.value());
+    for (const QString &key : removals)
+        values.remove(key);
+
+    QDir().mkpath(QFileInfo(file).absolutePath());
+    QString error;
+    if (!PropertyList::writeFile(file, values, &error)) {
+        qCWarning(lcDefaults) << "Could not save the preferences:" << error;
+        g_cache.remove(file);
+        return;
+    }
+    if (const auto stamp = stampOf(file))
+        g_cache.insert(file, CachedFile{*stamp, values, false});
+}
+
+void UserDefaults::dropCaches()
+{
+    std::lock_guard lock(g_mutex);
+    g_cache.clear();
+}

@@ -1,0 +1,365 @@
+#include "store/CoursesStore.h"
+
+#include "platform/Alerts.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "store/Assignment.h"
+#include "store/AssignmentStore.h"
+#include "store/PreferenceKeys.h"
+
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include <algorithm>
+
+Q_DECLARE_LOGGING_CATEGORY(lcStore)
+
+namespace {
+const QString WarningTitle = QStringLiteral("Warning");
+const QString DeleteCourseQuestion = QStringLiteral("Are you sure you want to delete this course?");
+const QString DeleteTextbookQuestion = QStringLiteral("Are you sure you want to delete this textbook?");
+
+// A missing file is an empty array; nullopt when the file is there but unreadable.
+std::optional<QVariantList> readArray(const QString &path)
+{
+    if (!QFileInfo::exists(path))
+        return QVariantList();
+    QString error;
+    const auto root = PropertyList::readFile(path, &error);
+    if (!root || root->typeId() != QMetaType::QVariantList) {
+        qCWarning(lcStore) << "Cannot read" << path << (root ? QStringLiteral("(root is not an array)") : error);
+        return std::nullopt;
+    }
+    return root->toList();
+}
+} // namespace
+
+QString CourseKeys::field(int number)
+{
+    return QStringLiteral("Field%1").arg(number);
+}
+
+CoursesStore::CoursesStore()
+    : CoursesStore(Paths::coursesFile(), Paths::universalTypesFile(), Paths::assignmentsFile())
+{
+}
+
+CoursesStore::CoursesStore(QString coursesPath, QString universalTypesPath, QString assignmentsPath)
+    : m_coursesPath(std::move(coursesPath))
+    , m_typesPath(std::move(universalTypesPath))
+    , m_assignmentsPath(std::move(assignmentsPath))
+{
+    reload();
+}
+
+bool CoursesStore::reload()
+{
+    const auto combined = readArray(m_coursesPath);
+    m_usable = combined.has_value();
+    m_combined = combined.value_or(QVariantList());
+    // Anything that is not a record cannot be shown or edited; it must not be lost either, so such
+    // a file is treated as unreadable.
+    for (const QVariant &record : std::as_const(m_combined)) {
+        if (record.typeId() != QMetaType::QVariantMap) {
+            m_usable = false;
+            m_combined.clear();
+            break;
+        }
+    }
+    const auto types = readArray(m_typesPath);
+    m_universalTypes.clear();
+    for (const QVariant &type : types.value_or(QVariantList()))
+        m_universalTypes.append(type.toString());
+    return m_usable;
+}
+
+QVariantMap CoursesStore::recordAt(int row) const
+{
+    return row >= 0 && row < m_combined.size() ? m_combined[row].toMap() : QVariantMap();
+}
+
+bool CoursesStore::isCourse(const QVariantMap &record)
+{
+    return record.value(CourseKeys::Type).toString() == CourseKeys::CourseType;
+}
+
+QStringList CoursesStore::getCoursesArray() const
+{
+    QStringList names;
+    const auto combined = readArray(m_coursesPath);
+    for (const QVariant &value : combined.value_or(QVariantList())) {
+        const QVariantMap record = value.toMap();
+        if (!isCourse(record))
+            continue;
+        names.append(record.contains(CourseKeys::Name) ? record.value(CourseKeys::Name).toString()
+                                                       : QStringLiteral(" "));
+    }
+    return names;
+}
+
+QStringList CoursesStore::textbooksOfCourse(const QString &course) const
+{
+    QStringList names;
+    for (const QVariant &value : m_combined) {
+        const QVariantMap record = value.toMap();
+        if (!isCourse(record) && record.value(CourseKeys::Course).toString() == course)
+            names.append(record.value(CourseKeys::Name).toString());
+    }
+    return names;
+}
+
+QStringList CoursesStore::typesForCourse(const QString &course) const
+{
+    QStringList types = m_universalTypes;
+    for (const QVariant &value : m_combined) {
+        const QVariantMap record = value.toMap();
+        if (isCourse(record) && record.value(CourseKeys::Name).toString() == course) {
+            types += record.value(CourseKeys::Types).toStringList();
+            break;
+        }
+    }
+    return types;
+}
+
+void CoursesStore::regroup(QVariantList &combined)
+{
+    QVariantList courses;
+    QVariantList others;
+    for (const QVariant &value : combined)
+        (isCourse(value.toMap()) ? courses : others).append(value);
+    std::stable_sort(others.begin(), others.end(), [](const QVariant &a, const QVariant &b) {
+        return a.toMap().value(CourseKeys::Name).toString().compare(b.toMap().value(CourseKeys::Name).toString(),
+                                                                    Qt::CaseInsensitive)
+            < 0;
+    });
+    QVariantList result;
+    result.reserve(combined.size());
+    for (const QVariant &course : courses) {
+        result.append(course);
+        const QString name = course.toMap().value(CourseKeys::Name).toString();
+        for (const QVariant &textbook : others) {
+            if (textbook.toMap().value(CourseKeys::Course).toString() == name)
+                result.append(textbook);
+        }
+    }
+    combined = result;
+}
+
+void CoursesStore::updateCombinedArray()
+{
+    regroup(m_combined);
+    saveData();
+}
+
+bool CoursesStore::saveData()
+{
+    if (!m_usable) {
+        qCWarning(lcStore) << "Not saving courses: the file on disk could not be read";
+        return false;
+    }
+    return AssignmentStore::writeFile(m_coursesPath, m_combined);
+}
+
+int CoursesStore::addCourse()
+{
+    if (!m_usable)
+        return -1;
+    m_combined.append(QVariantMap{{CourseKeys::Name, QString()},
+                                  {CourseKeys::DisplayName, CourseKeys::NewCourse},
+                                  {CourseKeys::Type, CourseKeys::CourseType}});
+    // Courses keep their order, so the new one is the last course after regrouping.
+    updateCombinedArray();
+    for (int row = int(m_combined.size()) - 1; row >= 0; --row) {
+        if (isCourse(m_combined[row].toMap()))
+            return row;
+    }
+    return -1;
+}
+
+int CoursesStore::addTextbook(int selectedRow)
+{
+    const QVariantMap selected = recordAt(selectedRow);
+    if (!m_usable || selected.isEmpty())
+        return -1;
+    const QString course = isCourse(selected) ? selected.value(CourseKeys::Name).toString()
+                                              : selected.value(CourseKeys::Course).toString();
+    const QVariantMap textbook{{CourseKeys::Name, QString()},
+                               {CourseKeys::DisplayName, CourseKeys::NewTextbook},
+                               {CourseKeys::Type, CourseKeys::TextbookType},
+                               {CourseKeys::Course, course}};
+    qsizetype at = m_combined.size();
+    for (qsizetype i = m_combined.size() - 1; i >= 0; --i) {
+        const QVariantMap record = m_combined[i].toMap();
+        if (isCourse(record) && record.value(CourseKeys::Name).toString() == course) {
+            at = i + 1;
+            break;
+        }
+    }
+    m_combined.insert(at, textbook);
+    updateCombinedArray();
+    return int(m_combined.indexOf(textbook));
+}
+
+bool CoursesStore::renameInAssignments(const QString &key, const QString &from, const QString &to)
+{
+    QString error;
+    auto records = AssignmentStore::readFile(m_assignmentsPath, &error);
+    if (!records) {
+        qCWarning(lcStore) << "Assignments not renamed: the assignments file cannot be read:" << error;
+        return false;
+    }
+    for (QVariant &value : *records) {
+        QVariantMap record = value.toMap();
+        if (record.contains(key) && record.value(key).toString() == from) {
+            record.insert(key, to);
+            value = record;
+        }
+    }
+    return AssignmentStore::writeFile(m_assignmentsPath, *records);
+}
+
+int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField)
+{
+    const QVariantMap old = recordAt(row);
+    if (!m_usable || !isCourse(old))
+        return -1;
+    QVariantMap record{{CourseKeys::Name, form.name},
+                       {CourseKeys::DisplayName, form.name.isEmpty() ? CourseKeys::NewCourse : form.name},
+                       {CourseKeys::Type, CourseKeys::CourseType}};
+    for (int i = 0; i < 6 && i < form.fields.size(); ++i) {
+        if (!form.fields[i].isEmpty())
+            record.insert(CourseKeys::field(i + 1), form.fields[i]);
+    }
+    if (!form.contacts.isEmpty())
+        record.insert(CourseKeys::Contacts, form.contacts);
+    if (!form.defaultTextbook.isEmpty() && form.defaultTextbook != CourseKeys::NoTextbook)
+        record.insert(CourseKeys::DefaultTextbook, form.defaultTextbook);
+    if (!form.notes.isEmpty())
+        record.insert(CourseKeys::Notes, form.notes);
+    if (!form.types.isEmpty())
+        record.insert(CourseKeys::Types, form.types);
+
+    if (fromNameField && originalCourse != form.name) {
+        renameInAssignments(QStringLiteral("Course"), originalCourse, form.name);
+        for (QVariant &value : m_combined) {
+            QVariantMap textbook = value.toMap();
+            if (!isCourse(textbook) && textbook.value(CourseKeys::Course).toString() == originalCourse) {
+                textbook.insert(CourseKeys::Course, form.name);
+                value = textbook;
+            }
+        }
+        saveData();
+        originalCourse = form.name;
+    }
+
+    // Courses keep their order, so the edited one is still the same course by position.
+    int courseIndex = 0;
+    for (int i = 0; i < row; ++i)
+        courseIndex += isCourse(m_combined[i].toMap()) ? 1 : 0;
+    m_combined[row] = record;
+    regroup(m_combined);
+    saveData();
+    for (int i = 0, seen = 0; i < m_combined.size(); ++i) {
+        if (isCourse(m_combined[i].toMap()) && seen++ == courseIndex)
+            return i;
+    }
+    return -1;
+}
+
+int CoursesStore::editTextbook(int row, const TextbookForm &form, bool fromNameField)
+{
+    const QVariantMap old = recordAt(row);
+    if (!m_usable || old.isEmpty() || isCourse(old))
+        return -1;
+    QVariantMap record{{CourseKeys::Name, form.name},
+                       {CourseKeys::DisplayName,
+                        form.name.isEmpty() ? CourseKeys::NewTextbook : CourseKeys::Indent + form.name},
+                       {CourseKeys::Type, CourseKeys::TextbookType},
+                       {CourseKeys::Course, form.course}};
+    for (int i = 0; i < 5 && i < form.fields.size(); ++i) {
+        if (!form.fields[i].isEmpty())
+            record.insert(CourseKeys::field(i + 1), form.fields[i]);
+    }
+    if (!form.notes.isEmpty())
+        record.insert(CourseKeys::Notes, form.notes);
+
+    if (fromNameField && originalTextbook != form.name) {
+        renameInAssignments(QStringLiteral("Textbook"), originalTextbook, form.name);
+        originalTextbook = form.name;
+    }
+    m_combined[row] = record;
+    regroup(m_combined);
+    saveData();
+    return int(m_combined.indexOf(record));
+}
+
+bool CoursesStore::deleteCourseOrTextbook(int row)
+{
+    const QVariantMap record = recordAt(row);
+    if (!m_usable || record.isEmpty())
+        return false;
+    const bool course = isCourse(record);
+    if (UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DisplayWarningMessages).toBool()
+        && !Alerts::askYesNo(WarningTitle, course ? DeleteCourseQuestion : DeleteTextbookQuestion))
+        return false;
+
+    const QString name = record.value(CourseKeys::Name).toString();
+    m_combined.removeAt(row);
+    if (course) {
+        for (qsizetype i = m_combined.size() - 1; i >= 0; --i) {
+            const QVariantMap other = m_combined[i].toMap();
+            if (!isCourse(other) && other.value(CourseKeys::Course).toString() == name)
+                m_combined.removeAt(i);
+        }
+    } else {
+        const QString owner = record.value(CourseKeys::Course).toString();
+        for (QVariant &value : m_combined) {
+            QVariantMap other = value.toMap();
+            if (isCourse(other) && other.value(CourseKeys::Name).toString() == owner
+                && other.value(CourseKeys::DefaultTextbook).toString() == name
+                && other.contains(CourseKeys::DefaultTextbook)) {
+                other.insert(CourseKeys::DefaultTextbook, QString());
+                value = other;
+            }
+        }
+    }
+    saveData();
+    return true;
+}
+
+void CoursesStore::moveInList(QStringList &list, int from, int dropRow)
+{
+    if (from < 0 || from >= list.size())
+        return;
+    const QString item = list.takeAt(from);
+    const int to = std::clamp(dropRow > from ? dropRow - 1 : dropRow, 0, int(list.size()));
+    list.insert(to, item);
+}
+
+int CoursesStore::moveCourse(int from, int dropRow, int selectedRow)
+{
+    if (!m_usable || from < 0 || from >= m_combined.size() || !isCourse(m_combined[from].toMap()))
+        return -1;
+    const QVariant selected = selectedRow >= 0 && selectedRow < m_combined.size() ? m_combined[selectedRow] : QVariant();
+    regroup(m_combined);
+    const QVariant moving = m_combined.takeAt(from);
+    const int to = std::clamp(dropRow > from ? dropRow - 1 : dropRow, 0, int(m_combined.size()));
+    m_combined.insert(to, moving);
+    // Regrouping again brings each course's textbooks back behind it.
+    updateCombinedArray();
+    return selected.isValid() ? int(m_combined.indexOf(selected)) : -1;
+}
+
+bool CoursesStore::editUniversalTypes(const QStringList &types)
+{
+    if (QFileInfo::exists(m_typesPath) && !readArray(m_typesPath)) {
+        qCWarning(lcStore) << "Not saving universal types: the file on disk could not be read";
+        return false;
+    }
+    m_universalTypes = types;
+    QVariantList list;
+    for (const QString &type : types)
+        list.append(type);
+    return AssignmentStore::writeFile(m_typesPath, list);
+}

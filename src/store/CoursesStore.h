@@ -1,0 +1,110 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <optional>
+
+// Keys and values of course and textbook records ("Courses and Textbooks.plist").
+namespace CourseKeys {
+inline const QString Type = QStringLiteral("Type");
+inline const QString Name = QStringLiteral("Name");
+inline const QString DisplayName = QStringLiteral("Display Name");
+inline const QString Course = QStringLiteral("Course");
+inline const QString Contacts = QStringLiteral("Contacts");
+inline const QString DefaultTextbook = QStringLiteral("Default Textbook");
+inline const QString Notes = QStringLiteral("Notes");
+inline const QString Types = QStringLiteral("Types");
+inline const QString CourseType = QStringLiteral("Course");
+inline const QString TextbookType = QStringLiteral("Textbook");
+inline const QString NewCourse = QStringLiteral("New Course");
+inline const QString NewTextbook = QStringLiteral("  New Textbook");
+inline const QString Indent = QStringLiteral("  ");
+inline const QString NewType = QStringLiteral("New Type");
+inline const QString NoTextbook = QStringLiteral("none");
+// "Field1" ... "Field6"
+QString field(int number);
+} // namespace CourseKeys
+
+// The student's courses with their textbooks, kept as one combined array in which each course is
+// followed by its own textbooks (sorted by name, ignoring case), and the assignment types: the
+// universal ones ("Universal Types.plist") and each course's own.
+//
+// Every change is written at once. A file that cannot be parsed is never overwritten: the store
+// then refuses changes (isUsable() is false) until the file is replaced from outside.
+class CoursesStore
+{
+public:
+    struct CourseForm {
+        QString name;
+        QStringList fields = QStringList(6); // "Field1" ... "Field6"
+        QVariantList contacts;
+        QString defaultTextbook;             // "none" (or empty) for no default
+        QString notes;
+        QStringList types;
+    };
+    struct TextbookForm {
+        QString name;
+        QString course;
+        QStringList fields = QStringList(5); // "Field1" ... "Field5"
+        QString notes;
+    };
+
+    CoursesStore();
+    CoursesStore(QString coursesPath, QString universalTypesPath, QString assignmentsPath);
+
+    // Rereads both files (missing files are empty arrays).
+    bool reload();
+    bool isUsable() const { return m_usable; }
+
+    const QVariantList &getCombined() const { return m_combined; }
+    QVariantMap recordAt(int row) const;
+    static bool isCourse(const QVariantMap &record);
+
+    // Course names from the file on disk, in file order; a course without a name gives " ".
+    QStringList getCoursesArray() const;
+    // Names of the textbooks of one course, in combined order.
+    QStringList textbooksOfCourse(const QString &course) const;
+    // The universal types followed by the course's own types.
+    QStringList typesForCourse(const QString &course) const;
+
+    // Regroups (courses in order, each followed by its textbooks sorted case-insensitively; orphan
+    // textbooks dropped) and writes the file.
+    void updateCombinedArray();
+    bool saveData();
+
+    // Each returns the row of the record afterwards (for selecting it), or -1.
+    int addCourse();
+    int addTextbook(int selectedRow);
+    // Rebuilds the course at `row` from the form. With `fromNameField`, the course's old name
+    // (`originalCourse`) is replaced by the new one in every assignment on disk and every textbook.
+    int editCourse(int row, const CourseForm &form, bool fromNameField);
+    int editTextbook(int row, const TextbookForm &form, bool fromNameField);
+    // Asks first while "Display Warning Messages" is on. Returns whether it deleted.
+    bool deleteCourseOrTextbook(int row);
+
+    // Drag and drop within one table: the item at `from` moves to drop row `dropRow`.
+    // Returns the new row of the previously selected record (`selectedRow`), or -1.
+    int moveCourse(int from, int dropRow, int selectedRow);
+    static void moveInList(QStringList &list, int from, int dropRow);
+
+    QStringList universalTypes() const { return m_universalTypes; }
+    bool editUniversalTypes(const QStringList &types);
+
+    // The names a course or textbook had when it was selected, for renames.
+    QString originalCourse;
+    QString originalTextbook;
+
+private:
+    static void regroup(QVariantList &combined);
+    bool renameInAssignments(const QString &key, const QString &from, const QString &to);
+
+    QString m_coursesPath;
+    QString m_typesPath;
+    QString m_assignmentsPath;
+    QVariantList m_combined;
+    QStringList m_universalTypes;
+    bool m_usable = true;
+};
