@@ -85,20 +85,37 @@ void appendDay(QString &out, const QDate &day)
     out += QLatin1Char('\n');
 }
 
+int digits(const QString &text, qsizetype from, qsizetype count)
+{
+    int value = 0;
+    for (qsizetype i = from; i < from + count; ++i) {
+        const char16_t c = text.at(i).unicode();
+        if (c < u'0' || c > u'9')
+            return -1;
+        value = value * 10 + (c - u'0');
+    }
+    return value;
+}
+
 // The day of a stored date as its text says it: "%Y-%m-%d %H:%M:%S", the offset taking no part.
+// Read by hand: a long export reads one per entry.
 QDate dayOf(const QVariantMap &record, const QDate &today)
 {
     const auto it = record.constFind(AssignmentKeys::Date);
     if (it == record.constEnd())
         return today;
     const QString text = it->toString();
-    const QDate day = QDate::fromString(text.left(10), QStringLiteral("yyyy-MM-dd"));
-    const QTime time = QTime::fromString(text.mid(11, 8), QStringLiteral("HH:mm:ss"));
-    if (!day.isValid() || !time.isValid() || text.size() < 19 || text.at(10) != QLatin1Char(' ')) {
-        qCWarning(lcICal) << "Unreadable due date" << text << "exported as today";
-        return today;
+    if (text.size() >= 19 && text.at(4) == u'-' && text.at(7) == u'-' && text.at(10) == u' ' && text.at(13) == u':'
+        && text.at(16) == u':') {
+        const int hour = digits(text, 11, 2);
+        const int minute = digits(text, 14, 2);
+        const int second = digits(text, 17, 2);
+        const QDate day(digits(text, 0, 4), digits(text, 5, 2), digits(text, 8, 2));
+        if (day.isValid() && QTime::isValid(hour, minute, second))
+            return day;
     }
-    return day;
+    qCWarning(lcICal) << "Unreadable due date" << text << "exported as today";
+    return today;
 }
 
 } // namespace
@@ -152,10 +169,17 @@ QString ICalExport::createCustomName(const QVariantMap &record) const
     replace("%n", record.value(AssignmentKeys::Name).toString());
     if (record.contains(AssignmentKeys::Date)) {
         const QString stored = record.value(AssignmentKeys::Date).toString();
-        if (const auto moment = DateText::fromStoredForm(stored))
-            replace("%d", DateText::format(moment->toLocalTime(), m_legacyDateFormat));
-        else
-            qCWarning(lcICal) << "Unreadable due date" << stored << "left out of the summary";
+        auto known = m_dateTexts.constFind(stored);
+        if (known == m_dateTexts.constEnd()) {
+            const auto moment = DateText::fromStoredForm(stored);
+            if (!moment)
+                qCWarning(lcICal) << "Unreadable due date" << stored << "left out of the summary";
+            // A null text marks a date that cannot be read: "%d" then stays as it is.
+            known = m_dateTexts.insert(stored, moment ? DateText::format(moment->toLocalTime(), m_legacyDateFormat)
+                                                      : QString());
+        }
+        if (!known->isNull())
+            replace("%d", *known);
     }
     replace("%c", record.value(AssignmentKeys::Course).toString());
     replace("%t", record.value(AssignmentKeys::Textbook).toString());

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QDate>
+#include <QHash>
 #include <QString>
 #include <QVariantMap>
 
@@ -53,4 +54,6 @@ private:
     QString m_exportFormat;
     QString m_courseLabel, m_textbookLabel, m_typeLabel, m_gradeLabel;
     QString m_legacyDateFormat;
+    // Summary texts of due dates already met in this export (assignments share dates often).
+    mutable QHash<QString, QString> m_dateTexts;
 };

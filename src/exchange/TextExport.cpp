@@ -10,6 +10,7 @@
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 
+#include <QHash>
 #include <QLoggingCategory>
 #include <QSaveFile>
 
@@ -61,16 +62,24 @@ public:
             UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
         m_format = format.typeId() == QMetaType::QString ? format.toString() : DefaultDateFormat;
     }
-    QString operator()(const QString &stored) const
+    // Assignments share due dates often (a week's readings, a series), so each text is worked out once.
+    QString operator()(const QString &stored)
     {
+        const auto known = m_cache.constFind(stored);
+        if (known != m_cache.constEnd())
+            return *known;
+        QString text = stored;
         if (const auto moment = DateText::fromStoredForm(stored))
-            return DateText::format(moment->toLocalTime(), m_format);
-        qCWarning(lcText) << "Unreadable due date" << stored << "written as it is stored";
-        return stored;
+            text = DateText::format(moment->toLocalTime(), m_format);
+        else
+            qCWarning(lcText) << "Unreadable due date" << stored << "written as it is stored";
+        m_cache.insert(stored, text);
+        return text;
     }
 
 private:
     QString m_format;
+    QHash<QString, QString> m_cache;
 };
 
 } // namespace
@@ -88,7 +97,7 @@ QString TextExport::textForAssignments(const AssignmentList &records)
     const QString textbook = Labels::label(LabelKeys::Textbook) + Separator;
     const QString type = Labels::label(LabelKeys::Type) + Separator;
     const QString grade = Labels::label(LabelKeys::Grade) + Separator;
-    const DueDateText dueDate;
+    DueDateText dueDate;
 
     QString text = ProgramName + version() + QStringLiteral("\n\n");
     text.reserve(records.size() * 160 + text.size());
@@ -118,7 +127,7 @@ QString TextExport::textForAssignments(const AssignmentList &records)
 
 QString TextExport::emailBody(const AssignmentList &records)
 {
-    const DueDateText dueDate;
+    DueDateText dueDate;
     QString body = ProgramName + version() + HomeworkHeading;
     for (const AssignmentRef &record : records) {
         if (!record)
