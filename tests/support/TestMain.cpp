@@ -3,6 +3,7 @@
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
 #include "platform/FilePanels.h"
+#include "platform/Workspace.h"
 
 #include <QApplication>
 #include <QDir>
@@ -27,6 +28,8 @@ class FreshHomeListener : public testing::EmptyTestEventListener {
         Clock::pin(TestEnvironment::pinnedNow());
         Alerts::resetForTest();
         FilePanels::resetForTest();
+        // Tests never launch real programs: what would be opened is recorded instead.
+        Workspace::recordForTest();
     }
     void OnTestEnd(const testing::TestInfo &) override
     {

@@ -1,0 +1,666 @@
+#include "platform/PropertyListXmlReader.h"
+
+#include <QDateTime>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <map>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+
+// Deeper nesting than this is not a property list anyone wrote by hand or by program; refusing it
+// keeps the recursion (and the recursive destruction of the result) far from the stack's end.
+constexpr int MaxDepth = 512;
+// Pages of a mapped file are handed back in steps of this size.
+constexpr qsizetype ReleaseStep = qsizetype(8) << 20;
+// Short strings (keys, course names, types, grades) repeat across records: they are made once and
+// shared, which saves an allocation per value and a good part of the result's memory.
+constexpr qsizetype InternMaxSize = 32;
+constexpr quint32 InternSlots = 1024;
+
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+std::string_view trimmed(const char *data, qsizetype size)
+{
+    const char *b = data;
+    const char *e = data + size;
+    while (b < e && isSpace(*b))
+        ++b;
+    while (e > b && isSpace(e[-1]))
+        --e;
+    return std::string_view(b, size_t(e - b));
+}
+
+QString quoted(std::string_view name)
+{
+    return QLatin1Char('<') + QString::fromUtf8(name.data(), qsizetype(name.size())) + QLatin1Char('>');
+}
+
+const QString &emptyString()
+{
+    // Not a null QString: a value that is present but empty must stay distinguishable from an
+    // absent one.
+    static const QString empty = QStringLiteral("");
+    return empty;
+}
+
+int digits(const char *p, int count)
+{
+    int value = 0;
+    for (int i = 0; i < count; ++i) {
+        if (p[i] < '0' || p[i] > '9')
+            return -1;
+        value = value * 10 + (p[i] - '0');
+    }
+    return value;
+}
+
+} // namespace
+
+struct PropertyListXmlReader::InternCache {
+    struct Slot {
+        QString value;
+        quint32 hash = 0;
+        qsizetype size = -1;
+        char bytes[InternMaxSize];
+    };
+    Slot slots[InternSlots];
+};
+
+PropertyListXmlReader::PropertyListXmlReader(QByteArrayView bytes)
+    : m_begin(bytes.data())
+    , m_end(bytes.data() + bytes.size())
+    , m_p(bytes.data())
+    , m_releasedUpTo(bytes.data())
+{
+}
+
+PropertyListXmlReader::~PropertyListXmlReader()
+{
+    delete m_intern;
+}
+
+bool PropertyListXmlReader::fail(const QString &message)
+{
+    return failAt(m_p, message);
+}
+
+bool PropertyListXmlReader::failAt(const char *at, const QString &message)
+{
+    if (!m_failed) {
+        m_failed = true;
+        m_errorAt = std::min(std::max(at, m_begin), m_end);
+        m_error = message;
+    }
+    return false;
+}
+
+bool PropertyListXmlReader::startsWith(const char *literal, qsizetype length) const
+{
+    return m_end - m_p >= length && std::memcmp(m_p, literal, size_t(length)) == 0;
+}
+
+void PropertyListXmlReader::skipWhitespace()
+{
+    while (m_p < m_end && isSpace(*m_p))
+        ++m_p;
+}
+
+bool PropertyListXmlReader::skipUntil(const char *terminator, qsizetype length, const char *what)
+{
+    const char *start = m_p;
+    std::string_view rest(m_p, size_t(m_end - m_p));
+    const size_t found = rest.find(std::string_view(terminator, size_t(length)));
+    if (found == std::string_view::npos)
+        return failAt(start, QStringLiteral("the document ends inside %1").arg(QLatin1String(what)));
+    m_p += found + size_t(length);
+    return true;
+}
+
+bool PropertyListXmlReader::skipDoctype()
+{
+    // <!DOCTYPE plist PUBLIC "..." "..." [ internal subset ]>: quoted strings and the bracketed
+    // subset may hold '>' of their own.
+    const char *start = m_p;
+    char quote = 0;
+    int brackets = 0;
+    for (; m_p < m_end; ++m_p) {
+        const char c = *m_p;
+        if (quote) {
+            if (c == quote)
+                quote = 0;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '[') {
+            ++brackets;
+        } else if (c == ']') {
+            --brackets;
+        } else if (c == '>' && brackets <= 0) {
+            ++m_p;
+            return true;
+        }
+    }
+    return failAt(start, QStringLiteral("the document ends inside the DOCTYPE"));
+}
+
+bool PropertyListXmlReader::skipProlog()
+{
+    if (startsWith("\xEF\xBB\xBF", 3))
+        m_p += 3;
+    while (true) {
+        skipWhitespace();
+        if (startsWith("<?", 2)) {
+            if (!skipUntil("?>", 2, "a processing instruction"))
+                return false;
+        } else if (startsWith("<!--", 4)) {
+            if (!skipUntil("-->", 3, "a comment"))
+                return false;
+        } else if (startsWith("<!DOCTYPE", 9)) {
+            if (!skipDoctype())
+                return false;
+        } else {
+            return true;
+        }
+    }
+}
+
+bool PropertyListXmlReader::skipBetweenElements()
+{
+    while (true) {
+        skipWhitespace();
+        if (atEnd() || *m_p != '<')
+            return atEnd() || fail(QStringLiteral("unexpected text between elements"));
+        if (startsWith("<!--", 4)) {
+            if (!skipUntil("-->", 3, "a comment"))
+                return false;
+        } else if (startsWith("<?", 2)) {
+            if (!skipUntil("?>", 2, "a processing instruction"))
+                return false;
+        } else {
+            return true;
+        }
+    }
+}
+
+bool PropertyListXmlReader::readStartTag(std::string_view &name, bool &selfClosing)
+{
+    const char *tag = m_p;
+    ++m_p; // '<'
+    const char *nameStart = m_p;
+    while (m_p < m_end && !isSpace(*m_p) && *m_p != '>' && *m_p != '/' && *m_p != '<')
+        ++m_p;
+    name = std::string_view(nameStart, size_t(m_p - nameStart));
+    if (name.empty() || name[0] == '!' || name[0] == '?')
+        return failAt(tag, QStringLiteral("expected an element"));
+    // Attributes are read over and ignored: only <plist version="1.0"> has any.
+    while (true) {
+        skipWhitespace();
+        if (atEnd())
+            return failAt(tag, QStringLiteral("the document ends inside the tag %1").arg(quoted(name)));
+        if (*m_p == '>') {
+            ++m_p;
+            selfClosing = false;
+            return true;
+        }
+        if (*m_p == '/') {
+            if (m_end - m_p < 2 || m_p[1] != '>')
+                return fail(QStringLiteral("malformed tag %1").arg(quoted(name)));
+            m_p += 2;
+            selfClosing = true;
+            return true;
+        }
+        while (m_p < m_end && !isSpace(*m_p) && *m_p != '=' && *m_p != '>' && *m_p != '/' && *m_p != '<')
+            ++m_p;
+        skipWhitespace();
+        if (atEnd() || *m_p != '=')
+            return fail(QStringLiteral("malformed attribute in %1").arg(quoted(name)));
+        ++m_p;
+        skipWhitespace();
+        if (atEnd() || (*m_p != '"' && *m_p != '\''))
+            return fail(QStringLiteral("malformed attribute in %1").arg(quoted(name)));
+        const char quote = *m_p++;
+        const void *close = std::memchr(m_p, quote, size_t(m_end - m_p));
+        if (!close)
+            return failAt(tag, QStringLiteral("the document ends inside the tag %1").arg(quoted(name)));
+        m_p = static_cast<const char *>(close) + 1;
+    }
+}
+
+bool PropertyListXmlReader::readEndTag(std::string_view name)
+{
+    const char *tag = m_p;
+    if (!startsWith("</", 2))
+        return fail(QStringLiteral("expected </%1>").arg(QString::fromUtf8(name.data(), qsizetype(name.size()))));
+    m_p += 2;
+    if (m_end - m_p < qsizetype(name.size()) || std::memcmp(m_p, name.data(), name.size()) != 0)
+        return failAt(tag, QStringLiteral("expected </%1>").arg(QString::fromUtf8(name.data(), qsizetype(name.size()))));
+    m_p += name.size();
+    skipWhitespace();
+    if (atEnd() || *m_p != '>')
+        return failAt(tag, QStringLiteral("expected </%1>").arg(QString::fromUtf8(name.data(), qsizetype(name.size()))));
+    ++m_p;
+    return true;
+}
+
+bool PropertyListXmlReader::appendEntity(const char *ampersand)
+{
+    const qsizetype window = std::min<qsizetype>(m_end - ampersand, 12);
+    const void *semicolon = std::memchr(ampersand, ';', size_t(window));
+    if (!semicolon)
+        return failAt(ampersand, QStringLiteral("malformed entity"));
+    const std::string_view entity(ampersand + 1, size_t(static_cast<const char *>(semicolon) - ampersand - 1));
+    m_p = static_cast<const char *>(semicolon) + 1;
+    if (entity == "amp") {
+        m_scratch += '&';
+    } else if (entity == "lt") {
+        m_scratch += '<';
+    } else if (entity == "gt") {
+        m_scratch += '>';
+    } else if (entity == "quot") {
+        m_scratch += '"';
+    } else if (entity == "apos") {
+        m_scratch += '\'';
+    } else if (entity.size() >= 2 && entity[0] == '#') {
+        const bool hex = entity[1] == 'x';
+        const char *first = entity.data() + (hex ? 2 : 1);
+        const char *last = entity.data() + entity.size();
+        quint32 code = 0;
+        const auto result = std::from_chars(first, last, code, hex ? 16 : 10);
+        if (first == last || result.ec != std::errc() || result.ptr != last || code == 0 || code > 0x10FFFF
+            || (code >= 0xD800 && code <= 0xDFFF))
+            return failAt(ampersand, QStringLiteral("invalid character reference"));
+        if (code < 0x80) {
+            m_scratch += char(code);
+        } else if (code < 0x800) {
+            m_scratch += char(0xC0 | (code >> 6));
+            m_scratch += char(0x80 | (code & 0x3F));
+        } else if (code < 0x10000) {
+            m_scratch += char(0xE0 | (code >> 12));
+            m_scratch += char(0x80 | ((code >> 6) & 0x3F));
+            m_scratch += char(0x80 | (code & 0x3F));
+        } else {
+            m_scratch += char(0xF0 | (code >> 18));
+            m_scratch += char(0x80 | ((code >> 12) & 0x3F));
+            m_scratch += char(0x80 | ((code >> 6) & 0x3F));
+            m_scratch += char(0x80 | (code & 0x3F));
+        }
+    } else {
+        return failAt(ampersand, QStringLiteral("unknown entity &%1;").arg(QString::fromUtf8(entity.data(), qsizetype(entity.size()))));
+    }
+    return true;
+}
+
+bool PropertyListXmlReader::readText(std::string_view name, bool selfClosing, Text &text)
+{
+    if (selfClosing) {
+        text = {m_p, 0};
+        return true;
+    }
+    const char *start = m_p;
+    const auto *lt = static_cast<const char *>(std::memchr(m_p, '<', size_t(m_end - m_p)));
+    if (!lt)
+        return failAt(start, QStringLiteral("the document ends inside %1").arg(quoted(name)));
+    if (lt + 1 < m_end && lt[1] == '/' && !std::memchr(start, '&', size_t(lt - start))) {
+        // The common case: plain text, taken straight from the input.
+        text = {start, lt - start};
+        m_p = lt;
+        return readEndTag(name);
+    }
+    m_scratch.clear();
+    while (true) {
+        lt = static_cast<const char *>(std::memchr(m_p, '<', size_t(m_end - m_p)));
+        if (!lt)
+            return failAt(start, QStringLiteral("the document ends inside %1").arg(quoted(name)));
+        const auto *amp = static_cast<const char *>(std::memchr(m_p, '&', size_t(lt - m_p)));
+        const char *stop = amp ? amp : lt;
+        m_scratch.append(m_p, size_t(stop - m_p));
+        m_p = stop;
+        if (amp) {
+            if (!appendEntity(amp))
+                return false;
+        } else if (startsWith("<![CDATA[", 9)) {
+            m_p += 9;
+            const char *content = m_p;
+            if (!skipUntil("]]>", 3, "a CDATA section"))
+                return false;
+            m_scratch.append(content, size_t(m_p - 3 - content));
+        } else if (startsWith("<!--", 4)) {
+            if (!skipUntil("-->", 3, "a comment"))
+                return false;
+        } else if (startsWith("<?", 2)) {
+            if (!skipUntil("?>", 2, "a processing instruction"))
+                return false;
+        } else if (startsWith("</", 2)) {
+            break;
+        } else {
+            return fail(QStringLiteral("unexpected element inside %1").arg(quoted(name)));
+        }
+    }
+    text = {m_scratch.data(), qsizetype(m_scratch.size())};
+    return readEndTag(name);
+}
+
+QString PropertyListXmlReader::makeString(Text text)
+{
+    if (text.size == 0)
+        return emptyString();
+    if (text.size > InternMaxSize)
+        return QString::fromUtf8(text.data, text.size);
+    quint32 hash = 2166136261u;
+    for (qsizetype i = 0; i < text.size; ++i)
+        hash = (hash ^ quint8(text.data[i])) * 16777619u;
+    if (!m_intern)
+        m_intern = new InternCache;
+    InternCache::Slot &slot = m_intern->slots[hash & (InternSlots - 1)];
+    if (slot.hash != hash || slot.size != text.size || std::memcmp(slot.bytes, text.data, size_t(text.size)) != 0) {
+        slot.value = QString::fromUtf8(text.data, text.size);
+        slot.hash = hash;
+        slot.size = text.size;
+        std::memcpy(slot.bytes, text.data, size_t(text.size));
+    }
+    return slot.value;
+}
+
+bool PropertyListXmlReader::readInteger(Text text, QVariant &value)
+{
+    std::string_view digitsText = trimmed(text.data, text.size);
+    const char *at = m_p;
+    if (!digitsText.empty() && digitsText[0] == '+')
+        digitsText.remove_prefix(1);
+    const char *first = digitsText.data();
+    const char *last = first + digitsText.size();
+    qint64 number = 0;
+    auto result = std::from_chars(first, last, number);
+    if (result.ec == std::errc::result_out_of_range && first < last && *first != '-') {
+        // Unsigned 64-bit values above the signed range are valid property-list integers.
+        quint64 big = 0;
+        result = std::from_chars(first, last, big);
+        if (result.ec == std::errc() && result.ptr == last) {
+            value = QVariant::fromValue(big);
+            return true;
+        }
+    }
+    if (first == last || result.ec != std::errc() || result.ptr != last)
+        return failAt(at, QStringLiteral("invalid <integer>"));
+    value = QVariant::fromValue(number);
+    return true;
+}
+
+bool PropertyListXmlReader::readReal(Text text, QVariant &value)
+{
+    std::string_view number = trimmed(text.data, text.size);
+    if (!number.empty() && number[0] == '+')
+        number.remove_prefix(1);
+    const char *first = number.data();
+    const char *last = first + number.size();
+    double real = 0;
+    // from_chars reads "nan", "inf" and "-inf" too, which is how non-finite reals are written.
+    const auto result = std::from_chars(first, last, real);
+    if (first == last || result.ec != std::errc() || result.ptr != last)
+        return failAt(m_p, QStringLiteral("invalid <real>"));
+    value = QVariant(real);
+    return true;
+}
+
+bool PropertyListXmlReader::readDate(Text text, QVariant &value)
+{
+    // 2006-09-14T04:00:00Z, always UTC.
+    const std::string_view date = trimmed(text.data, text.size);
+    const char *d = date.data();
+    if (date.size() != 20 || d[4] != '-' || d[7] != '-' || d[10] != 'T' || d[13] != ':' || d[16] != ':'
+        || d[19] != 'Z')
+        return failAt(m_p, QStringLiteral("invalid <date>"));
+    const QDate day(digits(d, 4), digits(d + 5, 2), digits(d + 8, 2));
+    const QTime time(digits(d + 11, 2), digits(d + 14, 2), digits(d + 17, 2));
+    if (!day.isValid() || !time.isValid())
+        return failAt(m_p, QStringLiteral("invalid <date>"));
+    value = QDateTime(day, time, Qt::UTC);
+    return true;
+}
+
+bool PropertyListXmlReader::readData(Text text, QVariant &value)
+{
+    // Base64, with any whitespace (line breaks, indentation) between the characters.
+    static const auto table = [] {
+        std::array<qint8, 256> t;
+        t.fill(-1);
+        for (int i = 0; i < 26; ++i) {
+            t['A' + i] = qint8(i);
+            t['a' + i] = qint8(26 + i);
+        }
+        for (int i = 0; i < 10; ++i)
+            t['0' + i] = qint8(52 + i);
+        t['+'] = 62;
+        t['/'] = 63;
+        t[' '] = t['\t'] = t['\n'] = t['\r'] = -2;
+        t['='] = -3;
+        return t;
+    }();
+    QByteArray bytes(text.size * 3 / 4 + 3, Qt::Uninitialized);
+    char *out = bytes.data();
+    quint32 bits = 0;
+    int count = 0;
+    bool padding = false;
+    const auto *in = reinterpret_cast<const quint8 *>(text.data);
+    for (qsizetype i = 0; i < text.size; ++i) {
+        const qint8 code = table[in[i]];
+        if (code >= 0 && !padding) {
+            bits = (bits << 6) | quint32(code);
+            if (++count == 4) {
+                *out++ = char(bits >> 16);
+                *out++ = char(bits >> 8);
+                *out++ = char(bits);
+                bits = 0;
+                count = 0;
+            }
+        } else if (code == -3) {
+            padding = true;
+        } else if (code != -2) {
+            return failAt(m_p, QStringLiteral("invalid base64 in <data>"));
+        }
+    }
+    if (count == 1)
+        return failAt(m_p, QStringLiteral("invalid base64 in <data>"));
+    if (count == 2) {
+        *out++ = char(bits >> 4);
+    } else if (count == 3) {
+        *out++ = char(bits >> 10);
+        *out++ = char(bits >> 2);
+    }
+    bytes.truncate(out - bytes.data());
+    value = bytes;
+    return true;
+}
+
+bool PropertyListXmlReader::readValue(QVariant &value, const char *tag, std::string_view name, bool selfClosing)
+{
+    Text text;
+    if (name == "dict")
+        return selfClosing ? (value = QVariantMap(), true) : readDict(value);
+    if (name == "array")
+        return selfClosing ? (value = QVariantList(), true) : readArray(value);
+    if (name == "string") {
+        if (!readText(name, selfClosing, text))
+            return false;
+        value = makeString(text);
+        return true;
+    }
+    if (name == "integer")
+        return readText(name, selfClosing, text) && readInteger(text, value);
+    if (name == "real")
+        return readText(name, selfClosing, text) && readReal(text, value);
+    if (name == "true" || name == "false") {
+        if (!readText(name, selfClosing, text))
+            return false;
+        if (!trimmed(text.data, text.size).empty())
+            return failAt(tag, QStringLiteral("%1 holds text").arg(quoted(name)));
+        value = QVariant(name == "true");
+        return true;
+    }
+    if (name == "date")
+        return readText(name, selfClosing, text) && readDate(text, value);
+    if (name == "data")
+        return readText(name, selfClosing, text) && readData(text, value);
+    if (name == "key")
+        return failAt(tag, QStringLiteral("<key> outside a <dict>"));
+    return failAt(tag, QStringLiteral("unknown element %1").arg(quoted(name)));
+}
+
+bool PropertyListXmlReader::readArray(QVariant &value)
+{
+    const char *open = m_p;
+    if (++m_depth > MaxDepth)
+        return fail(QStringLiteral("arrays and dictionaries are nested too deeply"));
+    QVariantList list;
+    while (true) {
+        if (!skipBetweenElements())
+            return false;
+        if (atEnd())
+            return failAt(open, QStringLiteral("the document ends inside <array>"));
+        if (startsWith("</", 2)) {
+            if (!readEndTag("array"))
+                return false;
+            break;
+        }
+        const char *tag = m_p;
+        std::string_view name;
+        bool selfClosing = false;
+        if (!readStartTag(name, selfClosing))
+            return false;
+        QVariant item;
+        if (!readValue(item, tag, name, selfClosing))
+            return false;
+        list.emplaceBack(std::move(item));
+        if (m_releasePages)
+            releasePassedPages();
+    }
+    --m_depth;
+    value = list;
+    return true;
+}
+
+bool PropertyListXmlReader::readDict(QVariant &value)
+{
+    const char *open = m_p;
+    if (++m_depth > MaxDepth)
+        return fail(QStringLiteral("arrays and dictionaries are nested too deeply"));
+    // Built as a std::map and handed to QMap whole: keys come sorted from any writer that sorts
+    // them, so each insertion at the end is constant time, and nothing is copied.
+    std::map<QString, QVariant> map;
+    while (true) {
+        if (!skipBetweenElements())
+            return false;
+        if (atEnd())
+            return failAt(open, QStringLiteral("the document ends inside <dict>"));
+        if (startsWith("</", 2)) {
+            if (!readEndTag("dict"))
+                return false;
+            break;
+        }
+        const char *tag = m_p;
+        std::string_view name;
+        bool selfClosing = false;
+        if (!readStartTag(name, selfClosing))
+            return false;
+        if (name != "key")
+            return failAt(tag, QStringLiteral("expected <key> in <dict>, found %1").arg(quoted(name)));
+        Text text;
+        if (!readText(name, selfClosing, text))
+            return false;
+        QString key = makeString(text);
+        if (!skipBetweenElements())
+            return false;
+        if (atEnd())
+            return failAt(open, QStringLiteral("the document ends inside <dict>"));
+        const char *valueTag = m_p;
+        if (startsWith("</", 2))
+            return failAt(valueTag, QStringLiteral("the key \"%1\" has no value").arg(key));
+        if (!readStartTag(name, selfClosing))
+            return false;
+        if (name == "key")
+            return failAt(valueTag, QStringLiteral("the key \"%1\" has no value").arg(key));
+        QVariant item;
+        if (!readValue(item, valueTag, name, selfClosing))
+            return false;
+        map.insert_or_assign(map.end(), std::move(key), std::move(item));
+        if (m_releasePages)
+            releasePassedPages();
+    }
+    --m_depth;
+    value = QVariantMap(std::move(map));
+    return true;
+}
+
+void PropertyListXmlReader::releasePassedPages()
+{
+    if (m_p - m_releasedUpTo < ReleaseStep)
+        return;
+    static const qsizetype pageSize = qsizetype(sysconf(_SC_PAGESIZE));
+    const char *until = m_begin + ((m_p - m_begin) / pageSize) * pageSize;
+    if (until > m_releasedUpTo) {
+        madvise(const_cast<char *>(m_releasedUpTo), size_t(until - m_releasedUpTo), MADV_DONTNEED);
+        m_releasedUpTo = until;
+    }
+}
+
+std::optional<QVariant> PropertyListXmlReader::read(QString *error)
+{
+    QVariant root;
+    const bool ok = [&] {
+        if (!skipProlog())
+            return false;
+        if (atEnd())
+            return fail(QStringLiteral("the document is empty"));
+        if (*m_p != '<')
+            return fail(QStringLiteral("expected <plist>"));
+        const char *tag = m_p;
+        std::string_view name;
+        bool selfClosing = false;
+        if (!readStartTag(name, selfClosing))
+            return false;
+        if (name != "plist")
+            return failAt(tag, QStringLiteral("the root element is %1, not <plist>").arg(quoted(name)));
+        if (!selfClosing && !skipBetweenElements())
+            return false;
+        if (selfClosing || startsWith("</", 2))
+            return failAt(tag, QStringLiteral("<plist> holds no value"));
+        if (atEnd())
+            return failAt(tag, QStringLiteral("the document ends inside <plist>"));
+        const char *valueTag = m_p;
+        if (!readStartTag(name, selfClosing) || !readValue(root, valueTag, name, selfClosing))
+            return false;
+        if (!skipBetweenElements())
+            return false;
+        if (atEnd())
+            return failAt(tag, QStringLiteral("the document ends inside <plist>"));
+        if (!startsWith("</", 2))
+            return fail(QStringLiteral("<plist> holds more than one value"));
+        if (!readEndTag("plist"))
+            return false;
+        if (!skipBetweenElements())
+            return false;
+        return atEnd() || fail(QStringLiteral("unexpected content after </plist>"));
+    }();
+    if (ok)
+        return root;
+    if (error) {
+        qsizetype line = 1;
+        const char *lineStart = m_begin;
+        for (const char *p = m_begin; p < m_errorAt; ++p) {
+            if (*p == '\n') {
+                ++line;
+                lineStart = p + 1;
+            }
+        }
+        *error = QStringLiteral("line %1, column %2: %3").arg(line).arg(m_errorAt - lineStart + 1).arg(m_error);
+    }
+    return std::nullopt;
+}
