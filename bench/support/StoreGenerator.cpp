@@ -137,9 +137,9 @@ QVariantList assignments(int count, quint64 seed)
         record.insert(Priority, random.chance(50) ? 1.0 : 2.0 * random.unit());
         if (random.chance(70))
             record.insert(Completed, random.chance(60));
-        if (random.chance(65)) {
+        if (random.chance(75)) {
             QString notes;
-            for (int s = 1 + random.below(5); s > 0; --s) {
+            for (int s = 1 + random.below(6); s > 0; --s) {
                 if (!notes.isEmpty())
                     notes += random.chance(30) ? QStringLiteral("\n") : QStringLiteral(" ");
                 notes += QString::fromUtf8(random.pick(Sentences));
@@ -154,7 +154,8 @@ QVariantList assignments(int count, quint64 seed)
         }
         if (random.chance(5))
             record.insert(File, QStringLiteral("/home/student/Documents/Assignment %1.pdf").arg(i));
-        if (random.chance(1))
+        // Exactly one record in a hundred, so the store's size does not hinge on the dice.
+        if (i % 100 == 50)
             record.insert(Snapshot, snapshot(random));
         if (random.chance(4)) {
             const QString id = stampText(created);

@@ -17,6 +17,15 @@ const char DocumentFooter[] = "</plist>\n";
 // Files above this size are mapped rather than read, so that the reader can drop the pages it has
 // passed instead of holding a second copy of the whole file.
 constexpr qint64 MapThreshold = qint64(1) << 20;
+// A little above the writer's flush size, so that its buffer never needs to grow.
+constexpr qsizetype WriteBufferSize = (qsizetype(1) << 20) + (qsizetype(1) << 16);
+
+bool failedWrite(const QString &path, const QSaveFile &file, QString *error)
+{
+    if (error)
+        *error = QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
+    return false;
+}
 
 } // namespace
 
@@ -93,30 +102,40 @@ void appendValue(QByteArray &out, const QVariant &value, int depth)
 
 bool writeFile(const QString &path, const QVariant &root, QString *error)
 {
-    return writeBytes(path, toXml(root), error);
+    // Serialised straight into the file a megabyte at a time: a large store never exists whole in
+    // memory as text.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return failedWrite(path, file, error);
+    QByteArray buffer;
+    buffer.reserve(WriteBufferSize);
+    {
+        PropertyListXmlWriter writer(buffer, &file);
+        writer.raw(QByteArrayView(DocumentHeader, qsizetype(sizeof DocumentHeader - 1)));
+        writer.value(root, 0);
+        writer.raw(QByteArrayView(DocumentFooter, qsizetype(sizeof DocumentFooter - 1)));
+        if (!writer.flush()) {
+            failedWrite(path, file, error);
+            file.cancelWriting();
+            return false;
+        }
+    }
+    // commit() syncs the new file to disk before renaming it over the old one.
+    return file.commit() || failedWrite(path, file, error);
 }
 
 bool writeBytes(const QString &path, const QByteArray &bytes, QString *error)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        if (error)
-            *error = QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
-        return false;
-    }
+    if (!file.open(QIODevice::WriteOnly))
+        return failedWrite(path, file, error);
     if (file.write(bytes) != bytes.size()) {
-        if (error)
-            *error = QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
+        failedWrite(path, file, error);
         file.cancelWriting();
         return false;
     }
     // commit() syncs the new file to disk before renaming it over the old one.
-    if (!file.commit()) {
-        if (error)
-            *error = QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
-        return false;
-    }
-    return true;
+    return file.commit() || failedWrite(path, file, error);
 }
 
 } // namespace PropertyList

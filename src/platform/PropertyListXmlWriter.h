@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
+#include <QIODevice>
 #include <QStringView>
 #include <QVariant>
 
@@ -12,15 +14,21 @@
 // array's spare capacity and settles the array's size once, when it goes out of scope, because a
 // store of 100,000 records is millions of small pieces and each QByteArray::append costs more than
 // the bytes it copies.
+//
+// Given a device, it writes to it whenever a megabyte has collected, so a whole document is never
+// held in memory and the buffer stays in the processor's cache.
 class PropertyListXmlWriter
 {
 public:
-    explicit PropertyListXmlWriter(QByteArray &out);
+    explicit PropertyListXmlWriter(QByteArray &out, QIODevice *device = nullptr);
     ~PropertyListXmlWriter();
     PropertyListXmlWriter(const PropertyListXmlWriter &) = delete;
     PropertyListXmlWriter &operator=(const PropertyListXmlWriter &) = delete;
 
     void value(const QVariant &value, int depth);
+    void raw(QByteArrayView bytes);
+    // Writes what is left to the device; false when any write to it failed.
+    bool flush();
 
 private:
     char *room(qsizetype bytes)
@@ -53,6 +61,8 @@ private:
     void entry(QStringView key, const QVariant &item, int depth);
 
     QByteArray &m_out;
+    QIODevice *m_device;
+    bool m_deviceFailed = false;
     char *m_p;
     char *m_end;
 };
