@@ -14,7 +14,9 @@ namespace {
 class Fuzzer
 {
 public:
-    explicit Fuzzer(unsigned seed) : m_random(seed) { }
+    explicit Fuzzer(unsigned seed)
+        : m_random(seed)
+    { }
 
     int below(int n) { return std::uniform_int_distribution<int>(0, n - 1)(m_random); }
     bool chance(int percent) { return below(100) < percent; }
@@ -107,15 +109,14 @@ private:
     std::mt19937 m_random;
 };
 
-const QStringList Formats = {QStringLiteral("%A, %B %e, %Y"), QStringLiteral("%a, %b %e, %Y"),
-                             QStringLiteral("%m/%d/%y")};
+const QStringList Formats
+    = {QStringLiteral("%A, %B %e, %Y"), QStringLiteral("%a, %b %e, %Y"), QStringLiteral("%m/%d/%y")};
 
-const QStringList GoodInputs = {
-    QStringLiteral("today"),         QStringLiteral("next monday"),      QStringLiteral("3/5/2008"),
-    QStringLiteral("03/05/08"),      QStringLiteral("Mar/ 5/2008"),      QStringLiteral("March 5, 2008"),
-    QStringLiteral("5 March 2008"),  QStringLiteral("2008-03-05"),       QStringLiteral("2008-03-05 00:00:00 -0400"),
-    QStringLiteral("3 01 2008"),     QStringLiteral("Wednesday, March  5, 2008"), QStringLiteral("5th of Sept"),
-    QStringLiteral("Wed, Mar  5, 2008"), QStringLiteral("20080305"),    QStringLiteral("last fri")};
+const QStringList GoodInputs = {QStringLiteral("today"), QStringLiteral("next monday"), QStringLiteral("3/5/2008"),
+    QStringLiteral("03/05/08"), QStringLiteral("Mar/ 5/2008"), QStringLiteral("March 5, 2008"),
+    QStringLiteral("5 March 2008"), QStringLiteral("2008-03-05"), QStringLiteral("2008-03-05 00:00:00 -0400"),
+    QStringLiteral("3 01 2008"), QStringLiteral("Wednesday, March  5, 2008"), QStringLiteral("5th of Sept"),
+    QStringLiteral("Wed, Mar  5, 2008"), QStringLiteral("20080305"), QStringLiteral("last fri")};
 
 // A read day is a real day at local midnight (or the first moment of a day the clock skips into).
 void expectSane(const std::optional<QDateTime> &moment, const QString &text, const QString &format)
@@ -182,7 +183,9 @@ TEST(DateTextFuzz, FormatsWithSeparatedFieldsReadBackTheirOwnDay)
         QStringList pieces = {fuzz.chance(50) ? QStringLiteral("%d") : QStringLiteral("%e")};
         const int monthKind = fuzz.below(4);
         if (monthKind < 3)
-            pieces << (monthKind == 0 ? QStringLiteral("%m") : monthKind == 1 ? QStringLiteral("%b") : QStringLiteral("%B"));
+            pieces << (monthKind == 0 ? QStringLiteral("%m")
+                    : monthKind == 1  ? QStringLiteral("%b")
+                                      : QStringLiteral("%B"));
         const int yearKind = fuzz.below(3);
         if (yearKind < 2)
             pieces << (yearKind == 0 ? QStringLiteral("%Y") : QStringLiteral("%y"));
@@ -201,8 +204,8 @@ TEST(DateTextFuzz, FormatsWithSeparatedFieldsReadBackTheirOwnDay)
         const QDateTime moment = fuzz.randomMoment();
         const QString written = DateText::format(moment, format);
         const auto back = DateText::parseWithFormat(written, format, 2026);
-        const QDate expected = yearKind == 2 && monthKind < 3 ? QDate(2026, moment.date().month(), moment.date().day())
-                                                              : moment.date();
+        const QDate expected
+            = yearKind == 2 && monthKind < 3 ? QDate(2026, moment.date().month(), moment.date().day()) : moment.date();
         if (!expected.isValid()) { // 29 February of another year
             EXPECT_FALSE(back) << written.toStdString() << " with " << format.toStdString();
             continue;

@@ -117,10 +117,10 @@ TEST(DateTextNatural, IsoAndStoredForms)
 TEST(DateTextNatural, NoSuchDay)
 {
     for (const char *text :
-         {"", "   ", "hello", "2/30/2008", "13/1/2008", "0/1/2008", "1/0/2008", "2/29/2007", "4/31/2008", "4 31 2008",
-          "Feb 30, 2008", "32 March", "Mar 2008", "March", "2008", "3/5/208", "3/5/20080", "2008-13-01", "2008-02-30",
-          "3/5/2008 extra", "3:5:2008", "1/2/3/4", "Monday March", "March 5, 2008 Monday", "5 5 March",
-          "2006-09-14 00:00:00 -04:00x", "3/5/2008!", "３/５/2008", "00000000", "5th", "3rd/5/2008"})
+        {"", "   ", "hello", "2/30/2008", "13/1/2008", "0/1/2008", "1/0/2008", "2/29/2007", "4/31/2008", "4 31 2008",
+            "Feb 30, 2008", "32 March", "Mar 2008", "March", "2008", "3/5/208", "3/5/20080", "2008-13-01", "2008-02-30",
+            "3/5/2008 extra", "3:5:2008", "1/2/3/4", "Monday March", "March 5, 2008 Monday", "5 5 March",
+            "2006-09-14 00:00:00 -04:00x", "3/5/2008!", "３/５/2008", "00000000", "5th", "3rd/5/2008"})
         EXPECT_FALSE(read(text).isValid()) << text;
     EXPECT_FALSE(DateText::parseNatural(QString(300, u'1'), LongFormat, TestEnvironment::pinnedNow()));
 }
@@ -157,7 +157,7 @@ TEST(DateTextNatural, CustomFormatsWinOverTheUsualReading)
     EXPECT_EQ(read("Due 5 (Mar) 100% 2008", QStringLiteral("Due %e (%b) 100%% %Y")), QDate(2008, 3, 5));
     EXPECT_EQ(read("week %U: 5 Mar 2008 %", QStringLiteral("week %U: %e %b %Y %")), QDate(2008, 3, 5));
     EXPECT_EQ(DateText::parseWithFormat(QStringLiteral("UTC-04:00/05/03"), QStringLiteral("%Z/%d/%m"), 2011),
-              QDate(2011, 3, 5));
+        QDate(2011, 3, 5));
     EXPECT_FALSE(DateText::parseWithFormat(QStringLiteral("14:00"), QStringLiteral("%H:%M"), 2011));
 }
 
@@ -177,8 +177,7 @@ TEST(DateTextNatural, FormattedDaysReadBackOverManyDays)
     // Fifteen months from December 2027: both clock changes, a leap day and two year ends. The time of day
     // written is dropped on reading.
     const QStringList formats = {LongFormat, ShortFormat, NumericFormat, QStringLiteral("%d.%m.%Y"),
-                                 QStringLiteral("%b/%e/%Y %I%p"), QString::fromLatin1(DateText::StoredFormat),
-                                 QStringLiteral("%a %j %Y")};
+        QStringLiteral("%b/%e/%Y %I%p"), QString::fromLatin1(DateText::StoredFormat), QStringLiteral("%a %j %Y")};
     QDateTime moment(QDate(2027, 12, 1), QTime(17, 45));
     for (int i = 0; i < 460; ++i, moment = moment.addDays(1)) {
         for (const QString &format : formats) {

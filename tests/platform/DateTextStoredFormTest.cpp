@@ -1,7 +1,7 @@
 // The stored form and format(): what goes into the files and what the list shows.
 
-#include "platform/Clock.h"
 #include "DateTextTestPrinters.h"
+#include "platform/Clock.h"
 #include "platform/DateText.h"
 
 #include <QLocale>
@@ -27,9 +27,9 @@ TEST(DateTextStoredForm, WritesLocalTimeWithTheOffsetOfThatDay)
     EXPECT_EQ(DateText::toStoredForm(local(2006, 12, 14, 23, 5, 9)), stored("2006-12-14 23:05:09 -0500"));
     // A moment given in another spec is written as the local clock showed it.
     EXPECT_EQ(DateText::toStoredForm(QDateTime(QDate(2006, 9, 14), QTime(4, 0), Qt::UTC)),
-              stored("2006-09-14 00:00:00 -0400"));
+        stored("2006-09-14 00:00:00 -0400"));
     EXPECT_EQ(DateText::toStoredForm(QDateTime(QDate(2007, 1, 1), QTime(3, 0), Qt::OffsetFromUTC, 3600)),
-              stored("2006-12-31 21:00:00 -0500"));
+        stored("2006-12-31 21:00:00 -0500"));
     EXPECT_EQ(DateText::toStoredForm(local(1969, 7, 20, 20, 17, 40)), stored("1969-07-20 20:17:40 -0400"));
     EXPECT_EQ(DateText::toStoredForm(QDateTime()), QString());
 }
@@ -43,9 +43,9 @@ TEST(DateTextStoredForm, NowComesFromTheClock)
 
 TEST(DateTextStoredForm, ReadsBackTheSameInstant)
 {
-    for (const QDateTime &moment : {local(2006, 9, 14), local(2006, 12, 14, 23, 5, 9), local(2008, 2, 29, 12),
-                                    local(1969, 7, 20, 20, 17, 40), local(1900, 1, 1), local(9999, 12, 31, 23, 59, 59),
-                                    local(2026, 11, 22, 10, 30)}) {
+    for (const QDateTime &moment :
+        {local(2006, 9, 14), local(2006, 12, 14, 23, 5, 9), local(2008, 2, 29, 12), local(1969, 7, 20, 20, 17, 40),
+            local(1900, 1, 1), local(9999, 12, 31, 23, 59, 59), local(2026, 11, 22, 10, 30)}) {
         const QString text = DateText::toStoredForm(moment);
         const auto back = DateText::fromStoredForm(text);
         ASSERT_TRUE(back) << text.toStdString();
@@ -53,6 +53,18 @@ TEST(DateTextStoredForm, ReadsBackTheSameInstant)
         EXPECT_EQ(back->timeSpec(), Qt::LocalTime);
         EXPECT_EQ(DateText::toStoredForm(*back), text);
     }
+}
+
+TEST(DateTextStoredForm, LocalMeanTimeBeforeTheZonesStillReadsBackExactly)
+{
+    // Until 1883 New York kept its own mean time, 4:56:02 behind; the form holds whole minutes only.
+    const QDateTime noon = local(1850, 6, 1, 12);
+    ASSERT_NE(noon.offsetFromUtc() % 60, 0) << "the zone data has no local mean time here";
+    const QString text = DateText::toStoredForm(noon);
+    EXPECT_EQ(text.size(), 25) << text.toStdString();
+    const auto back = DateText::fromStoredForm(text);
+    ASSERT_TRUE(back) << text.toStdString();
+    EXPECT_EQ(*back, noon) << text.toStdString();
 }
 
 TEST(DateTextStoredForm, HonoursTheOffsetWritten)
@@ -81,14 +93,14 @@ TEST(DateTextStoredForm, HonoursTheOffsetWritten)
 TEST(DateTextStoredForm, RejectsAnythingElse)
 {
     for (const char *text : {"", " ", "2006-09-14", "2006-09-14 00:00:00", "2006-09-14 00:00:00 -04:00",
-                             "2006-9-14 00:00:00 -0400", "2006-09-4 00:00:00 -0400", "2006-09-14 0:00:00 -0400",
-                             "06-09-14 00:00:00 -0400", "2006/09/14 00:00:00 -0400", "2006-09-14T00:00:00 -0400",
-                             "2006-09-14 00:00:00 0400", "2006-09-14 00:00:00 -0400 ", " 2006-09-14 00:00:00 -0400",
-                             "2006-13-14 00:00:00 -0400", "2006-00-14 00:00:00 -0400", "2006-09-31 00:00:00 -0400",
-                             "2007-02-29 00:00:00 -0500", "1900-02-29 00:00:00 -0500", "2006-09-00 00:00:00 -0400",
-                             "2006-09-14 24:00:00 -0400", "2006-09-14 00:60:00 -0400", "2006-09-14 00:00:60 -0400",
-                             "2006-09-14 00:00:00 -2400", "2006-09-14 00:00:00 -0460", "0000-01-01 00:00:00 +0000",
-                             "2006-09-14 00:00:00 EDT00", "２００６-09-14 00:00:00 -0400", "2006-09-14 00:00:0x -0400"})
+             "2006-9-14 00:00:00 -0400", "2006-09-4 00:00:00 -0400", "2006-09-14 0:00:00 -0400",
+             "06-09-14 00:00:00 -0400", "2006/09/14 00:00:00 -0400", "2006-09-14T00:00:00 -0400",
+             "2006-09-14 00:00:00 0400", "2006-09-14 00:00:00 -0400 ", " 2006-09-14 00:00:00 -0400",
+             "2006-13-14 00:00:00 -0400", "2006-00-14 00:00:00 -0400", "2006-09-31 00:00:00 -0400",
+             "2007-02-29 00:00:00 -0500", "1900-02-29 00:00:00 -0500", "2006-09-00 00:00:00 -0400",
+             "2006-09-14 24:00:00 -0400", "2006-09-14 00:60:00 -0400", "2006-09-14 00:00:60 -0400",
+             "2006-09-14 00:00:00 -2400", "2006-09-14 00:00:00 -0460", "0000-01-01 00:00:00 +0000",
+             "2006-09-14 00:00:00 EDT00", "２００６-09-14 00:00:00 -0400", "2006-09-14 00:00:0x -0400"})
         EXPECT_FALSE(DateText::fromStoredForm(QString::fromUtf8(text))) << text;
     // Arabic-Indic digits are digits to Unicode but not to a file format.
     QString arabic = stored("2006-09-14 00:00:00 -0400");
@@ -145,16 +157,16 @@ TEST(DateTextFormat, EveryDirective)
     // Wednesday 5 March 2008 (a leap year, so day 65), winter time.
     const QDateTime afternoon = local(2008, 3, 5, 14, 7, 9);
     EXPECT_EQ(DateText::format(afternoon, stored("%A|%a|%B|%b|%d|%e|%m|%y|%Y|%H|%I|%M|%S|%p|%j|%z|%Z|%%")),
-              stored("Wednesday|Wed|March|Mar|05| 5|03|08|2008|14|02|07|09|PM|065|-0500|EST|%"));
+        stored("Wednesday|Wed|March|Mar|05| 5|03|08|2008|14|02|07|09|PM|065|-0500|EST|%"));
     const QDateTime summer = local(2009, 7, 31, 0, 0, 0);
     EXPECT_EQ(DateText::format(summer, stored("%A %a %B %b %d %e %I %p %j %z %Z")),
-              stored("Friday Fri July Jul 31 31 12 AM 212 -0400 EDT"));
+        stored("Friday Fri July Jul 31 31 12 AM 212 -0400 EDT"));
     EXPECT_EQ(DateText::format(local(2008, 12, 31, 12), stored("%j %I %p %y")), stored("366 12 PM 08"));
     EXPECT_EQ(DateText::format(local(2000, 1, 1, 23), stored("%y %I%p %e")), stored("00 11PM  1"));
-    EXPECT_EQ(DateText::format(QDateTime(QDate(2008, 3, 5), QTime(9, 0), Qt::UTC), stored("%H %z")),
-              stored("09 +0000"));
+    EXPECT_EQ(
+        DateText::format(QDateTime(QDate(2008, 3, 5), QTime(9, 0), Qt::UTC), stored("%H %z")), stored("09 +0000"));
     EXPECT_EQ(DateText::format(QDateTime(QDate(2008, 3, 5), QTime(9, 0), Qt::OffsetFromUTC, 19800), stored("%z")),
-              stored("+0530"));
+        stored("+0530"));
 }
 
 TEST(DateTextFormat, OtherTextStandsAsItIs)

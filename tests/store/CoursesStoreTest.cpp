@@ -1,0 +1,219 @@
+#include "TestEnvironment.h"
+
+#include "platform/Alerts.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "store/AssignmentStore.h"
+#include "store/CoursesStore.h"
+#include "store/PreferenceKeys.h"
+#include "store/Preferences.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+
+namespace {
+
+QVariantMap course(const QString &name, QVariantMap extra = {})
+{
+    extra.insert(CourseKeys::Name, name);
+    extra.insert(CourseKeys::DisplayName, name);
+    extra.insert(CourseKeys::Type, CourseKeys::CourseType);
+    return extra;
+}
+
+QVariantMap textbook(const QString &name, const QString &owner)
+{
+    return {{CourseKeys::Name, name},
+            {CourseKeys::DisplayName, CourseKeys::Indent + name},
+            {CourseKeys::Type, CourseKeys::TextbookType},
+            {CourseKeys::Course, owner}};
+}
+
+QStringList names(const CoursesStore &store)
+{
+    QStringList result;
+    for (const QVariant &record : store.getCombined())
+        result.append(record.toMap().value(CourseKeys::DisplayName).toString());
+    return result;
+}
+
+class CoursesStoreTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QDir().mkpath(Paths::dataFolder());
+        Preferences::setAllDefaults();
+    }
+    void writeCombined(const QVariantList &combined)
+    {
+        ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), combined));
+    }
+    CoursesStore::CourseForm formOf(const QVariantMap &record)
+    {
+        CoursesStore::CourseForm form;
+        form.name = record.value(CourseKeys::Name).toString();
+        return form;
+    }
+};
+
+} // namespace
+
+TEST_F(CoursesStoreTest, TextbooksFollowTheirCourseSortedIgnoringCaseAndOrphansGo)
+{
+    writeCombined({course(QStringLiteral("Math")), textbook(QStringLiteral("Biology"), QStringLiteral("Math")),
+                   course(QStringLiteral("Art")), textbook(QStringLiteral("algebra"), QStringLiteral("Math")),
+                   textbook(QStringLiteral("Lost"), QStringLiteral("Gone"))});
+    CoursesStore store;
+    store.updateCombinedArray();
+    EXPECT_EQ(names(store), (QStringList{QStringLiteral("Math"), QStringLiteral("  algebra"),
+                                         QStringLiteral("  Biology"), QStringLiteral("Art")}));
+    EXPECT_EQ(PropertyList::readFile(Paths::coursesFile())->toList(), store.getCombined());
+}
+
+TEST_F(CoursesStoreTest, RenamingACoursePropagatesExactlyToAssignmentsAndTextbooks)
+{
+    writeCombined({course(QStringLiteral("Math")), textbook(QStringLiteral("Calculus"), QStringLiteral("Math"))});
+    ASSERT_TRUE(AssignmentStore::writeFile(
+        Paths::assignmentsFile(),
+        {QVariantMap{{QStringLiteral("Name"), QStringLiteral("a")}, {QStringLiteral("Course"), QStringLiteral("Math")}},
+         QVariantMap{{QStringLiteral("Name"), QStringLiteral("b")}, {QStringLiteral("Course"), QStringLiteral("math")}},
+         QVariantMap{{QStringLiteral("Name"), QStringLiteral("c")}}}));
+    CoursesStore store;
+    store.originalCourse = QStringLiteral("Math");
+    CoursesStore::CourseForm form;
+    form.name = QStringLiteral("Mathematics");
+    form.fields[4] = QStringLiteral("Dr. Noether");
+    form.defaultTextbook = CourseKeys::NoTextbook;
+    EXPECT_EQ(store.editCourse(0, form, true), 0);
+
+    const QVariantList assignments = *AssignmentStore::readFile(Paths::assignmentsFile());
+    EXPECT_EQ(assignments[0].toMap().value(QStringLiteral("Course")).toString(), QStringLiteral("Mathematics"));
+    EXPECT_EQ(assignments[1].toMap().value(QStringLiteral("Course")).toString(), QStringLiteral("math"));
+    EXPECT_FALSE(assignments[2].toMap().contains(QStringLiteral("Course")));
+
+    const QVariantMap renamed = store.recordAt(0);
+    EXPECT_EQ(renamed.value(CourseKeys::DisplayName).toString(), QStringLiteral("Mathematics"));
+    EXPECT_EQ(renamed.value(CourseKeys::field(5)).toString(), QStringLiteral("Dr. Noether"));
+    EXPECT_FALSE(renamed.contains(CourseKeys::field(1)));
+    EXPECT_FALSE(renamed.contains(CourseKeys::DefaultTextbook));
+    EXPECT_FALSE(renamed.contains(CourseKeys::Types));
+    // The textbook moved with its course instead of being dropped as an orphan.
+    EXPECT_EQ(store.recordAt(1).value(CourseKeys::Course).toString(), QStringLiteral("Mathematics"));
+
+    // An emptied name shows as a new course, and as one blank in the course list.
+    form.name.clear();
+    store.originalCourse = QStringLiteral("Mathematics");
+    store.editCourse(0, form, true);
+    EXPECT_EQ(store.recordAt(0).value(CourseKeys::DisplayName).toString(), QStringLiteral("New Course"));
+    EXPECT_EQ(store.getCoursesArray(), QStringList{QStringLiteral("")});
+    QVariantList noName{QVariantMap{{CourseKeys::Type, CourseKeys::CourseType}}};
+    writeCombined(noName);
+    EXPECT_EQ(store.getCoursesArray(), QStringList{QStringLiteral(" ")});
+}
+
+TEST_F(CoursesStoreTest, DeletingACourseTakesItsTextbooksAndLeavesAssignments)
+{
+    writeCombined({course(QStringLiteral("Math")), textbook(QStringLiteral("A"), QStringLiteral("Math")),
+                   textbook(QStringLiteral("B"), QStringLiteral("Math")), textbook(QStringLiteral("C"), QStringLiteral("Math")),
+                   course(QStringLiteral("Art"))});
+    const QVariantList assignments{QVariantMap{{QStringLiteral("Course"), QStringLiteral("Math")}}};
+    ASSERT_TRUE(AssignmentStore::writeFile(Paths::assignmentsFile(), assignments));
+    const QByteArray assignmentBytes = TestEnvironment::readFile(Paths::assignmentsFile());
+
+    CoursesStore store;
+    Alerts::queueAnswer(QStringLiteral("No"));
+    EXPECT_FALSE(store.deleteCourseOrTextbook(0));
+    EXPECT_EQ(store.getCombined().size(), 5);
+
+    Alerts::queueAnswer(QStringLiteral("Yes"));
+    EXPECT_TRUE(store.deleteCourseOrTextbook(0));
+    EXPECT_EQ(names(store), QStringList{QStringLiteral("Art")});
+    const auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 2);
+    EXPECT_EQ(asked[1].title, QStringLiteral("Warning"));
+    EXPECT_EQ(asked[1].message, QStringLiteral("Are you sure you want to delete this course?"));
+    EXPECT_EQ(asked[1].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("No")}));
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), assignmentBytes);
+    EXPECT_EQ(PropertyList::readFile(Paths::coursesFile())->toList().size(), 1);
+}
+
+TEST_F(CoursesStoreTest, DeletingATextbookClearsItAsDefaultWithoutAsking)
+{
+    QVariantMap general = UserDefaults().dictionary(PreferenceKeys::General);
+    general.insert(PreferenceKeys::GeneralKeys::DisplayWarningMessages, false);
+    UserDefaults().set(PreferenceKeys::General, general);
+    writeCombined({course(QStringLiteral("Math"), {{CourseKeys::DefaultTextbook, QStringLiteral("Calculus")}}),
+                   textbook(QStringLiteral("Calculus"), QStringLiteral("Math"))});
+    CoursesStore store;
+    EXPECT_TRUE(store.deleteCourseOrTextbook(1));
+    EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+    EXPECT_EQ(store.getCombined().size(), 1);
+    EXPECT_EQ(store.recordAt(0).value(CourseKeys::DefaultTextbook), QVariant(QString()));
+    EXPECT_TRUE(store.recordAt(0).contains(CourseKeys::DefaultTextbook));
+}
+
+TEST_F(CoursesStoreTest, AddingRecordsPlacesAndSelectsThem)
+{
+    CoursesStore store;
+    EXPECT_EQ(store.addTextbook(-1), -1);
+    EXPECT_EQ(store.addCourse(), 0);
+    CoursesStore::CourseForm form;
+    form.name = QStringLiteral("Math");
+    store.originalCourse = QString();
+    store.editCourse(0, form, true);
+    EXPECT_EQ(store.addCourse(), 1);
+    const int row = store.addTextbook(0);
+    EXPECT_EQ(row, 1);
+    EXPECT_EQ(store.recordAt(row).value(CourseKeys::DisplayName).toString(), QStringLiteral("  New Textbook"));
+    EXPECT_EQ(store.recordAt(row).value(CourseKeys::Course).toString(), QStringLiteral("Math"));
+    // From a textbook row, the new one joins the same course.
+    EXPECT_EQ(store.recordAt(store.addTextbook(row)).value(CourseKeys::Course).toString(), QStringLiteral("Math"));
+    EXPECT_EQ(store.textbooksOfCourse(QStringLiteral("Math")).size(), 2);
+}
+
+TEST_F(CoursesStoreTest, DraggingFollowsTheDropRowRule)
+{
+    const QVariantList three{course(QStringLiteral("A")), course(QStringLiteral("B")), course(QStringLiteral("C"))};
+    writeCombined(three);
+    CoursesStore store;
+    store.moveCourse(0, 3, -1);
+    EXPECT_EQ(names(store), (QStringList{QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("A")}));
+    writeCombined(three);
+    store.reload();
+    store.moveCourse(0, 1, -1);
+    EXPECT_EQ(names(store), (QStringList{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}));
+
+    // A course's textbooks travel with it, and the selection follows its record.
+    writeCombined({course(QStringLiteral("A")), textbook(QStringLiteral("Book"), QStringLiteral("A")),
+                   course(QStringLiteral("B"))});
+    store.reload();
+    EXPECT_EQ(store.moveCourse(0, 3, 1), 2);
+    EXPECT_EQ(names(store), (QStringList{QStringLiteral("B"), QStringLiteral("A"), QStringLiteral("  Book")}));
+
+    QStringList types{QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("z")};
+    CoursesStore::moveInList(types, 2, 0);
+    EXPECT_EQ(types, (QStringList{QStringLiteral("z"), QStringLiteral("x"), QStringLiteral("y")}));
+}
+
+TEST_F(CoursesStoreTest, TypesAreUniversalThenTheCoursesOwn)
+{
+    writeCombined({course(QStringLiteral("Math"), {{CourseKeys::Types, QStringList{QStringLiteral("Proof")}}})});
+    CoursesStore store;
+    ASSERT_TRUE(store.editUniversalTypes({QStringLiteral("Essay"), QStringLiteral("Quiz")}));
+    store.reload();
+    EXPECT_EQ(store.typesForCourse(QStringLiteral("Math")),
+              (QStringList{QStringLiteral("Essay"), QStringLiteral("Quiz"), QStringLiteral("Proof")}));
+    EXPECT_EQ(store.typesForCourse(QStringLiteral("Art")), (QStringList{QStringLiteral("Essay"), QStringLiteral("Quiz")}));
+}
+
+TEST_F(CoursesStoreTest, AnUnreadableCoursesFileIsLeftAlone)
+{
+    TestEnvironment::writeFile(Paths::coursesFile(), "garbage");
+    CoursesStore store;
+    EXPECT_FALSE(store.isUsable());
+    EXPECT_EQ(store.addCourse(), -1);
+    store.updateCombinedArray();
+    EXPECT_EQ(TestEnvironment::readFile(Paths::coursesFile()), QByteArray("garbage"));
+}

@@ -1,0 +1,246 @@
+#include "TestEnvironment.h"
+
+#include "platform/Alerts.h"
+#include "platform/ColorString.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "store/GeneralSettings.h"
+#include "store/Labels.h"
+#include "store/PreferenceKeys.h"
+#include "store/Preferences.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+using namespace PreferenceKeys;
+
+namespace {
+
+QVariantMap column(const char *identifier, qint64 width)
+{
+    return {{QStringLiteral("Identifier"), QString::fromLatin1(identifier)}, {QStringLiteral("Width"), width}};
+}
+
+void writePreferences(const QVariantMap &values, const QString &domain = UserDefaults::ProgramDomain)
+{
+    QDir().mkpath(Paths::preferencesFolder());
+    ASSERT_TRUE(PropertyList::writeFile(Paths::preferencesFile(domain), values));
+    UserDefaults::dropCaches();
+}
+
+} // namespace
+
+TEST(Preferences, DefaultsAreWrittenExactly)
+{
+    Preferences::setAllDefaults();
+    const UserDefaults defaults;
+    EXPECT_TRUE(Preferences::hasAllGroups());
+
+    const QVariantMap general = defaults.dictionary(General);
+    EXPECT_EQ(general.size(), 10);
+    EXPECT_EQ(general.value(QStringLiteral("Default View")), QVariant(qint64(0)));
+    EXPECT_EQ(general.value(QStringLiteral("Default View")).typeId(), QMetaType::LongLong);
+    EXPECT_EQ(general.value(QStringLiteral("Display Warning Messages")), QVariant(true));
+    EXPECT_EQ(general.value(QStringLiteral("Double-clicking will create new assignment")), QVariant(true));
+    EXPECT_EQ(general.value(QStringLiteral("Date Format")), QVariant(QStringLiteral("%A, %B %e, %Y")));
+    EXPECT_EQ(general.value(QStringLiteral("Enable Superfluous Visual Effects")), QVariant(true));
+    EXPECT_EQ(general.value(QStringLiteral("Main Window Transition")), QVariant(qint64(3)));
+    EXPECT_FALSE(general.contains(QStringLiteral("Subproject Title Format")));
+    EXPECT_TRUE(defaults.boolValue(SUCheckAtStartup));
+
+    EXPECT_EQ(defaults.array(UserColumns), (QVariantList{QStringLiteral("Completed"), QStringLiteral("Name"),
+                                                         QStringLiteral("Date"), QStringLiteral("Course")}));
+    EXPECT_EQ(defaults.array(UserColumnsOrdering), (QVariantList{column("Completed", 20), column("Date", 208),
+                                                                 column("Name", 227), column("Course", 107)}));
+
+    const QVariantMap colors = defaults.dictionary(Colors);
+    EXPECT_EQ(colors.value(QStringLiteral("Completed")).toString(), QStringLiteral("NSCalibratedRGBColorSpace 0 0.6 0 1"));
+    EXPECT_EQ(colors.value(QStringLiteral("Past Due")).toString(), QStringLiteral("NSCalibratedRGBColorSpace 0.8 0 0 1"));
+    EXPECT_EQ(colors.value(QStringLiteral("Due in Two Days")).toString(),
+              QStringLiteral("NSCalibratedRGBColorSpace 0.8 0.8 0 1"));
+    EXPECT_EQ(ColorString::toColor(colors.value(QStringLiteral("All Others")).toString())->rgba(), QColor(Qt::black).rgba());
+    EXPECT_FALSE(colors.value(QStringLiteral("All Others")).toString().startsWith(QLatin1String(ColorString::RGBSpaceName)));
+    EXPECT_EQ(defaults.integer(ColorFormat), 0);
+
+    const QVariantMap labels = defaults.dictionary(PreferenceKeys::Labels);
+    EXPECT_EQ(labels.size(), 20);
+    EXPECT_EQ(labels.value(QStringLiteral("Student ID")).toString(), QStringLiteral("Concentration"));
+    EXPECT_EQ(labels.value(QStringLiteral("CourseField6")).toString(), QStringLiteral("Office Hours"));
+    EXPECT_EQ(labels.value(QStringLiteral("TextbookField5")).toString(), QStringLiteral("Condition"));
+    EXPECT_EQ(defaults.dictionary(PersonalInfo),
+              (QVariantMap{{QStringLiteral("Name"), QString()}, {QStringLiteral("School"), QString()},
+                           {QStringLiteral("Student ID"), QString()}}));
+}
+
+TEST(Preferences, LabelsFallBackToDefaultsAndPluralsOnlyAppendS)
+{
+    EXPECT_EQ(Labels::label(QStringLiteral("CourseField2")), QStringLiteral("Room"));
+    UserDefaults().set(PreferenceKeys::Labels, QVariantMap{{QStringLiteral("Course"), QStringLiteral("Class")}});
+    EXPECT_EQ(Labels::plural(QStringLiteral("Course")), QStringLiteral("Classs"));
+    EXPECT_EQ(Labels::label(QStringLiteral("Textbook")), QStringLiteral("Textbook"));
+}
+
+TEST(Preferences, GeneralPaneSaveDropsTheUnusedEffectsKeyAndResetKeepsTheTransition)
+{
+    Preferences::setAllDefaults();
+    GeneralSettings settings = GeneralSettings::load();
+    settings.mainWindowTransition = 5;
+    settings.displayWarningMessages = false;
+    settings.setDateFormat(QStringLiteral("%d.%m.%Y"));
+    settings.save();
+
+    const QVariantMap general = UserDefaults().dictionary(General);
+    EXPECT_FALSE(general.contains(QStringLiteral("Enable Superfluous Visual Effects")));
+    EXPECT_FALSE(UserDefaults().groupValue(General, QStringLiteral("Enable Superfluous Visual Effects")).toBool());
+    EXPECT_EQ(general.value(QStringLiteral("Date Format")).toString(), QStringLiteral("%d.%m.%Y"));
+    EXPECT_EQ(GeneralSettings::load().dateFormatChoice, 3);
+
+    settings = GeneralSettings::load();
+    settings.resetToDefaults();
+    settings.save();
+    const GeneralSettings reset = GeneralSettings::load();
+    EXPECT_EQ(reset.mainWindowTransition, 5);
+    EXPECT_TRUE(reset.displayWarningMessages);
+    EXPECT_EQ(reset.dateFormat(), QStringLiteral("%A, %B %e, %Y"));
+    EXPECT_EQ(reset.subprojectTitleFormat, QStringLiteral("%p - %s"));
+}
+
+TEST(Preferences, OldDefaultFormatIsFixed)
+{
+    for (const auto &[old, expected] : {std::pair{1, 2}, std::pair{0, 0}, std::pair{2, 0}}) {
+        Preferences::setAllDefaults();
+        QVariantMap general = UserDefaults().dictionary(General);
+        general.insert(QStringLiteral("Default Format"), qint64(old));
+        UserDefaults().set(General, general);
+        EXPECT_TRUE(Preferences::fixOldDefaultFormat());
+        general = UserDefaults().dictionary(General);
+        EXPECT_FALSE(general.contains(QStringLiteral("Default Format")));
+        EXPECT_EQ(general.value(QStringLiteral("Default Calendar Format")).toLongLong(), expected) << old;
+    }
+    EXPECT_FALSE(Preferences::fixOldDefaultFormat());
+}
+
+TEST(Preferences, EarlierVersionKeysAreMigrated)
+{
+    writePreferences({
+        {QStringLiteral("Last Shown Preference Pane"), QStringLiteral("Labels")},
+        {QStringLiteral("Universal Types"), QVariantList{QStringLiteral("Essay"), QStringLiteral("Quiz")}},
+        {QStringLiteral("Date Entry Format"), QStringLiteral("Pull Down Boxes")},
+        {QStringLiteral("Date Format"), QStringLiteral("%m/%d/%y")},
+        {QStringLiteral("Default View"), qint64(2)},
+        {QStringLiteral("Display iCal Export Advanced Settings"), true},
+        {QStringLiteral("Display Warning Messages"), false},
+        {QStringLiteral("Personal Info"), QVariantMap{{QStringLiteral("Name"), QStringLiteral("Ada")},
+                                                      {QStringLiteral("School"), QStringLiteral("school")},
+                                                      {QStringLiteral("StudentID"), QStringLiteral("12345")}}},
+        {QStringLiteral("Labels"), QVariantMap{{QStringLiteral("Course"), QStringLiteral("Class")},
+                                               {QStringLiteral("StudentID"), QStringLiteral("Matrikel")},
+                                               {QStringLiteral("Notes"), QStringLiteral("Remarks")}}},
+        {QStringLiteral("User Columns"), QVariantList{QStringLiteral("Name"), QStringLiteral("Grade")}},
+        {QStringLiteral("User Columns Width"), QStringLiteral("150 61")},
+        {QStringLiteral("Color Format"), QStringLiteral("Type")},
+        {QStringLiteral("Colors"), QVariantMap{{QStringLiteral("Essay"), QStringLiteral("NSCalibratedRGBColorSpace 1 0 0 1")}}},
+    });
+    ASSERT_FALSE(Preferences::hasAllGroups());
+    Preferences::setAllDefaults();
+    Preferences::importEarlierPreferencesFile();
+
+    const UserDefaults defaults;
+    const QVariantMap all = defaults.all();
+    for (const char *old : {"Last Shown Preference Pane", "Universal Types", "Date Entry Format", "Date Format",
+                            "Default View", "Display iCal Export Advanced Settings", "Display Warning Messages",
+                            "Personal Info", "Labels", "User Columns", "User Columns Width", "Color Format", "Colors"})
+        EXPECT_FALSE(all.contains(QString::fromLatin1(old))) << old;
+
+    EXPECT_EQ(defaults.string(LastShownPane), QStringLiteral("Labels"));
+    auto types = PropertyList::readFile(Paths::universalTypesFile());
+    ASSERT_TRUE(types);
+    EXPECT_EQ(types->toList(), (QVariantList{QStringLiteral("Essay"), QStringLiteral("Quiz")}));
+
+    const QVariantMap general = defaults.dictionary(General);
+    EXPECT_EQ(general.value(QStringLiteral("Date Entry Format")).toLongLong(), 1);
+    EXPECT_EQ(general.value(QStringLiteral("Date Format")).toString(), QStringLiteral("%m/%d/%y"));
+    EXPECT_EQ(general.value(QStringLiteral("Default View")).toLongLong(), 2);
+    EXPECT_TRUE(general.value(QStringLiteral("Display Advanced iCal Settings")).toBool());
+    EXPECT_FALSE(general.value(QStringLiteral("Display Warning Messages")).toBool());
+
+    EXPECT_EQ(defaults.dictionary(PersonalInfo),
+              (QVariantMap{{QStringLiteral("Name"), QStringLiteral("Ada")}, {QStringLiteral("School"), QString()},
+                           {QStringLiteral("Student ID"), QStringLiteral("12345")}}));
+    const QVariantMap labels = defaults.dictionary(PreferenceKeys::Labels);
+    EXPECT_EQ(labels.value(QStringLiteral("Course")).toString(), QStringLiteral("Class"));
+    EXPECT_EQ(labels.value(QStringLiteral("Student ID")).toString(), QStringLiteral("Matrikel"));
+    EXPECT_FALSE(labels.contains(QStringLiteral("Notes")));
+    EXPECT_FALSE(labels.contains(QStringLiteral("StudentID")));
+    EXPECT_EQ(labels.value(QStringLiteral("Textbook")).toString(), QStringLiteral("Textbook"));
+
+    EXPECT_EQ(defaults.array(UserColumnsOrdering), (QVariantList{column("Name", 150), column("Grade", 61)}));
+    EXPECT_EQ(defaults.integer(ColorFormat), 2);
+    EXPECT_EQ(defaults.dictionary(Colors).value(QStringLiteral("Essay")).toString(),
+              QStringLiteral("NSCalibratedRGBColorSpace 1 0 0 1"));
+    EXPECT_TRUE(defaults.dictionary(Colors).contains(QStringLiteral("Past Due")));
+}
+
+TEST(Preferences, EarlierPreferencesFileIsMovedOnlyWhenTheNewOneIsMissing)
+{
+    const QString oldDomain = QStringLiteral("com.ostrelle.Quillory");
+    writePreferences({{QStringLiteral("Marker"), QStringLiteral("old")}}, oldDomain);
+    writePreferences({{QStringLiteral("Marker"), QStringLiteral("new")}});
+    EXPECT_EQ(Preferences::moveEarlierPreferencesFile(), Preferences::FileMove::NothingToMove);
+    EXPECT_TRUE(QFileInfo::exists(Paths::preferencesFile(oldDomain)));
+    EXPECT_EQ(UserDefaults().string(QStringLiteral("Marker")), QStringLiteral("new"));
+
+    QFile::remove(Paths::preferencesFile(UserDefaults::ProgramDomain));
+    EXPECT_EQ(Preferences::moveEarlierPreferencesFile(), Preferences::FileMove::Moved);
+    EXPECT_FALSE(QFileInfo::exists(Paths::preferencesFile(oldDomain)));
+    EXPECT_EQ(UserDefaults().string(QStringLiteral("Marker")), QStringLiteral("old"));
+    EXPECT_EQ(Preferences::moveEarlierPreferencesFile(), Preferences::FileMove::NothingToMove);
+}
+
+TEST(Preferences, AFailedMoveSaysSoAndLeavesTheOldFile)
+{
+    const QString oldDomain = QStringLiteral("com.ostrelle.Quillory");
+    writePreferences({{QStringLiteral("Marker"), QStringLiteral("old")}}, oldDomain);
+    // A read-only preferences folder makes the move fail (root ignores the permission).
+    QFile::setPermissions(Paths::preferencesFolder(), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    if (QFileInfo(Paths::preferencesFolder()).isWritable() || geteuid() == 0) {
+        QFile::setPermissions(Paths::preferencesFolder(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        GTEST_SKIP() << "running as root: a read-only folder cannot make the move fail";
+    }
+    Alerts::queueAnswer(QStringLiteral("OK"));
+    EXPECT_EQ(Preferences::moveEarlierPreferencesFile(), Preferences::FileMove::Failed);
+    QFile::setPermissions(Paths::preferencesFolder(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    const auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_EQ(asked[0].title, QStringLiteral("Preferences Error"));
+    EXPECT_EQ(asked[0].message, QStringLiteral("Pellucard could not rename your preferences file from the previous "
+                                               "version.  As a result, your preferences could not be saved."));
+    EXPECT_TRUE(QFileInfo::exists(Paths::preferencesFile(oldDomain)));
+}
+
+TEST(UserDefaults, AnUnreadablePreferencesFileIsKeptAside)
+{
+    QDir().mkpath(Paths::preferencesFolder());
+    const QString path = Paths::preferencesFile(UserDefaults::ProgramDomain);
+    TestEnvironment::writeFile(path, "not a property list");
+    UserDefaults defaults;
+    EXPECT_TRUE(defaults.all().isEmpty());
+    EXPECT_FALSE(defaults.boolValue(QStringLiteral("Anything")));
+    EXPECT_EQ(defaults.integer(QStringLiteral("Anything")), 0);
+    EXPECT_TRUE(defaults.string(QStringLiteral("Anything")).isNull());
+    defaults.set(QStringLiteral("Key"), QStringLiteral("value"));
+    EXPECT_EQ(TestEnvironment::readFile(path + QStringLiteral(".damaged")), QByteArray("not a property list"));
+    EXPECT_EQ(defaults.string(QStringLiteral("Key")), QStringLiteral("value"));
+}
+
+TEST(UserDefaults, ReadsSeeChangesMadeByOthersAtOnce)
+{
+    UserDefaults defaults;
+    defaults.set(QStringLiteral("Count"), qint64(1));
+    EXPECT_EQ(defaults.integer(QStringLiteral("Count")), 1);
+    // Another writer (another window, or by hand) replaces the file.
+    writePreferences({{QStringLiteral("Count"), qint64(2)}});
+    EXPECT_EQ(UserDefaults().integer(QStringLiteral("Count")), 2);
+}
