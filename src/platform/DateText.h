@@ -41,7 +41,9 @@ std::optional<QDate> parseWithFormat(const QString &text, const QString &percent
 // Reads what a student types into a date field. See DateText.cpp for the accepted forms; the
 // result is the local midnight of the day meant, or nullopt when the text names no date.
 // `displayFormat` is the user's "Date Format", whose own output is always read back.
-// `now` anchors relative words (today, tomorrow, weekday names).
+// `now` anchors relative words (today, tomorrow, weekday names) and gives the year when none is typed.
+// A day that does not exist never rolls over into the next month: "4 31 2008" and "2/30" are nullopt.
+// Where the clocks skip midnight the result is the first moment of that day.
 std::optional<QDateTime> parseNatural(const QString &text, const QString &displayFormat, const QDateTime &now);
 
 } // namespace DateText

@@ -1,0 +1,187 @@
+// What the exports and the backup merge cost on a large store. The exports are measured against the
+// floor of writing the same number of bytes with QSaveFile in the same run ("x_floor" is the ratio;
+// the goal is at most 3), the merge of 10,000 backup records into 10,000 current ones (half of them
+// duplicates) against the goal of one second, and against the floor of writing its result file.
+
+#include "exchange/Backup.h"
+#include "exchange/ICalExport.h"
+#include "exchange/TextExport.h"
+#include "platform/Alerts.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/Workspace.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+
+namespace {
+
+constexpr int RecordCount = 10000;
+
+QVariantMap record(int i)
+{
+    QVariantMap fields{{"Name", QStringLiteral("Chapter %1 reading, questions 1-20").arg(i)},
+                       {"Date", QStringLiteral("2026-%1-%2 23:59:00 -0500")
+                                    .arg(1 + i % 12, 2, 10, QLatin1Char('0'))
+                                    .arg(1 + i % 28, 2, 10, QLatin1Char('0'))},
+                       {"Course", QStringLiteral("Course %1").arg(i % 7)},
+                       {"Type", "Homework"},
+                       {"Priority", 1.0 + i % 3},
+                       {"Completed", i % 4 == 0},
+                       {"Date Created", 1700000000.25 + i},
+                       {"Date Updated", "2026-11-01 08:00:00 -0500"}};
+    if (i % 3 == 0)
+        fields.insert("Notes", QStringLiteral("Remember the worksheet; pages %1, %2").arg(i).arg(i + 4));
+    if (i % 5 == 0)
+        fields.insert("Textbook", "Calculus: Early Transcendentals");
+    return fields;
+}
+
+const AssignmentList &assignments()
+{
+    static const AssignmentList list = [] {
+        AssignmentList out;
+        for (int i = 0; i < RecordCount; ++i)
+            out.append(Assignments::make(record(i)));
+        return out;
+    }();
+    return list;
+}
+
+double seconds(std::chrono::steady_clock::duration d)
+{
+    return std::chrono::duration<double>(d).count();
+}
+
+// Writing `size` bytes atomically, as every export does at the least.
+double floorSeconds(qsizetype size)
+{
+    const QByteArray bytes(size, 'x');
+    const QString path = Paths::dataFolder() + QStringLiteral("/floor.bin");
+    const auto start = std::chrono::steady_clock::now();
+    QSaveFile file(path);
+    file.open(QIODevice::WriteOnly);
+    file.write(bytes);
+    file.commit();
+    return seconds(std::chrono::steady_clock::now() - start);
+}
+
+template<typename Work>
+void measure(benchmark::State &state, Work work)
+{
+    double total = 0;
+    double floor = 0;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        const qsizetype bytes = work();
+        const double elapsed = seconds(std::chrono::steady_clock::now() - start);
+        state.SetIterationTime(elapsed);
+        total += elapsed;
+        floor += floorSeconds(bytes);
+    }
+    state.counters["x_floor"] = total / floor;
+}
+
+void BM_ICalExport(benchmark::State &state)
+{
+    measure(state, [] {
+        ICalExport("%n", ICalExport::Events).performExport(assignments());
+        return QFileInfo(Paths::iCalExportFile()).size();
+    });
+}
+BENCHMARK(BM_ICalExport)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+void BM_ICalExportCustomName(benchmark::State &state)
+{
+    measure(state, [] {
+        ICalExport("%c: %n (%a) %d", ICalExport::ToDos).performExport(assignments());
+        return QFileInfo(Paths::iCalExportFile()).size();
+    });
+}
+BENCHMARK(BM_ICalExportCustomName)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+void BM_TextExport(benchmark::State &state)
+{
+    const QString path = Paths::dataFolder() + QStringLiteral("/export.txt");
+    measure(state, [&] {
+        const QByteArray bytes = TextExport::textForAssignments(assignments()).toUtf8();
+        QSaveFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write(bytes);
+        file.commit();
+        return bytes.size();
+    });
+}
+BENCHMARK(BM_TextExport)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// Half of the backup's records equal current ones apart from "Date Updated".
+struct MergeData {
+    QVariantList backup;
+    QVariantList current;
+};
+const MergeData &mergeData()
+{
+    static const MergeData data = [] {
+        MergeData d;
+        for (int i = 0; i < RecordCount; ++i) {
+            d.current.append(record(i));
+            QVariantMap fromBackup = record(i % 2 == 0 ? i : RecordCount + i);
+            fromBackup.insert("Date Updated", "2025-01-01 00:00:00 -0500");
+            d.backup.append(fromBackup);
+        }
+        return d;
+    }();
+    return data;
+}
+
+void BM_MergeInMemory(benchmark::State &state)
+{
+    const MergeData &data = mergeData();
+    measure(state, [&] {
+        const QVariantList merged = Backup::mergeAssignments(data.backup, data.current, "2026-11-22 10:30:00 -0500",
+                                                             [] { return true; });
+        benchmark::DoNotOptimize(merged.size());
+        return qsizetype(1); // the in-memory merge writes nothing; its floor is the smallest write
+    });
+}
+BENCHMARK(BM_MergeInMemory)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+// The whole import: reading the backup and the data files, merging, writing three files.
+void BM_MergeImport(benchmark::State &state)
+{
+    const MergeData &data = mergeData();
+    const QString backupPath = Paths::home() + QStringLiteral("/backup.plist");
+    PropertyList::writeFile(backupPath, QVariantList{QVariant(data.backup), QVariantList{}, QVariantList{}});
+    const QByteArray current = PropertyList::toXml(data.current);
+    measure(state, [&] {
+        state.PauseTiming();
+        PropertyList::writeBytes(Paths::assignmentsFile(), current);
+        Alerts::queueAnswer(Backup::MergeButton);
+        Alerts::queueAnswer(Backup::KeepOnlyOneButton);
+        state.ResumeTiming();
+        Backup::sharedController()->importFromFile(backupPath);
+        return QFileInfo(Paths::assignmentsFile()).size();
+    });
+}
+BENCHMARK(BM_MergeImport)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QTemporaryDir home;
+    qputenv("HOME", QFile::encodeName(home.path()));
+    QCoreApplication app(argc, argv);
+    QDir().mkpath(Paths::dataFolder());
+    Workspace::recordForTest(); // a benchmark never opens the calendar
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,194 @@
+#include "exchange/TextExport.h"
+
+#include "BuildInfo.h"
+#include "platform/Alerts.h"
+#include "platform/DateText.h"
+#include "platform/FilePanels.h"
+#include "platform/Paths.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "store/Labels.h"
+#include "store/PreferenceKeys.h"
+
+#include <QHash>
+#include <QLoggingCategory>
+#include <QSaveFile>
+
+Q_LOGGING_CATEGORY(lcText, "quillory.exchange.text")
+
+namespace {
+
+const QString ProgramName = QStringLiteral("Quillory ");
+const QString HomeworkHeading = QStringLiteral(" Homework\n\n");
+const QString Untitled = QStringLiteral("Untitled");
+const QString CompleteSuffix = QStringLiteral("  --  Complete\n");
+const QString IncompleteSuffix = QStringLiteral("  --  Incomplete\n");
+const QString DueDate = QStringLiteral("Due Date: ");
+const QString None = QStringLiteral("None");
+const QString Separator = QStringLiteral(": ");
+const QString NotesWord = QStringLiteral("Notes: ");
+const QString CourseWord = QStringLiteral("Course: ");
+const QString TextbookWord = QStringLiteral("Textbook: ");
+const QString GradeWord = QStringLiteral("Grade: ");
+const QString LinkStart = QStringLiteral("mailto:?subject=Homework Assignment&body=");
+const QString EscapedAmpersand = QStringLiteral("&amp;");
+const QString EncodedAmpersand = QStringLiteral("%26");
+// Reserved characters of a URL that the link's escaping leaves as they are, so that "&amp;" survives
+// it. "#" and "%" are escaped: a raw one would cut the body short or garble it.
+const QByteArray LeftUnescaped = QByteArrayLiteral("!$&'()*+,/:;=?@");
+const QString DefaultDateFormat = QStringLiteral("%A, %B %e, %Y");
+
+QString version()
+{
+    return QString::fromLatin1(BuildInfo::ShortVersionString);
+}
+
+bool isTrue(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::Bool)
+        return value.toBool();
+    if (value.typeId() == QMetaType::QString)
+        return false;
+    return value.isValid() && value.toDouble() != 0;
+}
+
+// The due date as the list shows it: "Date Format" of the General preferences, local time.
+class DueDateText
+{
+public:
+    DueDateText()
+    {
+        const QVariant format =
+            UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
+        m_format = format.typeId() == QMetaType::QString ? format.toString() : DefaultDateFormat;
+    }
+    // Assignments share due dates often (a week's readings, a series), so each text is worked out once.
+    QString operator()(const QString &stored)
+    {
+        const auto known = m_cache.constFind(stored);
+        if (known != m_cache.constEnd())
+            return *known;
+        QString text = stored;
+        if (const auto moment = DateText::fromStoredForm(stored))
+            text = DateText::format(moment->toLocalTime(), m_format);
+        else
+            qCWarning(lcText) << "Unreadable due date" << stored << "written as it is stored";
+        m_cache.insert(stored, text);
+        return text;
+    }
+
+private:
+    QString m_format;
+    QHash<QString, QString> m_cache;
+};
+
+} // namespace
+
+QString TextExport::stringByReplacingAmpersands(const QString &text)
+{
+    QString escaped = text;
+    return escaped.replace(QLatin1Char('&'), EscapedAmpersand);
+}
+
+QString TextExport::textForAssignments(const AssignmentList &records)
+{
+    using namespace PreferenceKeys;
+    const QString course = Labels::label(LabelKeys::Course) + Separator;
+    const QString textbook = Labels::label(LabelKeys::Textbook) + Separator;
+    const QString type = Labels::label(LabelKeys::Type) + Separator;
+    const QString grade = Labels::label(LabelKeys::Grade) + Separator;
+    DueDateText dueDate;
+
+    QString text = ProgramName + version() + QStringLiteral("\n\n");
+    text.reserve(records.size() * 160 + text.size());
+    for (const AssignmentRef &record : records) {
+        if (!record)
+            continue;
+        const QVariantMap &fields = record->fields();
+        auto value = [&](const QString &key) { return fields.value(key).toString(); };
+        text += fields.contains(AssignmentKeys::Name) ? value(AssignmentKeys::Name) : Untitled;
+        text += isTrue(fields.value(AssignmentKeys::Completed)) ? CompleteSuffix : IncompleteSuffix;
+        if (fields.contains(AssignmentKeys::Date))
+            text += DueDate + dueDate(value(AssignmentKeys::Date)) + QLatin1Char('\n');
+        text += course + (fields.contains(AssignmentKeys::Course) ? value(AssignmentKeys::Course) : None)
+            + QLatin1Char('\n');
+        text += textbook + (fields.contains(AssignmentKeys::Textbook) ? value(AssignmentKeys::Textbook) : None)
+            + QLatin1Char('\n');
+        if (fields.contains(AssignmentKeys::Type))
+            text += type + value(AssignmentKeys::Type) + QLatin1Char('\n');
+        if (fields.contains(AssignmentKeys::Grade))
+            text += grade + value(AssignmentKeys::Grade) + QLatin1Char('\n');
+        if (fields.contains(AssignmentKeys::Notes))
+            text += NotesWord + value(AssignmentKeys::Notes) + QLatin1Char('\n');
+        text += QLatin1Char('\n');
+    }
+    return text;
+}
+
+QString TextExport::emailBody(const AssignmentList &records)
+{
+    DueDateText dueDate;
+    QString body = ProgramName + version() + HomeworkHeading;
+    for (const AssignmentRef &record : records) {
+        if (!record)
+            continue;
+        const QVariantMap &fields = record->fields();
+        auto escaped = [&](const QString &key) { return stringByReplacingAmpersands(fields.value(key).toString()); };
+        body += escaped(AssignmentKeys::Name);
+        body += isTrue(fields.value(AssignmentKeys::Completed)) ? CompleteSuffix : IncompleteSuffix;
+        if (fields.contains(AssignmentKeys::Date))
+            body += DueDate + dueDate(fields.value(AssignmentKeys::Date).toString()) + QLatin1Char('\n');
+        body += CourseWord + (fields.contains(AssignmentKeys::Course) ? escaped(AssignmentKeys::Course) : None)
+            + QLatin1Char('\n');
+        body += TextbookWord + (fields.contains(AssignmentKeys::Textbook) ? escaped(AssignmentKeys::Textbook) : None)
+            + QLatin1Char('\n');
+        if (fields.contains(AssignmentKeys::Grade))
+            body += GradeWord + escaped(AssignmentKeys::Grade) + QLatin1Char('\n');
+        if (fields.contains(AssignmentKeys::Notes))
+            body += NotesWord + escaped(AssignmentKeys::Notes) + QLatin1Char('\n');
+        body += QLatin1Char('\n');
+    }
+    return body;
+}
+
+QString TextExport::emailLinkText(const AssignmentList &selected)
+{
+    const QByteArray encoded = (LinkStart + emailBody(selected)).toUtf8().toPercentEncoding(LeftUnescaped);
+    return QString::fromLatin1(encoded).replace(EscapedAmpersand, EncodedAmpersand);
+}
+
+bool TextExport::exportAssignmentsToText(const AssignmentList &records, const std::function<void()> &showProgress,
+                                         const std::function<void()> &hideProgress)
+{
+    const QString path = FilePanels::runSave({Paths::home(), SuggestedFileName, TextExtension});
+    if (path.isEmpty())
+        return false;
+    if (showProgress)
+        showProgress();
+
+    QSaveFile file(path);
+    const QByteArray bytes = textForAssignments(records).toUtf8();
+    bool written = false;
+    if (file.open(QIODevice::WriteOnly)) {
+        if (file.write(bytes) == bytes.size())
+            written = file.commit();
+        else
+            file.cancelWriting();
+    }
+    if (written)
+        Workspace::openFile(path);
+    else
+        qCWarning(lcText) << "Writing" << path << "failed:" << file.errorString();
+    if (hideProgress)
+        hideProgress();
+    if (!written)
+        Alerts::inform(ErrorTitle, WriteFailedMessage + QLatin1Char(' ') + file.errorString());
+    return written;
+}
+
+void TextExport::emailAssignment(const AssignmentList &selected)
+{
+    // The link is already escaped; TolerantMode would re-escape nothing of it, StrictMode keeps it
+    // exactly as built.
+    Workspace::openUrl(QUrl(emailLinkText(selected), QUrl::StrictMode));
+}
