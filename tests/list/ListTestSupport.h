@@ -2,6 +2,8 @@
 
 #include "list/CalendarObserver.h"
 #include "list/Controller.h"
+#include "list/Editing.h"
+#include "list/RecurringSeries.h"
 #include "list/SidebarEditing.h"
 #include "list/SidebarValues.h"
 #include "list/ToolbarState.h"
@@ -11,6 +13,7 @@
 #include "platform/UserDefaults.h"
 #include "store/Assignment.h"
 #include "store/PreferenceKeys.h"
+#include "support/TestEnvironment.h"
 
 #include <QDir>
 #include <QFileInfo>
