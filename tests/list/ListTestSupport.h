@@ -19,6 +19,13 @@
 #include <QFileInfo>
 
 #include <memory>
+#include <ostream>
+
+// Readable failure messages for Qt strings.
+inline void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 // The toolbar as the list sees it: a search item that can be taken off, its text and placeholder,
 // and the format control.
