@@ -75,7 +75,7 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
     m_typesTable = named(new QListWidget, QStringLiteral("typesTable"), QString());
     m_typesTable->addItem(QString());
     m_typesTable->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_typesTable->setFixedHeight(m_typesTable->sizeHintForRow(0) + 2 * m_typesTable->frameWidth() + 4);
+    m_typesTable->setFixedHeight(m_typesTable->sizeHintForRow(0) + 2 * m_typesTable->frameWidth() + 8);
     m_typesTable->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     leftLayout->addWidget(m_typesTable);
     splitter->addWidget(left);
