@@ -1,5 +1,7 @@
 #include "TestEnvironment.h"
 
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
@@ -8,6 +10,8 @@
 #include "store/ui/SyncingPaneHost.h"
 
 #include <QAction>
+#include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -115,6 +119,29 @@ TEST_F(PreferencesWindowTest, SwitchingRemembersThePaneResizesAtWidth400KeepingT
     auto again = open();
     EXPECT_EQ(again->currentPane(), QStringLiteral("PersonalInfo"));
     EXPECT_TRUE(again->toolbarItem(QStringLiteral("PersonalInfo"))->isChecked());
+}
+
+TEST_F(PreferencesWindowTest, TheWindowFollowsTheNumberOfColourRows)
+{
+    QVariantList combined;
+    for (int i = 1; i <= 12; ++i)
+        combined.append(QVariantMap{{QStringLiteral("Name"), QString::number(i)},
+                                    {QStringLiteral("Display Name"), QString::number(i)},
+                                    {QStringLiteral("Type"), QStringLiteral("Course")}});
+    QDir().mkpath(Paths::dataFolder());
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), combined));
+    auto window = open();
+    window->setTabView(QStringLiteral("AssignmentWindow"));
+    const int top = window->geometry().top();
+    const int byDueDate = window->height();
+    auto *format = window->findChild<QComboBox *>(QStringLiteral("colorFormat"));
+    ASSERT_NE(format, nullptr);
+    format->setCurrentIndex(1);
+    EXPECT_GT(window->height(), byDueDate);
+    EXPECT_EQ(window->geometry().top(), top);
+    EXPECT_EQ(window->width(), 400);
+    format->setCurrentIndex(0);
+    EXPECT_EQ(window->height(), byDueDate);
 }
 
 TEST_F(PreferencesWindowTest, AnimatedResizeEndsAtThePaneHeightWithThePaneInPlace)
