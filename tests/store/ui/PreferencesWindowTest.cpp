@@ -8,6 +8,7 @@
 #include "store/ui/PersonalInfoPane.h"
 #include "store/ui/PreferencesWindow.h"
 #include "store/ui/SyncingPaneHost.h"
+#include "sync/ui/SyncingPrefs.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -57,7 +58,8 @@ TEST_F(PreferencesWindowTest, ToolbarOffersTheFivePanesWithTheirToolTips)
         {QStringLiteral("PersonalInfo"), QStringLiteral("Personal Info"),
          QStringLiteral("Change your personal information that displays in the sidebar")},
         {QStringLiteral("Labels"), QStringLiteral("Labels"), QStringLiteral("Customize the labels throughout the program")},
-        {QStringLiteral("Syncing"), QStringLiteral("Sync"), QString()},
+        {QStringLiteral("Syncing"), QStringLiteral("Sync"),
+         QStringLiteral("Synchronize your data amongst multiple computers")},
     };
     auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"));
     ASSERT_NE(toolbar, nullptr);
@@ -68,13 +70,10 @@ TEST_F(PreferencesWindowTest, ToolbarOffersTheFivePanesWithTheirToolTips)
         EXPECT_EQ(item->objectName(), identifier);
         EXPECT_EQ(item->text(), label);
         EXPECT_FALSE(item->icon().isNull()) << identifier.toStdString();
-        if (!toolTip.isEmpty())
-            EXPECT_EQ(item->toolTip(), toolTip);
+        EXPECT_EQ(item->toolTip(), toolTip);
+        EXPECT_TRUE(item->isEnabled());
         EXPECT_EQ(toolbar->widgetForAction(item)->accessibleName(), label);
     }
-    // Nothing registered the syncing pane: its item cannot be chosen.
-    EXPECT_FALSE(window->toolbarItem(QStringLiteral("Syncing"))->isEnabled());
-    EXPECT_FALSE(window->setTabView(QStringLiteral("Syncing")));
     EXPECT_FALSE(window->setTabView(QStringLiteral("Nonsense")));
     EXPECT_EQ(window->currentPane(), QStringLiteral("General"));
 }
@@ -163,6 +162,24 @@ TEST_F(PreferencesWindowTest, AnimatedResizeEndsAtThePaneHeightWithThePaneInPlac
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(window->findChildren<PreferencePane *>().size(), 1);
     EXPECT_EQ(window->currentView()->objectName(), QStringLiteral("personalInfoView"));
+}
+
+TEST_F(PreferencesWindowTest, ShowsTheSyncingPaneAtItsHeightAndGivesItBack)
+{
+    auto window = open();
+    ASSERT_TRUE(window->setTabView(QStringLiteral("Syncing")));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isResizing(); }, 3000));
+    QWidget *view = window->currentView();
+    ASSERT_EQ(view, SyncingPrefs::sharedController());
+    const int toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"))->sizeHint().height();
+    // No syncing is set up: the pane's smallest height.
+    EXPECT_EQ(window->height(), toolbar + 135);
+    EXPECT_EQ(window->width(), 400);
+    window->setTabView(QStringLiteral("Labels"));
+    EXPECT_EQ(view->parent(), nullptr);
+    window->setTabView(QStringLiteral("Syncing"));
+    window.reset();
+    EXPECT_EQ(SyncingPrefs::sharedController()->parent(), nullptr);
 }
 
 TEST_F(PreferencesWindowTest, HostsARegisteredSyncingPaneWithoutOwningIt)
