@@ -6,6 +6,20 @@
 #include <array>
 #include <cmath>
 
+namespace {
+
+// |value| to an even power, by squaring: the rays are thin peaks of a cosine.
+double power(double value, int exponent)
+{
+    const double square = value * value;
+    double result = 1;
+    for (int i = 0; i < exponent / 2; ++i)
+        result *= square;
+    return result;
+}
+
+} // namespace
+
 void FlashTransition::setCenter(const QPointF &center)
 {
     m_center = center;
@@ -36,6 +50,10 @@ void FlashTransition::prepare()
     const int flareHeight = (pictureSize.height() + 1) / 2;
     m_flare.assign(static_cast<size_t>(m_flareWidth) * static_cast<size_t>(flareHeight), 0);
     const double reach = std::max(1.0, std::hypot(m_extent.width(), m_extent.height()) / 2);
+    // Lifts the faint parts of the flare so its edge is soft: light^0.7 as a grey level.
+    std::array<uchar, 1024> levels{};
+    for (size_t i = 0; i < levels.size(); ++i)
+        levels[i] = static_cast<uchar>(std::lround(std::pow(i / 1023.0, 0.7) * 255));
     for (int hy = 0; hy < flareHeight; ++hy) {
         for (int hx = 0; hx < m_flareWidth; ++hx) {
             const double dx = hx * 2 + 1 - m_center.x();
@@ -43,13 +61,11 @@ void FlashTransition::prepare()
             const double r = std::hypot(dx, dy) / reach;
             const double angle = std::atan2(dy, dx);
             // Three sets of thin rays of different counts make an irregular star.
-            const double rays = 0.55 * std::pow(std::abs(std::cos(6 * angle)), 10)
-                                + 0.45 * std::pow(std::abs(std::cos(9 * angle + 0.6)), 16)
-                                + 0.3 * std::pow(std::abs(std::cos(17 * angle + 1.3)), 24);
-            const double light = std::exp(-2.2 * r) * (0.55 + 0.9 * rays);
-            const double value = std::pow(std::clamp(light, 0.0, 1.0), 0.7);
+            const double rays = 0.55 * power(std::cos(6 * angle), 10) + 0.45 * power(std::cos(9 * angle + 0.6), 16)
+                                + 0.3 * power(std::cos(17 * angle + 1.3), 24);
+            const double light = std::clamp(std::exp(-2.2 * r) * (0.55 + 0.9 * rays), 0.0, 1.0);
             m_flare[static_cast<size_t>(hy) * static_cast<size_t>(m_flareWidth) + static_cast<size_t>(hx)] =
-                static_cast<uchar>(std::lround(value * 255));
+                levels[static_cast<size_t>(light * 1023)];
         }
     }
 }

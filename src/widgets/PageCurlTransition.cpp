@@ -60,6 +60,11 @@ void PageCurlTransition::prepare()
         back = back.scaled(pictureSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     m_back = back.convertToFormat(inputImage().format());
     m_profile = TransitionArtwork::shadingProfile(m_shading.isNull() ? TransitionArtwork::shadingImage() : m_shading);
+    for (int step = 0; step <= kSteps; ++step) {
+        const double across = static_cast<double>(step) / kSteps;
+        m_bend[static_cast<size_t>(step)] = static_cast<float>(std::asin(across));
+        m_light[static_cast<size_t>(step)] = m_profile[static_cast<size_t>(std::lround(across * 255))];
+    }
 }
 
 void PageCurlTransition::render(double time, QImage &output)
@@ -77,6 +82,7 @@ void PageCurlTransition::render(double time, QImage &output)
     // The roll's axis starts just outside the corner and ends where neither the sheet nor its
     // shadow is left on the view.
     const double axis = -0.5 + time * (sMax - sMin + r + shadowWidth + 1.5);
+    const double stepsPerPixel = kSteps / r;
 
     auto sampleInside = [&](double px, double py, const QImage &image, quint32 &pixel) {
         if (px < 0 || py < 0 || px >= width || py >= height)
@@ -103,13 +109,12 @@ void PageCurlTransition::render(double time, QImage &output)
                 else
                     out[x] = from[x];
             } else if (s >= axis - r) {
-                const double across = std::clamp((axis - s) / r, 0.0, 1.0);
-                const double bend = std::asin(across);
+                const int step = std::clamp(static_cast<int>((axis - s) * stepsPerPixel), 0, kSteps);
+                const double bend = m_bend[static_cast<size_t>(step)];
                 // The top of the roll shows the back of the sheet, lit by the shading strip.
                 const double topShift = -r * (M_PI - bend) - (s - axis);
                 if (sampleInside(px + topShift * nx, py + topShift * ny, m_back, pixel)) {
-                    const int light = m_profile[static_cast<size_t>(std::lround(across * 255))];
-                    out[x] = PixelBlend::shade(pixel, light);
+                    out[x] = PixelBlend::shade(pixel, m_light[static_cast<size_t>(step)]);
                     continue;
                 }
                 // Where the sheet ends before reaching the top, its inside shows.
