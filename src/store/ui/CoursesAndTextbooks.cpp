@@ -220,6 +220,14 @@ void CoursesAndTextbooks::closeEvent(QCloseEvent *event)
     QMainWindow::closeEvent(event);
 }
 
+void CoursesAndTextbooks::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    // The labels may have been renamed in the preferences while this window stayed open.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        updateLabels();
+}
+
 int CoursesAndTextbooks::selectedRow() const
 {
     const QModelIndexList rows = m_coursesTable->selectionModel()->selectedRows();

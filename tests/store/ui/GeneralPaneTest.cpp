@@ -103,6 +103,11 @@ TEST_F(GeneralPaneTest, CustomDateFormatShowsALivePreviewAndIsSaved)
     EXPECT_FALSE(custom->isEnabled());
     format->setCurrentIndex(3);
     EXPECT_TRUE(custom->isEnabled());
+    // Custom starts from the format that was in use.
+    EXPECT_EQ(custom->text(), DateFormatLong);
+    EXPECT_EQ(general().value(DateFormat), DateFormatLong);
+    EXPECT_EQ(preview->text(), QStringLiteral("Sunday, November 22, 2026"));
+    custom->clear();
     QTest::keyClicks(custom, QStringLiteral("%Y-%m"));
     EXPECT_EQ(preview->text(), QStringLiteral("2026-11"));
     QTest::keyClicks(custom, QStringLiteral("-%d"));
@@ -113,6 +118,19 @@ TEST_F(GeneralPaneTest, CustomDateFormatShowsALivePreviewAndIsSaved)
     GeneralPane reopened;
     EXPECT_EQ(reopened.findChild<QComboBox *>(QStringLiteral("dateFormat"))->currentIndex(), 3);
     EXPECT_EQ(reopened.findChild<QLineEdit *>(QStringLiteral("customDateFormat"))->text(), QStringLiteral("%Y-%m-%d"));
+}
+
+TEST_F(GeneralPaneTest, ATransitionPastTheNamedOnesIsKeptWhenSaving)
+{
+    QVariantMap stored = general();
+    stored.insert(MainWindowTransition, qint64(12));
+    UserDefaults().set(General, stored);
+    GeneralPane pane;
+    EXPECT_EQ(pane.findChild<QComboBox *>(QStringLiteral("mainWindowTransition"))->currentText(), QStringLiteral("Ripple"));
+    pane.findChild<QCheckBox *>(QStringLiteral("hideWeekends"))->click();
+    EXPECT_EQ(general().value(MainWindowTransition).toLongLong(), 12);
+    pane.findChild<QComboBox *>(QStringLiteral("mainWindowTransition"))->setCurrentIndex(0);
+    EXPECT_EQ(general().value(MainWindowTransition).toLongLong(), 0);
 }
 
 TEST_F(GeneralPaneTest, LabelsNameTheViewsAndTheDoubleClickBox)
