@@ -278,3 +278,55 @@ TEST_F(SyncTest, LinksInsideTheFolderAreAccepted)
     EXPECT_EQ(QFileInfo(dataFolder() + QStringLiteral("/alias")).symLinkTarget(),
               dataFolder() + QStringLiteral("/Assignments.plist"));
 }
+
+TEST_F(SyncTest, ADownloadWithoutABackupChangesNothingUnlessTheUserGoesOn)
+{
+    writeSampleData(QStringLiteral("packed"));
+    writeSettings(LocalArchive);
+    Syncing engine;
+    engine.uploadData();
+    const auto packed = snapshot(dataFolder());
+
+    // A store that does not parse cannot be backed up.
+    TestEnvironment::writeFile(Paths::assignmentsFile(), "not a property list");
+    const auto damaged = snapshot(dataFolder());
+    const QString archiveCopy = TestEnvironment::home() + QStringLiteral("/archive.tar");
+    ASSERT_TRUE(QFile::copy(SyncArchive::ArchivePath, archiveCopy));
+
+    Alerts::queueAnswer(Syncing::QuitButton);
+    engine.downloadData();
+    auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked[0].message.startsWith(
+        QStringLiteral("There was a problem syncing your data:\nThe automatic backup could not be written: ")))
+        << asked[0].message.toStdString();
+    EXPECT_TRUE(engine.quitWasChosen());
+    EXPECT_EQ(snapshot(dataFolder()), damaged);
+    EXPECT_FALSE(SyncArchive::archiveExists());
+
+    ASSERT_TRUE(QFile::copy(archiveCopy, SyncArchive::ArchivePath));
+    Alerts::queueAnswer(Syncing::ContinueButton);
+    engine.downloadData();
+    EXPECT_EQ(Alerts::takeAsked().size(), 1);
+    EXPECT_FALSE(engine.quitWasChosen());
+    EXPECT_EQ(snapshot(dataFolder()), packed);
+}
+
+TEST_F(SyncTest, AnArchiveCannotReplaceTheLocalBackups)
+{
+    writeSampleData(QStringLiteral("local"));
+    writeSettings(LocalArchive);
+    Syncing engine;
+    engine.backup();
+    const auto backups = snapshot(Paths::syncingBackupsFolder());
+    plantArchive({QStringLiteral("tmp/Quillory/Assignments.plist"),
+                  QStringLiteral("tmp/Quillory/Syncing Backups/2026-11-22 10:30:00 -0500.plist")});
+    Clock::pin(TestEnvironment::pinnedNow().addSecs(1));
+    engine.downloadData();
+    EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), "from the archive");
+    auto now = snapshot(Paths::syncingBackupsFolder());
+    EXPECT_EQ(now.size(), 2);
+    EXPECT_EQ(now.value(QStringLiteral("2026-11-22 10:30:00 -0500.plist")),
+              backups.value(QStringLiteral("2026-11-22 10:30:00 -0500.plist")));
+}
