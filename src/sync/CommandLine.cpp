@@ -13,7 +13,8 @@ CommandLine *CommandLine::sharedController()
     return &instance;
 }
 
-CommandLine::Outcome CommandLine::run(const QString &program, const QStringList &arguments, bool mergeErrors)
+CommandLine::Outcome CommandLine::run(const QString &program, const QStringList &arguments, bool mergeErrors,
+                                      const QStringList &environment)
 {
     Outcome outcome;
     QProcess process;
@@ -24,6 +25,12 @@ CommandLine::Outcome CommandLine::run(const QString &program, const QStringList 
     if (!mergeErrors)
         process.setStandardErrorFile(QProcess::nullDevice());
     process.setStandardInputFile(QProcess::nullDevice());
+    if (!environment.isEmpty()) {
+        QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+        for (const QString &variable : environment)
+            variables.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+        process.setProcessEnvironment(variables);
+    }
     process.start();
     if (!process.waitForStarted(-1)) {
         outcome.exitStatus = -1;

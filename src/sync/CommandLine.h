@@ -20,7 +20,9 @@ public:
     // The runner underneath both forms. On the interface thread it keeps the windows painted (but
     // takes no user input) while the child runs, so a progress sheet does not look frozen.
     // With `mergeErrors` false, standard error is dropped and only standard output is kept.
-    static Outcome run(const QString &program, const QStringList &arguments, bool mergeErrors = true);
+    // `environment` adds or replaces variables ("NAME=value") for this child only.
+    static Outcome run(const QString &program, const QStringList &arguments, bool mergeErrors = true,
+                       const QStringList &environment = {});
 
     // A shell command line, run as "/bin/sh" "-c" line; returns the output whatever the exit status.
     QString runCommand(const QString &line) const;

@@ -254,7 +254,9 @@ std::optional<QString> SyncArchive::checkMembers(const QString &archivePath)
     const auto names = CommandLine::run(TarPath, {asStored, QStringLiteral("-tf"), archivePath}, false);
     if (names.exitStatus != 0)
         return UnreadableArchive.arg(CommandLine::run(TarPath, {QStringLiteral("-tf"), archivePath}).output.trimmed());
-    const auto details = CommandLine::run(TarPath, {asStored, QStringLiteral("-tvf"), archivePath}, false);
+    // The long listing's words ("link to") follow the locale: read it in the C locale.
+    const auto details = CommandLine::run(TarPath, {asStored, QStringLiteral("-tvf"), archivePath}, false,
+                                          {QStringLiteral("LC_ALL=C")});
     const QStringList nameLines = names.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     const QStringList detailLines = details.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     if (details.exitStatus != 0 || nameLines.size() != detailLines.size())

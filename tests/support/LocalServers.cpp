@@ -129,8 +129,10 @@ bool AccountCheckServer::start(QString *error)
     m_process->start(Python, {QStringLiteral(QUILLORY_TEST_SUPPORT_DIR "/account_check_server.py"), m_folder.path()});
     QByteArray line;
     QDeadlineTimer deadline(10000);
-    while (!line.contains('\n') && !deadline.hasExpired() && m_process->waitForReadyRead(200))
+    while (!line.contains('\n') && !deadline.hasExpired() && m_process->state() != QProcess::NotRunning) {
+        m_process->waitForReadyRead(200);
         line += m_process->readAll();
+    }
     m_port = quint16(line.trimmed().toUInt());
     if (m_port == 0 || !waitForPort(m_port)) {
         if (error)
@@ -202,8 +204,10 @@ bool PrivateKeyring::start(QString *error)
                   QStringLiteral("--address=unix:path=") + m_folder.filePath(QStringLiteral("bus"))});
     QByteArray address;
     QDeadlineTimer deadline(10000);
-    while (!address.contains('\n') && !deadline.hasExpired() && m_bus->waitForReadyRead(200))
+    while (!address.contains('\n') && !deadline.hasExpired() && m_bus->state() != QProcess::NotRunning) {
+        m_bus->waitForReadyRead(200);
         address += m_bus->readAllStandardOutput();
+    }
     address = address.trimmed();
     if (address.isEmpty())
         return fail(QStringLiteral("dbus-daemon did not start"));

@@ -18,6 +18,7 @@
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -129,9 +130,18 @@ TEST_F(SyncingPrefsTest, TypingChecksAQuarterSecondAfterTheLastKeystroke)
     EXPECT_EQ(pane.shownImage(), QString());
     EXPECT_FALSE(download->isEnabled());
 
-    QTest::keyClicks(password, QStringLiteral("secret"), Qt::NoModifier, 40);
+    QTest::keyClicks(password, QStringLiteral("secre"));
     EXPECT_TRUE(pane.hasPendingCheck());
-    EXPECT_TRUE(m_web.requests().isEmpty()) << "every keystroke restarts the wait";
+    QTest::qWait(100);
+    QTest::keyClicks(password, QStringLiteral("t"));
+    // Every keystroke starts the quarter second again.
+    const auto timers = pane.findChildren<QTimer *>(QStringLiteral("checkTimer"));
+    const auto pending = std::count_if(timers.begin(), timers.end(), [](QTimer *t) { return t->isActive(); });
+    EXPECT_EQ(pending, 1);
+    for (QTimer *timer : timers)
+        if (timer->isActive())
+            EXPECT_GT(timer->remainingTime(), 200);
+    EXPECT_TRUE(m_web.requests().isEmpty());
     QTRY_VERIFY_WITH_TIMEOUT(!pane.hasPendingCheck(), 2000);
     ASSERT_EQ(m_web.requests().size(), 1);
     EXPECT_EQ(m_web.requests().first(), QStringLiteral("/userexists.php?username=%1&password=%2")

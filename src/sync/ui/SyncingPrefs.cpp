@@ -293,6 +293,7 @@ void SyncingPrefs::controlTextDidChange()
         return;
     forgetCheckTimer();
     m_checkTimer = new QTimer(this);
+    m_checkTimer->setObjectName(QStringLiteral("checkTimer"));
     m_checkTimer->setSingleShot(true);
     m_checkTimer->setInterval(CheckDelayMilliseconds);
     connect(m_checkTimer, &QTimer::timeout, this, &SyncingPrefs::checkForValidOnlineUser);
