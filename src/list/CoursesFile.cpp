@@ -1,0 +1,91 @@
+#include "list/CoursesFile.h"
+
+#include "list/ListLog.h"
+#include "list/ListTexts.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+
+#include <QFile>
+#include <QVariantMap>
+
+#include <sys/stat.h>
+
+CoursesFile::CoursesFile(QString path)
+    : m_path(path.isEmpty() ? Paths::coursesFile() : std::move(path))
+{
+}
+
+CoursesFile::Stamp CoursesFile::stampOf(const QString &path)
+{
+    struct stat info {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return {};
+    return {qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
+            quint64(info.st_ino), true};
+}
+
+bool CoursesFile::refresh()
+{
+    const Stamp stamp = stampOf(m_path);
+    if (m_stamp && *m_stamp == stamp)
+        return false;
+    m_stamp = stamp;
+    QVariantList records = stamp.exists ? read(m_path) : QVariantList();
+    if (records == m_records)
+        return false;
+    m_records = std::move(records);
+    return true;
+}
+
+QVariantList CoursesFile::read(const QString &path)
+{
+    if (!QFile::exists(path))
+        return {};
+    QString error;
+    const std::optional<QVariant> root = PropertyList::readFile(path, &error);
+    if (!root) {
+        qCWarning(lcList) << "cannot read" << path << ":" << error;
+        return {};
+    }
+    if (root->typeId() != QMetaType::QVariantList) {
+        qCWarning(lcList) << path << "does not hold a list";
+        return {};
+    }
+    return root->toList();
+}
+
+QStringList CoursesFile::courseNames(const QVariantList &records)
+{
+    QStringList names;
+    for (const QVariant &value : records) {
+        const QVariantMap record = value.toMap();
+        if (record.value(ListTexts::CourseTypeKey).toString() == ListTexts::CourseTypeCourse)
+            names.append(record.value(ListTexts::CourseNameKey).toString());
+    }
+    return names;
+}
+
+QStringList CoursesFile::textbooksOf(const QVariantList &records, const QString &course)
+{
+    QStringList names;
+    for (const QVariant &value : records) {
+        const QVariantMap record = value.toMap();
+        if (record.value(ListTexts::CourseTypeKey).toString() == ListTexts::CourseTypeTextbook
+            && record.value(ListTexts::TextbookCourseKey).toString() == course)
+            names.append(record.value(ListTexts::CourseNameKey).toString());
+    }
+    return names;
+}
+
+std::optional<QString> CoursesFile::defaultTextbook(const QVariantList &records, const QString &course)
+{
+    for (const QVariant &value : records) {
+        const QVariantMap record = value.toMap();
+        if (record.value(ListTexts::CourseNameKey).toString() != course)
+            continue;
+        const auto it = record.constFind(ListTexts::DefaultTextbookKey);
+        if (it != record.constEnd() && it->toString() != ListTexts::NoTextbook)
+            return it->toString();
+    }
+    return std::nullopt;
+}

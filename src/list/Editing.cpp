@@ -1,0 +1,331 @@
+#include "list/Editing.h"
+
+#include "list/CalendarObserver.h"
+#include "list/ColumnCatalogue.h"
+#include "list/Controller.h"
+#include "list/CoursesFile.h"
+#include "list/DatePullDowns.h"
+#include "list/ListLog.h"
+#include "list/ListTexts.h"
+#include "list/SidebarEditing.h"
+#include "list/ToolbarState.h"
+#include "platform/Alerts.h"
+#include "platform/Clock.h"
+#include "platform/DateText.h"
+#include "platform/UserDefaults.h"
+#include "store/PreferenceKeys.h"
+
+using namespace AssignmentKeys;
+
+Editing::Editing(Controller &controller)
+    : m_controller(controller)
+{
+}
+
+QString Editing::dateFormat() const
+{
+    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
+    return format.typeId() == QMetaType::QString ? format.toString() : PreferenceKeys::DateFormatLong;
+}
+
+bool Editing::warningsOn() const
+{
+    return UserDefaults()
+        .groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DisplayWarningMessages)
+        .toBool();
+}
+
+AssignmentRef Editing::newRecord() const
+{
+    AssignmentRef record = Assignments::make();
+    record->set(DateUpdated, DateText::nowStoredForm());
+    record->set(DateCreated, Clock::secondsSince1970());
+    return record;
+}
+
+// --- adding ----------------------------------------------------------------------------------------
+
+int Editing::addAssignment()
+{
+    const int format = m_controller.m_toolbar ? m_controller.m_toolbar->formatSegment() : 0;
+    if (format == 0)
+        return addAssignmentWithDate(std::nullopt);
+    if (format == 1 || format == 2) {
+        std::optional<QDateTime> focus;
+        if (m_controller.m_calendar)
+            focus = m_controller.m_calendar->focusDate();
+        return addAssignmentWithDate(focus);
+    }
+    return -1;
+}
+
+int Editing::addAssignmentWithDate(const std::optional<QDateTime> &date)
+{
+    addRecordWithDate(date);
+    return m_controller.singleSelectedRow();
+}
+
+AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
+{
+    Controller &c = m_controller;
+    if (!c.m_storeUsable) {
+        qCWarning(lcList) << "the store could not be read; the new assignment has nowhere to go";
+        return nullptr;
+    }
+    // Pending sidebar edits of the selected record are kept first.
+    c.sidebarEditing().editAssignment(SidebarEditing::Sender::None);
+
+    AssignmentRef record = newRecord();
+    if (c.m_filterBar.getSelectedTitleInSegment(0) == ListTexts::Complete)
+        record->set(Completed, true);
+    const QString course = c.m_filterBar.getSelectedTitleInSegment(1);
+    if (!course.isEmpty() && course != ListTexts::All)
+        record->set(Course, course);
+    if (date)
+        record->set(Date, DateText::toStoredForm(*date));
+
+    c.m_all.append(record);
+    c.allChanged();
+    c.filterWithViews();
+    Q_EMIT c.sidebarCleared();
+    c.sortColumn();
+
+    const qsizetype row = c.m_display.indexOf(record);
+    if (row < 0) {
+        c.saveData();
+        return record;
+    }
+    c.selectRowAlone(int(row));
+    // The course field counts as changed from nothing, which brings in the course's default textbook.
+    c.sidebarEditing().courseFieldWillChangeFrom(QString(""));
+    c.sidebarEditing().editAssignment(SidebarEditing::Sender::CourseField);
+    Q_EMIT c.focusNameField();
+    c.saveData();
+    const int selected = c.singleSelectedRow();
+    return selected >= 0 ? c.m_display[selected] : record;
+}
+
+int Editing::addProject()
+{
+    const int format = m_controller.m_toolbar ? m_controller.m_toolbar->formatSegment() : 0;
+    if (format == 0)
+        return addProjectWithDate(std::nullopt);
+    if ((format == 1 || format == 2) && m_controller.m_calendar)
+        return addProjectWithDate(m_controller.m_calendar->focusDate());
+    return -1;
+}
+
+int Editing::addProjectWithDate(const std::optional<QDateTime> &date)
+{
+    Controller &c = m_controller;
+    const AssignmentRef record = addRecordWithDate(std::nullopt);
+    if (!record)
+        return -1;
+    if (date)
+        record->set(Date, DateText::toStoredForm(*date));
+    record->set(Project, DateText::nowStoredForm());
+    c.allChanged();
+    c.saveData();
+    const qsizetype row = c.m_display.indexOf(record);
+    // The record changed in place: the table shows it afresh.
+    c.reloadTable();
+    if (row >= 0)
+        c.selectRowAlone(int(row));
+    Q_EMIT c.focusNameField();
+    return int(row);
+}
+
+void Editing::addSubproject()
+{
+    Controller &c = m_controller;
+    const QList<int> rows = c.selectedRows();
+    if (rows.isEmpty())
+        return;
+    AssignmentRef project = c.m_display[rows.last()];
+    if (project->isSubproject())
+        project = c.projectFor(project->string(Subproject));
+    if (!project || !project->isProject())
+        return;
+
+    c.clearSelection();
+    const AssignmentRef record = addRecordWithDate(std::nullopt);
+    if (!record)
+        return;
+    record->set(Subproject, project->string(Project));
+    record->set(Name, QString(""));
+    for (const QString &key : {Course, Textbook, Grade, Type, Priority})
+        if (project->has(key))
+            record->set(key, project->value(key));
+    c.allChanged();
+    c.saveData();
+    c.filterWithViews();
+    Q_EMIT c.subprojectsChanged();
+    const qsizetype row = c.m_display.indexOf(record);
+    if (row >= 0)
+        c.selectRowAlone(int(row));
+    Q_EMIT c.showSubprojectsTab();
+}
+
+void Editing::deleteSubproject(int row)
+{
+    Controller &c = m_controller;
+    const QList<int> rows = c.selectedRows();
+    if (rows.isEmpty())
+        return;
+    const AssignmentRef selected = c.m_display[rows.last()];
+    const bool selectedWasProject = selected->isProject();
+    const AssignmentRef project
+        = selected->isSubproject() ? c.projectFor(selected->string(Subproject)) : selected;
+    if (!project)
+        return;
+    const AssignmentList subprojects = c.subprojectsForProject(project->string(Project));
+    if (row < 0 || row >= subprojects.size())
+        return;
+    const AssignmentRef doomed = subprojects[row];
+    Assignments::removeEqual(c.m_all, *doomed);
+    c.allChanged();
+    c.filterWithViews();
+    c.sortColumn();
+    Q_EMIT c.subprojectsChanged();
+    c.saveData();
+    c.clearSelection();
+    if (selectedWasProject) {
+        const qsizetype projectRow = c.m_display.indexOf(project);
+        if (projectRow >= 0)
+            c.selectRowAlone(int(projectRow));
+    }
+}
+
+void Editing::setSubprojectValue(int row, const QString &column, const QVariant &value)
+{
+    Controller &c = m_controller;
+    const AssignmentRef project = c.actualSelectedObject();
+    if (!project)
+        return;
+    const AssignmentList subprojects = c.subprojectsForProject(project->string(Project));
+    if (row < 0 || row >= subprojects.size())
+        return;
+    const AssignmentRef subproject = subprojects[row];
+    if (column == ColumnCatalogue::Name) {
+        subproject->set(Name, value.toString());
+    } else if (column == ColumnCatalogue::Date) {
+        std::optional<QDateTime> date;
+        if (value.typeId() == QMetaType::QDateTime)
+            date = value.toDateTime();
+        else if (!value.toString().isEmpty())
+            date = DateText::parseNatural(value.toString(), dateFormat(), Clock::now());
+        if (date && date->isValid())
+            subproject->set(Date, DateText::toStoredForm(*date));
+        else if (value.toString().isEmpty())
+            subproject->remove(Date);
+        else
+            return; // a text that names no date changes nothing
+    } else if (column == ColumnCatalogue::Completed) {
+        subproject->set(Completed, value.toBool());
+    } else {
+        return;
+    }
+    for (const QString &key : {Course, Textbook, Grade, Type})
+        if (project->has(key))
+            subproject->set(key, project->value(key));
+    c.allChanged();
+    c.saveData();
+    Q_EMIT c.subprojectsChanged();
+    c.filterWithViews();
+    c.sortColumn();
+}
+
+QVariant Editing::subprojectCell(int row, const QString &column) const
+{
+    const AssignmentList rows = m_controller.subprojectRows();
+    if (row < 0 || row >= rows.size())
+        return {};
+    const Assignment &record = *rows[row];
+    if (column == ColumnCatalogue::Date) {
+        if (const std::optional<QDateTime> due = record.dueDate())
+            return DateText::format(due->toLocalTime(), dateFormat());
+    }
+    return record.value(column);
+}
+
+// --- duplicating, deleting, completing --------------------------------------------------------------
+
+void Editing::duplicateAssignment()
+{
+    Controller &c = m_controller;
+    if (!c.m_storeUsable)
+        return;
+    const QList<int> rows = c.selectedRows();
+    if (rows.isEmpty())
+        return;
+    // Every key is copied, "Project" and "Subproject" too: a duplicated project shares its
+    // subprojects with the record it came from.
+    const AssignmentRef copy = Assignments::copy(c.m_display[rows.last()]);
+    copy->set(DateUpdated, DateText::nowStoredForm());
+    copy->set(DateCreated, Clock::secondsSince1970());
+    c.m_all.append(copy);
+    c.allChanged();
+    c.filterWithViews();
+    c.updateCalendar();
+    c.sortColumn();
+    c.saveData();
+}
+
+void Editing::deleteAssignment()
+{
+    Controller &c = m_controller;
+    const QList<int> rows = c.selectedRows();
+    if (rows.isEmpty())
+        return;
+    if (warningsOn()
+        && !Alerts::askYesNo(ListTexts::WarningTitle,
+                             rows.size() == 1 ? ListTexts::DeleteOneQuestion : ListTexts::DeleteManyQuestion))
+        return;
+
+    AssignmentList doomed;
+    for (int row : rows)
+        doomed.append(c.m_display[row]);
+    for (qsizetype i = 0, selected = doomed.size(); i < selected; ++i)
+        if (doomed[i]->isProject())
+            doomed.append(c.subprojectsForProject(doomed[i]->string(Project)));
+
+    // The filter is not run again; the filtered list loses the records too, so that the next
+    // keystroke in the search field cannot bring deleted records back on screen.
+    for (const AssignmentRef &record : std::as_const(doomed)) {
+        const Assignment gone = *record;
+        Assignments::removeEqual(c.m_display, gone);
+        Assignments::removeEqual(c.m_filtered, gone);
+        Assignments::removeEqual(c.m_all, gone);
+    }
+    c.allChanged();
+    c.clearSelection();
+    Q_EMIT c.sidebarNoSelection();
+    c.reloadTable();
+    c.saveData();
+    c.updateCalendar();
+}
+
+void Editing::markAssignmentAsCompleted(int row)
+{
+    Controller &c = m_controller;
+    if (row < 0) {
+        const QList<int> rows = c.selectedRows();
+        if (rows.isEmpty())
+            return;
+        row = rows.last();
+    }
+    if (row >= c.m_display.size())
+        return;
+    const AssignmentRef record = c.m_display[row];
+    const qsizetype index = Assignments::indexOfEqual(c.m_all, *record);
+    if (index < 0)
+        return;
+    const AssignmentRef toggled = Assignments::copy(record);
+    toggled->set(Completed, !record->isCompleted());
+    c.m_all[index] = toggled;
+    c.allChanged();
+    c.saveData();
+    Q_EMIT c.subprojectsChanged();
+    c.filterWithViews();
+    c.sortColumn();
+}

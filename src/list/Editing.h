@@ -1,0 +1,50 @@
+#pragma once
+
+#include "store/Assignment.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+class Controller;
+
+// The changes the user makes to assignments from the main window other than the sidebar's edits
+// (SidebarEditing): adding assignments, projects and subprojects, editing the subprojects table,
+// duplicating, deleting and marking completed. Each changes allAssignments, filters,
+// sorts and saves through the controller.
+class Editing
+{
+public:
+    explicit Editing(Controller &controller);
+
+    // Adds by the format control: no date in the list, the calendar's focus date in a calendar.
+    // Returns the new row, or -1.
+    int addAssignment();
+    int addAssignmentWithDate(const std::optional<QDateTime> &date);
+    int addProject();
+    int addProjectWithDate(const std::optional<QDateTime> &date);
+    void addSubproject();
+    // Deletes the subproject at `row` of the subprojects table, without asking.
+    void deleteSubproject(int row);
+    // A subprojects-table cell was edited: "Name", "Date" (a date, a text, or empty to remove) or
+    // "Completed".
+    void setSubprojectValue(int row, const QString &column, const QVariant &value);
+    // The value the subprojects table shows in a cell.
+    QVariant subprojectCell(int row, const QString &column) const;
+
+    void duplicateAssignment();
+    // Asks first while "Display Warning Messages" is on; deletes projects with their subprojects.
+    void deleteAssignment();
+    // The completed box of `row` was clicked (-1: the selected row).
+    void markAssignmentAsCompleted(int row = -1);
+
+private:
+    AssignmentRef addRecordWithDate(const std::optional<QDateTime> &date);
+    AssignmentRef newRecord() const;
+    QString dateFormat() const;
+    bool warningsOn() const;
+
+    Controller &m_controller;
+};

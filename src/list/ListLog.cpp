@@ -1,0 +1,3 @@
+#include "list/ListLog.h"
+
+Q_LOGGING_CATEGORY(lcList, "quillory.list")

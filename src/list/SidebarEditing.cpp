@@ -1,0 +1,269 @@
+#include "list/SidebarEditing.h"
+
+#include "list/CalendarObserver.h"
+#include "list/Controller.h"
+#include "list/CoursesFile.h"
+#include "list/DatePullDowns.h"
+#include "list/ListLog.h"
+#include "list/ListTexts.h"
+#include "list/ToolbarState.h"
+#include "platform/Clock.h"
+#include "platform/DateText.h"
+#include "platform/UserDefaults.h"
+#include "store/PreferenceKeys.h"
+
+using namespace AssignmentKeys;
+
+SidebarEditing::SidebarEditing(Controller &controller)
+    : m_controller(controller)
+{
+}
+
+QString SidebarEditing::dateFormat() const
+{
+    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
+    return format.typeId() == QMetaType::QString ? format.toString() : PreferenceKeys::DateFormatLong;
+}
+
+SidebarValues SidebarEditing::currentValues() const
+{
+    return m_controller.m_sidebar ? m_controller.m_sidebar->sidebarValues() : SidebarValues();
+}
+
+void SidebarEditing::show(const SidebarValues &values)
+{
+    if (m_controller.m_sidebar)
+        m_controller.m_sidebar->setSidebarValues(values);
+}
+
+QStringList SidebarEditing::updateTextbooksForCourse(const QString &course)
+{
+    const QStringList textbooks = CoursesFile::textbooksOf(CoursesFile::read(m_controller.m_courses.path()), course);
+    m_fill.textbookChoices = textbooks;
+    Q_EMIT m_controller.textbookChoicesChanged(textbooks);
+    return textbooks;
+}
+
+bool SidebarEditing::editAssignment(Sender sender)
+{
+    Controller &c = m_controller;
+    const int row = c.singleSelectedRow();
+    if (row < 0 || !c.m_sidebar)
+        return false;
+    const AssignmentRef target = c.actualSelectedObject();
+    if (!target)
+        return false;
+    const AssignmentRef kept = Assignments::copy(c.m_display[row]);
+    SidebarValues values = currentValues();
+
+    QVariantMap fields;
+    for (const QString &key : {Project, Subproject, DateCreated})
+        if (target->has(key))
+            fields.insert(key, target->value(key));
+    fields.insert(DateUpdated, DateText::nowStoredForm());
+
+    // Only values that are not empty are stored: a field the user emptied loses its key.
+    const auto putText = [&fields](const QString &key, const QString &text) {
+        if (!text.isEmpty())
+            fields.insert(key, text);
+    };
+    putText(Name, values.name);
+    if (!values.dateText.isEmpty()) {
+        const std::optional<QDateTime> due = DateText::parseNatural(values.dateText, dateFormat(), Clock::now());
+        if (!due) {
+            qCInfo(lcList) << "edit abandoned: no date in" << values.dateText;
+            return false;
+        }
+        fields.insert(Date, DateText::toStoredForm(*due));
+    }
+    putText(Course, values.course);
+    putText(Textbook, values.textbook);
+    fields.insert(Completed, values.completed);
+    putText(Type, values.type);
+    putText(Grade, values.grade);
+    fields.insert(Priority, values.priority);
+    if (!values.contactsText.isEmpty())
+        fields.insert(Contacts, values.contacts);
+    putText(File, values.file);
+    if (!values.snapshot.isEmpty())
+        fields.insert(Snapshot, values.snapshot);
+    putText(Notes, values.notes);
+
+    if (sender == Sender::CourseField && m_originalCourseString && values.course != *m_originalCourseString) {
+        m_fill.textbookChoices = updateTextbooksForCourse(values.course);
+        values.textbook = QString("");
+        fields.insert(Textbook, QString("")); // stored empty here, as the course change leaves it
+        const QVariantList courses = CoursesFile::read(c.m_courses.path());
+        if (const std::optional<QString> textbook = CoursesFile::defaultTextbook(courses, values.course)) {
+            values.textbook = *textbook;
+            fields.insert(Textbook, *textbook);
+        }
+        m_originalCourseString.reset();
+        show(values);
+    }
+
+    const AssignmentRef edited = Assignments::make(fields);
+    if (edited->isProject()) {
+        // Subprojects carry their project's course, textbook, type, grade, priority and notes, and
+        // nothing else of their own but name, date and completion.
+        const QString identifier = edited->string(Project);
+        for (const AssignmentRef &subproject : c.subprojectsForProject(identifier)) {
+            QVariantMap own{{Date, subproject->has(Date) ? subproject->value(Date) : QVariant(QString(""))},
+                            {Name, subproject->has(Name) ? subproject->value(Name) : QVariant(QString(""))},
+                            {Completed, subproject->isCompleted()},
+                            {Subproject, identifier}};
+            for (const auto &[key, text] : {std::pair{Course, values.course}, std::pair{Textbook, values.textbook},
+                                            std::pair{Type, values.type}, std::pair{Grade, values.grade},
+                                            std::pair{Notes, values.notes}})
+                if (!text.isEmpty())
+                    own.insert(key, text);
+            own.insert(Priority, values.priority);
+            subproject->setFields(own);
+        }
+    }
+
+    const qsizetype index = c.m_all.indexOf(target);
+    if (index < 0) {
+        qCWarning(lcList) << "edited record is no longer in the list";
+        return false;
+    }
+    c.m_all[index] = edited;
+    c.allChanged();
+
+    c.filterWithViews();
+    c.clearSelection();
+    Q_EMIT c.sidebarNoSelection();
+    qsizetype reselect = Assignments::indexOfEqual(c.m_display, *kept);
+    if (reselect < 0)
+        reselect = c.m_display.indexOf(edited);
+    if (reselect >= 0)
+        c.selectRowAlone(int(reselect));
+
+    c.updateCalendar();
+    c.sortColumn();
+    c.saveData();
+    return true;
+}
+
+void SidebarEditing::dateToToday()
+{
+    if (!m_controller.m_sidebar)
+        return;
+    SidebarValues values = currentValues();
+    // The field's formatter reads the word and shows the day it names.
+    const std::optional<QDateTime> today = DateText::parseNatural(ListTexts::Today, dateFormat(), Clock::now());
+    values.dateText = today ? DateText::format(*today, dateFormat()) : ListTexts::Today;
+    show(values);
+    editAssignment(Sender::Other);
+}
+
+void SidebarEditing::addDay(int days)
+{
+    if (!m_controller.m_sidebar)
+        return;
+    SidebarValues values = currentValues();
+    if (values.dateText.isEmpty())
+        return;
+    const AssignmentRef target = m_controller.actualSelectedObject();
+    if (!target)
+        return;
+    // The stored date, not the field's text, is where the count starts.
+    const std::optional<QDateTime> due = target->dueDate();
+    if (!due)
+        return;
+    const QDateTime moved = due->toLocalTime().addDays(days);
+    values.dateText = DateText::format(moved, dateFormat());
+    show(values);
+    editAssignment(Sender::Other);
+}
+
+void SidebarEditing::changeDateWithPullDownBoxes(bool fromMonthMenu)
+{
+    if (!m_controller.m_sidebar)
+        return;
+    SidebarValues values = currentValues();
+    if (fromMonthMenu)
+        values.dayTitle = DatePullDowns::reselectDay(values.monthTitle, values.dayTitle);
+    if (values.monthTitle.isEmpty() || values.dayTitle.isEmpty() || values.yearTitle.isEmpty()) {
+        show(values);
+        return;
+    }
+    values.dateText = DatePullDowns::fieldText(values.monthTitle, values.dayTitle, values.yearTitle);
+    show(values);
+    editAssignment(Sender::Other);
+}
+
+SidebarValues SidebarEditing::valuesFor(const Assignment &record) const
+{
+    SidebarValues values;
+    values.name = record.string(Name);
+    if (const std::optional<QDateTime> due = record.dueDate()) {
+        const QDateTime local = due->toLocalTime();
+        values.dateText = DateText::format(local, dateFormat());
+        DatePullDowns::titlesFor(local, values.monthTitle, values.dayTitle, values.yearTitle);
+    }
+    values.course = record.string(Course);
+    values.textbook = record.string(Textbook);
+    values.completed = record.isCompleted();
+    values.type = record.string(Type);
+    values.grade = record.string(Grade);
+    values.priority = record.has(Priority) ? record.value(Priority).toDouble() : 1.0;
+    values.notes = record.string(Notes);
+    values.contacts = record.value(Contacts).toList();
+    for (const QVariant &contact : std::as_const(values.contacts))
+        values.contactsText += contact.toString();
+    values.file = record.string(File);
+    values.snapshot = record.value(Snapshot).toByteArray();
+    return values;
+}
+
+void SidebarEditing::tableViewSelectionDidChange()
+{
+    Controller &c = m_controller;
+    const QList<int> rows = c.selectedRows();
+    Fill fill;
+    if (rows.isEmpty()) {
+        fill.mode = Fill::Mode::NoSelection;
+        m_fill = fill;
+        if (c.m_calendar) {
+            c.m_calendar->clearSelection();
+            if (!c.m_toolbar || c.m_toolbar->formatSegment() == 0)
+                c.m_calendar->updateCalendar();
+        }
+        return;
+    }
+    if (rows.size() > 1) {
+        fill.mode = Fill::Mode::Multiple;
+        m_fill = fill;
+        if (c.m_calendar)
+            c.m_calendar->clearSelection();
+        return;
+    }
+
+    const AssignmentRef selected = c.m_display[rows.first()];
+    const AssignmentRef record = c.actualSelectedObject();
+    if (!record) {
+        // A subproject whose project is gone: the sidebar shows nothing for it.
+        fill.mode = Fill::Mode::Nothing;
+        m_fill = fill;
+        return;
+    }
+    fill.mode = Fill::Mode::Assignment;
+    if (c.m_calendar)
+        c.m_calendar->selectAssignment(record);
+    fill.enabledTabs = record->isProject() ? 3 : 2;
+    if (selected->isSubproject())
+        fill.subprojectRow = int(c.subprojectsForProject(record->string(Project)).indexOf(selected));
+    fill.dateFace = int(UserDefaults()
+                            .groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateEntryFormat)
+                            .toLongLong());
+    const QVariantList courses = CoursesFile::read(c.m_courses.path());
+    fill.courseChoices = CoursesFile::courseNames(courses);
+    fill.textbookChoices = CoursesFile::textbooksOf(courses, record->string(Course));
+    fill.values = valuesFor(*record);
+    m_fill = fill;
+    // A record without a course leaves nothing to compare with, so typing a course into it brings in
+    // no default textbook.
+    m_originalCourseString = record->has(Course) ? std::optional<QString>(record->string(Course)) : std::nullopt;
+    show(fill.values);
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+
+// The values of the details sidebar's editors, as the window fills them in for an edit and as the
+// list hands them back to be shown. Text fields hold what the field shows; an empty text means the
+// user left the field empty.
+struct SidebarValues {
+    QString name;
+    QString dateText; // as typed or shown; read with the "Date Format" and natural language
+    QString course;
+    QString textbook;
+    bool completed = false;
+    QString type;
+    QString grade;
+    double priority = 1.0;
+    QString notes;
+    QVariantList contacts;
+    QString contactsText; // the token field's text; contacts are kept only when it is not empty
+    QString file;         // the file picker's path; empty when it holds no file
+    QByteArray snapshot;  // TIFF data; empty when there is no image
+
+    // The three date pull-downs: the selected titles, empty when nothing is selected.
+    QString monthTitle;
+    QString dayTitle;
+    QString yearTitle;
+
+    bool operator==(const SidebarValues &) const = default;
+};
+
+// Where the sidebar's values come from and go to. The window implements it.
+class SidebarEditor
+{
+public:
+    virtual ~SidebarEditor() = default;
+    virtual SidebarValues sidebarValues() const = 0;
+    // Shows changed values (a course's default textbook, a date moved by days).
+    virtual void setSidebarValues(const SidebarValues &values) = 0;
+};
