@@ -1,0 +1,140 @@
+#pragma once
+
+#include "list/CalendarObserver.h"
+#include "list/Controller.h"
+#include "list/SidebarEditing.h"
+#include "list/SidebarValues.h"
+#include "list/ToolbarState.h"
+#include "platform/DateText.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "store/Assignment.h"
+#include "store/PreferenceKeys.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <memory>
+
+// The toolbar as the list sees it: a search item that can be taken off, its text and placeholder,
+// and the format control.
+struct FakeToolbar : ToolbarState {
+    bool searchVisible = true;
+    QString text;
+    QString placeholder;
+    int format = 0;
+    bool isSearchItemVisible() const override { return searchVisible; }
+    QString searchText() const override { return text; }
+    QString searchPlaceholder() const override { return placeholder; }
+    void setSearchPlaceholder(const QString &value) override { placeholder = value; }
+    int formatSegment() const override { return format; }
+};
+
+struct FakeCalendar : CalendarObserver {
+    int updates = 0;
+    std::optional<QDateTime> focus;
+    AssignmentRef selected;
+    void updateCalendar() override { ++updates; }
+    std::optional<QDateTime> focusDate() const override { return focus; }
+    void selectAssignment(const AssignmentRef &record) override { selected = record; }
+    void clearSelection() override { selected.reset(); }
+};
+
+// The sidebar's editors: what the controller shows is what the next edit reads, as in the window.
+struct FakeSidebar : SidebarEditor {
+    SidebarValues values;
+    SidebarValues sidebarValues() const override { return values; }
+    void setSidebarValues(const SidebarValues &shown) override { values = shown; }
+};
+
+namespace ListTest {
+
+inline QString stored(int year, int month, int day, int hour = 0)
+{
+    return DateText::toStoredForm(QDateTime(QDate(year, month, day), QTime(hour, 0)));
+}
+
+inline AssignmentRef record(const QString &name, const QVariantMap &more = {})
+{
+    QVariantMap fields = more;
+    fields.insert(AssignmentKeys::Name, name);
+    return Assignments::make(fields);
+}
+
+inline void writeStore(const AssignmentList &records)
+{
+    QDir().mkpath(Paths::dataFolder());
+    PropertyList::writeFile(Paths::assignmentsFile(), Assignments::toVariantList(records));
+}
+
+inline QVariantList readStore()
+{
+    return PropertyList::readFile(Paths::assignmentsFile()).value_or(QVariant()).toList();
+}
+
+inline void writeCourses(const QVariantList &records)
+{
+    QDir().mkpath(Paths::dataFolder());
+    PropertyList::writeFile(Paths::coursesFile(), records);
+}
+
+inline QVariantMap course(const QString &name, const QString &defaultTextbook = QString())
+{
+    QVariantMap record{{"Type", "Course"}, {"Name", name}, {"Display Name", name}};
+    if (!defaultTextbook.isNull())
+        record.insert("Default Textbook", defaultTextbook);
+    return record;
+}
+
+inline QVariantMap textbook(const QString &name, const QString &course)
+{
+    return {{"Type", "Textbook"}, {"Name", name}, {"Display Name", "  " + name}, {"Course", course}};
+}
+
+inline void setGeneral(const QString &key, const QVariant &value)
+{
+    UserDefaults defaults;
+    QVariantMap general = defaults.dictionary(PreferenceKeys::General);
+    general.insert(key, value);
+    defaults.set(PreferenceKeys::General, general);
+}
+
+inline QStringList names(const AssignmentList &list)
+{
+    QStringList result;
+    for (const AssignmentRef &r : list)
+        result.append(r->string(AssignmentKeys::Name));
+    return result;
+}
+
+// A controller over the test's home with the fakes attached and the store on disk loaded.
+struct Fixture {
+    FakeToolbar toolbar;
+    FakeCalendar calendar;
+    FakeSidebar sidebar;
+    std::unique_ptr<Controller> controller;
+
+    explicit Fixture(const AssignmentList &records = {})
+    {
+        writeStore(records);
+        controller = std::make_unique<Controller>();
+        controller->setToolbar(&toolbar);
+        controller->setCalendar(&calendar);
+        controller->setSidebar(&sidebar);
+        // Default View 2 selects "All" (2 + 1 wraps to 0).
+        setGeneral(PreferenceKeys::GeneralKeys::DefaultView, 2);
+        controller->setUp();
+    }
+
+    QStringList shown() const { return names(controller->displayAssignments()); }
+    int rowOf(const QString &name) const { return int(shown().indexOf(name)); }
+    void select(const QString &name) { controller->selectRowAlone(rowOf(name)); }
+    void type(const QString &text)
+    {
+        toolbar.text = text;
+        controller->controlTextDidChange(true);
+    }
+};
+
+} // namespace ListTest

@@ -1,0 +1,114 @@
+#include "ListTestSupport.h"
+
+#include "list/Sorting.h"
+
+#include <QRandomGenerator>
+
+#include <gtest/gtest.h>
+
+using namespace ListTest;
+using namespace AssignmentKeys;
+
+namespace {
+
+// The comparison written the slow way, straight on the records' maps: the reference the sort must
+// agree with.
+int referenceCompare(const Assignment &a, const Assignment &b, const QString &column)
+{
+    const auto one = [](const Assignment &r, const QString &key, bool byValue) -> std::optional<QVariant> {
+        if (!r.has(key))
+            return std::nullopt;
+        if (byValue)
+            return r.value(key);
+        return QVariant(r.value(key).toString().toLower());
+    };
+    const auto cmp = [&](const QString &key, bool byValue) {
+        const auto x = one(a, key, byValue), y = one(b, key, byValue);
+        if (!x || !y)
+            return int(bool(x)) - int(bool(y));
+        if (x->typeId() == QMetaType::QString)
+            return x->toString().compare(y->toString());
+        return x->toDouble() < y->toDouble() ? -1 : (y->toDouble() < x->toDouble() ? 1 : 0);
+    };
+    if (int c = cmp(column, Sorting::comparesByValue(column)))
+        return c;
+    if (int c = cmp(Date, true))
+        return c;
+    return cmp(Name, false);
+}
+
+} // namespace
+
+TEST(Sorting, TiesBreakByDateThenNameInTheSameDirection)
+{
+    AssignmentList list = {record("b", {{Course, "math"}, {Date, stored(2026, 12, 1)}}),
+                           record("A", {{Course, "Math"}, {Date, stored(2026, 12, 1)}}),
+                           record("c", {{Course, "art"}, {Date, stored(2026, 12, 5)}}),
+                           record("d", {{Course, "Math"}, {Date, stored(2026, 11, 30)}}),
+                           record("e", {{Date, stored(2026, 11, 1)}})};
+    Sorting::sort(list, {"Course", true});
+    EXPECT_EQ(names(list), (QStringList{"e", "c", "d", "A", "b"}));
+    Sorting::sort(list, {"Course", false});
+    EXPECT_EQ(names(list), (QStringList{"b", "A", "d", "c", "e"}));
+}
+
+TEST(Sorting, NumbersCompareAsNumbersAndMissingValuesGoTogether)
+{
+    AssignmentList list = {record("ten", {{Priority, 10.0}}), record("two", {{Priority, 2.0}}),
+                           record("none"), record("one", {{Priority, 1.0}}), record("none2")};
+    Sorting::sort(list, {"Priority", true});
+    EXPECT_EQ(names(list), (QStringList{"none", "none2", "one", "two", "ten"}));
+    Sorting::sort(list, {"Priority", false});
+    EXPECT_EQ(names(list), (QStringList{"ten", "two", "one", "none2", "none"}));
+}
+
+TEST(Sorting, AgreesWithAStableSortOnRawValuesIncludingAlmostSortedLists)
+{
+    QRandomGenerator random(7);
+    const QStringList courses = {"Math", "math", "Art", "", "History"};
+    AssignmentList list;
+    for (int i = 0; i < 400; ++i) {
+        QVariantMap fields;
+        if (random.bounded(5))
+            fields.insert(Course, courses[random.bounded(int(courses.size()))]);
+        if (random.bounded(4))
+            fields.insert(Date, stored(2026, 1 + random.bounded(12), 1 + random.bounded(28)));
+        if (random.bounded(3))
+            fields.insert(Completed, bool(random.bounded(2)));
+        fields.insert(Priority, double(random.bounded(5)));
+        list.append(record(QString::number(random.bounded(50)), fields));
+    }
+    for (const QString column : {"Course", "Date", "Completed", "Priority", "Name"}) {
+        for (bool ascending : {true, false}) {
+            AssignmentList expected = list;
+            std::stable_sort(expected.begin(), expected.end(), [&](const AssignmentRef &a, const AssignmentRef &b) {
+                return (ascending ? 1 : -1) * referenceCompare(*a, *b, column) < 0;
+            });
+            AssignmentList sorted = list;
+            Sorting::sort(sorted, {column, ascending});
+            EXPECT_EQ(sorted, expected) << column.toStdString() << ascending;
+            EXPECT_TRUE(Sorting::isSorted(sorted, {column, ascending}));
+
+            // A sorted list with a few records appended is merged, with the same result.
+            AssignmentList grown = expected;
+            grown.append(list.mid(0, 3));
+            AssignmentList expectedGrown = grown;
+            std::stable_sort(expectedGrown.begin(), expectedGrown.end(),
+                             [&](const AssignmentRef &a, const AssignmentRef &b) {
+                                 return (ascending ? 1 : -1) * referenceCompare(*a, *b, column) < 0;
+                             });
+            Sorting::sort(grown, {column, ascending});
+            EXPECT_EQ(grown, expectedGrown) << column.toStdString() << ascending;
+        }
+    }
+}
+
+TEST(Sorting, ACachedKeyFollowsAChangedRecord)
+{
+    AssignmentList list = {record("b"), record("a")};
+    Sorting::sort(list, {"Name", true});
+    EXPECT_EQ(names(list), (QStringList{"a", "b"}));
+    list[0]->set(Name, "z");
+    Sorting::sort(list, {"Name", true});
+    EXPECT_EQ(names(list), (QStringList{"b", "z"}));
+}
