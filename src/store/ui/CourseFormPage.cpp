@@ -1,0 +1,238 @@
+#include "store/ui/CourseFormPage.h"
+
+#include "store/Labels.h"
+#include "store/PreferenceKeys.h"
+#include "store/ui/DragRows.h"
+#include "store/ui/Named.h"
+#include "store/ui/TypesListModel.h"
+#include "widgets/Icons.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QPlainTextEdit>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+const QString NamePlaceholder = QStringLiteral("name");
+const QString NotesPlaceholder = QStringLiteral("notes");
+const QString ContactsPlaceholder = QStringLiteral("none");
+const QString ContactsCaption = QStringLiteral("contacts");
+const QString DefaultCaptionPrefix = QStringLiteral("default ");
+const QString AddTypeTitle = QStringLiteral("Add Type");
+const QString RemoveTypeTitle = QStringLiteral("Remove Type");
+const QString ContactSeparator = QStringLiteral(", ");
+const QString FirstNameKey = QStringLiteral("firstName");
+const QString LastNameKey = QStringLiteral("lastName");
+
+QString courseFieldKey(int number)
+{
+    return QStringLiteral("CourseField%1").arg(number);
+}
+
+// How a contact token reads in the field: a contact record by its names, anything else as it is.
+QString tokenText(const QVariant &token)
+{
+    if (token.typeId() == QMetaType::QVariantMap) {
+        const QVariantMap contact = token.toMap();
+        return QStringLiteral("%1 %2").arg(contact.value(FirstNameKey).toString(), contact.value(LastNameKey).toString());
+    }
+    return token.toString();
+}
+} // namespace
+
+CourseFormPage::CourseFormPage(QWidget *parent)
+    : QWidget(parent)
+{
+    named(this, QStringLiteral("courseForm"), Labels::label(PreferenceKeys::LabelKeys::Course));
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(12, 12, 12, 12);
+
+    m_name = named(new QLineEdit, QStringLiteral("courseName"), QString());
+    m_name->setPlaceholderText(NamePlaceholder);
+    QFont big = m_name->font();
+    big.setPointSizeF(big.pointSizeF() * 1.25);
+    big.setBold(true);
+    m_name->setFont(big);
+    layout->addWidget(m_name);
+
+    auto *form = new QFormLayout;
+    form->setLabelAlignment(Qt::AlignRight);
+    for (int i = 1; i <= 6; ++i) {
+        auto *field = named(new QLineEdit, QStringLiteral("courseField%1").arg(i), QString());
+        auto *caption = new QLabel;
+        caption->setObjectName(QStringLiteral("courseField%1Caption").arg(i));
+        caption->setBuddy(field);
+        form->addRow(caption, field);
+        m_fields.append(field);
+        m_fieldCaptions.append(caption);
+        connect(field, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(false); });
+    }
+    m_defaultTextbook = named(new QComboBox, QStringLiteral("courseDefaultTextbook"), QString());
+    m_defaultTextbookCaption = new QLabel;
+    m_defaultTextbookCaption->setObjectName(QStringLiteral("courseDefaultTextbookCaption"));
+    m_defaultTextbookCaption->setBuddy(m_defaultTextbook);
+    form->addRow(m_defaultTextbookCaption, m_defaultTextbook);
+    connect(m_defaultTextbook, &QComboBox::activated, this, [this] { Q_EMIT editingEnded(false); });
+
+    m_contacts = named(new QLineEdit, QStringLiteral("addressBookField"), ContactsCaption);
+    m_contacts->setPlaceholderText(ContactsPlaceholder);
+    auto *contactsCaption = new QLabel(ContactsCaption);
+    contactsCaption->setObjectName(QStringLiteral("addressBookFieldCaption"));
+    contactsCaption->setBuddy(m_contacts);
+    form->addRow(contactsCaption, m_contacts);
+    connect(m_contacts, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(false); });
+    layout->addLayout(form);
+
+    m_notes = named(new QPlainTextEdit, QStringLiteral("courseNotes"), NotesPlaceholder);
+    m_notes->setPlaceholderText(NotesPlaceholder);
+    m_notes->setTabChangesFocus(true);
+    m_notes->setMinimumHeight(60);
+    m_notes->installEventFilter(this);
+    layout->addWidget(m_notes, 1);
+
+    m_typesCaption = new QLabel;
+    m_typesCaption->setObjectName(QStringLiteral("courseTypesCaption"));
+    layout->addWidget(m_typesCaption);
+    m_types = new TypesListModel(DragRows::CourseTypesDragType, this);
+    m_typesTable = named(new QListView, QStringLiteral("courseTypesTable"), QString());
+    m_typesTable->setModel(m_types);
+    m_typesTable->setDragDropMode(QAbstractItemView::InternalMove);
+    m_typesTable->setDefaultDropAction(Qt::MoveAction);
+    m_typesTable->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
+    m_typesTable->setMinimumHeight(70);
+    m_typesCaption->setBuddy(m_typesTable);
+    layout->addWidget(m_typesTable, 1);
+
+    auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(0);
+    m_addType = named(new QToolButton, QStringLiteral("addCourseType"), AddTypeTitle);
+    m_addType->setIcon(Icons::themed(QStringLiteral("list-add"), QStringLiteral("courses-plus")));
+    m_addType->setToolTip(AddTypeTitle);
+    m_removeType = named(new QToolButton, QStringLiteral("removeCourseType"), RemoveTypeTitle);
+    m_removeType->setIcon(Icons::themed(QStringLiteral("list-remove"), QStringLiteral("courses-minus")));
+    m_removeType->setToolTip(RemoveTypeTitle);
+    m_removeType->setEnabled(false);
+    buttons->addWidget(m_addType);
+    buttons->addWidget(m_removeType);
+    buttons->addStretch();
+    layout->addLayout(buttons);
+
+    connect(m_name, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(true); });
+    connect(m_addType, &QToolButton::clicked, this, &CourseFormPage::addType);
+    connect(m_removeType, &QToolButton::clicked, this, &CourseFormPage::removeType);
+    connect(m_types, &TypesListModel::typesEdited, this, [this] { Q_EMIT editingEnded(false); });
+    connect(m_types, &TypesListModel::typeMoved, this,
+            [this](int row) { m_typesTable->setCurrentIndex(m_types->index(row)); });
+    connect(m_typesTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { m_removeType->setEnabled(m_typesTable->selectionModel()->hasSelection()); });
+    connect(m_types, &QAbstractItemModel::modelReset, this, [this] { m_removeType->setEnabled(false); });
+    updateLabels();
+}
+
+void CourseFormPage::updateLabels()
+{
+    for (int i = 0; i < 6; ++i) {
+        const QString caption = Labels::label(courseFieldKey(i + 1)).toLower();
+        m_fieldCaptions[i]->setText(caption);
+        m_fields[i]->setAccessibleName(caption);
+    }
+    const QString textbook = DefaultCaptionPrefix + Labels::label(PreferenceKeys::LabelKeys::Textbook).toLower();
+    m_defaultTextbookCaption->setText(textbook);
+    m_defaultTextbook->setAccessibleName(textbook);
+    const QString types = Labels::label(PreferenceKeys::LabelKeys::Type).toLower() + QLatin1Char('s');
+    m_typesCaption->setText(types);
+    m_typesTable->setAccessibleName(types);
+    m_name->setAccessibleName(Labels::label(PreferenceKeys::LabelKeys::Course) + QLatin1Char(' ') + NamePlaceholder);
+}
+
+void CourseFormPage::fill(const QVariantMap &record, const QStringList &textbooks)
+{
+    m_name->setText(record.value(CourseKeys::Name).toString());
+    for (int i = 0; i < 6; ++i)
+        m_fields[i]->setText(record.value(CourseKeys::field(i + 1)).toString());
+    m_contactTokens = record.value(CourseKeys::Contacts).toList();
+    m_contactsShown = contactsText(m_contactTokens);
+    m_contacts->setText(m_contactsShown);
+    m_notes->setPlainText(record.value(CourseKeys::Notes).toString());
+    m_types->setTypes(record.value(CourseKeys::Types).toStringList());
+    setTextbookChoices(textbooks, record.value(CourseKeys::DefaultTextbook).toString());
+}
+
+void CourseFormPage::setTextbookChoices(const QStringList &textbooks, const QString &selected)
+{
+    m_defaultTextbook->clear();
+    m_defaultTextbook->addItem(CourseKeys::NoTextbook);
+    m_defaultTextbook->addItems(textbooks);
+    const int index = selected.isEmpty() ? 0 : m_defaultTextbook->findText(selected, Qt::MatchExactly);
+    m_defaultTextbook->setCurrentIndex(index > 0 ? index : 0);
+}
+
+CoursesStore::CourseForm CourseFormPage::form() const
+{
+    CoursesStore::CourseForm form;
+    form.name = m_name->text();
+    for (int i = 0; i < 6; ++i)
+        form.fields[i] = m_fields[i]->text();
+    if (m_contacts->text() == m_contactsShown) {
+        form.contacts = m_contactTokens;
+    } else {
+        // Typed over: a name that still reads like one of the contacts keeps that contact's record;
+        // anything else is kept as the text typed.
+        const QStringList pieces = m_contacts->text().split(QLatin1Char(','), Qt::SkipEmptyParts);
+        for (const QString &piece : pieces) {
+            const QString text = piece.trimmed();
+            if (text.isEmpty())
+                continue;
+            QVariant token = text;
+            for (const QVariant &known : m_contactTokens) {
+                if (tokenText(known).trimmed() == text) {
+                    token = known;
+                    break;
+                }
+            }
+            form.contacts.append(token);
+        }
+    }
+    form.defaultTextbook = m_defaultTextbook->currentIndex() > 0 ? m_defaultTextbook->currentText() : QString();
+    form.notes = m_notes->toPlainText();
+    form.types = m_types->types();
+    return form;
+}
+
+QString CourseFormPage::contactsText(const QVariantList &contacts) const
+{
+    QStringList texts;
+    for (const QVariant &token : contacts)
+        texts.append(tokenText(token));
+    return texts.join(ContactSeparator);
+}
+
+void CourseFormPage::addType()
+{
+    const int row = m_types->addType();
+    const QModelIndex index = m_types->index(row);
+    m_typesTable->setCurrentIndex(index);
+    m_typesTable->edit(index);
+}
+
+void CourseFormPage::removeType()
+{
+    const QModelIndex current = m_typesTable->currentIndex();
+    if (current.isValid() && m_typesTable->selectionModel()->isSelected(current))
+        m_types->removeType(current.row());
+}
+
+bool CourseFormPage::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_notes && event->type() == QEvent::FocusOut && m_notes->document()->isModified()) {
+        m_notes->document()->setModified(false);
+        Q_EMIT editingEnded(false);
+    }
+    return QWidget::eventFilter(watched, event);
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "store/CoursesStore.h"
+
+#include <QWidget>
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QListView;
+class QPlainTextEdit;
+class QToolButton;
+class TypesListModel;
+
+// The course form of the courses window: name, the six free fields, the default textbook, the
+// notes, the contacts and the course's own types.
+class CourseFormPage : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit CourseFormPage(QWidget *parent = nullptr);
+
+    // Fills every control from the record; `textbooks` are the course's textbooks.
+    void fill(const QVariantMap &record, const QStringList &textbooks);
+    // Rebuilds the default-textbook pop-up ("none", then the textbooks), keeping the choice.
+    void setTextbookChoices(const QStringList &textbooks, const QString &selected);
+    CoursesStore::CourseForm form() const;
+    // Captions from the user's labels, in lower case.
+    void updateLabels();
+    QLineEdit *nameField() const { return m_name; }
+
+Q_SIGNALS:
+    // A field ended editing (or the pop-up or the types changed): the course is to be saved.
+    void editingEnded(bool fromNameField);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void addType();
+    void removeType();
+    QString contactsText(const QVariantList &contacts) const;
+
+    QLineEdit *m_name;
+    QList<QLineEdit *> m_fields;
+    QList<QLabel *> m_fieldCaptions;
+    QLabel *m_defaultTextbookCaption;
+    QComboBox *m_defaultTextbook;
+    QLabel *m_typesCaption;
+    QListView *m_typesTable;
+    TypesListModel *m_types;
+    QToolButton *m_addType;
+    QToolButton *m_removeType;
+    QPlainTextEdit *m_notes;
+    QLineEdit *m_contacts;
+    // The contact tokens as read, kept while their shown text is unchanged.
+    QVariantList m_contactTokens;
+    QString m_contactsShown;
+};

@@ -1,0 +1,403 @@
+#include "store/ui/CoursesAndTextbooks.h"
+
+#include "platform/Alerts.h"
+#include "store/Labels.h"
+#include "store/PreferenceKeys.h"
+#include "store/ui/CourseFormPage.h"
+#include "store/ui/CoursesListModel.h"
+#include "store/ui/Named.h"
+#include "store/ui/TextbookFormPage.h"
+#include "store/ui/UniversalTypesPage.h"
+#include "widgets/Icons.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QPointer>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+using namespace PreferenceKeys;
+
+namespace {
+const QString ToolbarIdentifier = QStringLiteral("coursesToolbar");
+const QString AddCourseIdentifier = QStringLiteral("AddCourse");
+const QString AddTextbookIdentifier = QStringLiteral("AddTextbook");
+const QString DeleteIdentifier = QStringLiteral("Delete");
+const QString AddPrefix = QStringLiteral("Add ");
+const QString DeleteLabel = QStringLiteral("Delete");
+const QString AddCourseToolTip = QStringLiteral("Add a new course");
+const QString AddTextbookToolTip = QStringLiteral("Add a new textbook");
+const QString DeleteToolTip = QStringLiteral("Delete the currently selected course or textbook");
+const QString UniversalPrefix = QStringLiteral("Universal ");
+const QString TitleJoin = QStringLiteral(" and ");
+const QString UnreadableTitle = QStringLiteral("Courses Error");
+const QString UnreadableMessage = QStringLiteral(
+    "The courses and textbooks file could not be read, so changes made in this window cannot be saved.  The file "
+    "has been left as it is.");
+
+const QString UnreadableTypesMessage = QStringLiteral(
+    "The universal types file could not be read, so the change could not be saved.  The file has been left as it "
+    "is.");
+
+QPointer<CoursesAndTextbooks> g_shared;
+} // namespace
+
+CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
+    : QMainWindow(parent)
+    , m_model(new CoursesListModel(&m_store, this))
+{
+    setObjectName(QStringLiteral("coursesAndTextbooksWindow"));
+    buildToolbar();
+
+    auto *splitter = new QSplitter;
+    splitter->setObjectName(QStringLiteral("coursesSplitter"));
+    splitter->setChildrenCollapsible(false);
+    auto *left = new QWidget;
+    left->setObjectName(QStringLiteral("coursesListPane"));
+    auto *leftLayout = new QVBoxLayout(left);
+    leftLayout->setContentsMargins(0, 0, 0, 0);
+    leftLayout->setSpacing(0);
+    m_coursesTable = named(new QListView, QStringLiteral("coursesTable"), QString());
+    m_coursesTable->setModel(m_model);
+    m_coursesTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_coursesTable->setDragDropMode(QAbstractItemView::InternalMove);
+    m_coursesTable->setDefaultDropAction(Qt::MoveAction);
+    m_coursesTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_coursesTable->setMinimumWidth(180);
+    leftLayout->addWidget(m_coursesTable, 1);
+    m_typesTable = named(new QListWidget, QStringLiteral("typesTable"), QString());
+    m_typesTable->addItem(QString());
+    m_typesTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_typesTable->setFixedHeight(m_typesTable->sizeHintForRow(0) + 2 * m_typesTable->frameWidth() + 4);
+    m_typesTable->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    leftLayout->addWidget(m_typesTable);
+    splitter->addWidget(left);
+
+    m_selectedItem = named(new QStackedWidget, QStringLiteral("selectedItem"), QString());
+    auto *blank = named(new QWidget, QStringLiteral("blankPage"), QString());
+    m_courseForm = new CourseFormPage;
+    m_textbookForm = new TextbookFormPage;
+    m_typesPage = new UniversalTypesPage;
+    m_selectedItem->addWidget(blank);
+    m_selectedItem->addWidget(m_courseForm);
+    m_selectedItem->addWidget(m_textbookForm);
+    m_selectedItem->addWidget(m_typesPage);
+    splitter->addWidget(m_selectedItem);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({200, 400});
+    setCentralWidget(splitter);
+    resize(620, 480);
+
+    connect(m_coursesTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &CoursesAndTextbooks::selectionChanged);
+    connect(m_typesTable, &QListWidget::itemSelectionChanged, this, [this] {
+        if (!m_reloading && !m_typesTable->selectedItems().isEmpty())
+            selectUniversalTypes();
+    });
+    connect(m_model, &CoursesListModel::courseDropped, this, &CoursesAndTextbooks::courseDropped);
+    connect(m_courseForm, &CourseFormPage::editingEnded, this, &CoursesAndTextbooks::courseEdited);
+    connect(m_textbookForm, &TextbookFormPage::editingEnded, this, &CoursesAndTextbooks::textbookEdited);
+    connect(m_typesPage, &UniversalTypesPage::typesEdited, this, &CoursesAndTextbooks::universalTypesEdited);
+
+    updateLabels();
+    updateToolbar();
+}
+
+CoursesAndTextbooks::~CoursesAndTextbooks() = default;
+
+CoursesAndTextbooks *CoursesAndTextbooks::sharedController()
+{
+    if (!g_shared)
+        g_shared = new CoursesAndTextbooks;
+    return g_shared;
+}
+
+void CoursesAndTextbooks::buildToolbar()
+{
+    m_toolbar = addToolBar(QString());
+    named(m_toolbar, ToolbarIdentifier, QString());
+    m_toolbar->setMovable(false);
+    m_toolbar->setFloatable(false);
+    m_toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    m_toolbar->setIconSize(QSize(32, 32));
+    m_toolbar->toggleViewAction()->setEnabled(false); // not customisable
+    setContextMenuPolicy(Qt::NoContextMenu);
+
+    m_addCourse = m_toolbar->addAction(Icons::themed(QStringLiteral("list-add"), QStringLiteral("courses-add-course")),
+                                       QString(), this, &CoursesAndTextbooks::addCourse);
+    m_addCourse->setObjectName(AddCourseIdentifier);
+    m_addCourse->setToolTip(AddCourseToolTip);
+    m_addTextbook = m_toolbar->addAction(
+        Icons::themed(QStringLiteral("document-new"), QStringLiteral("courses-add-textbook")), QString(), this,
+        &CoursesAndTextbooks::addTextbook);
+    m_addTextbook->setObjectName(AddTextbookIdentifier);
+    m_addTextbook->setToolTip(AddTextbookToolTip);
+    m_toolbar->addSeparator();
+    m_delete = m_toolbar->addAction(Icons::themed(QStringLiteral("edit-delete"), QStringLiteral("courses-delete")),
+                                    DeleteLabel, this, &CoursesAndTextbooks::deleteCourseOrTextbook);
+    m_delete->setObjectName(DeleteIdentifier);
+    m_delete->setToolTip(DeleteToolTip);
+    for (QAction *action : {m_addCourse, m_addTextbook, m_delete}) {
+        if (QWidget *button = m_toolbar->widgetForAction(action))
+            button->setObjectName(action->objectName() + QStringLiteral("Button"));
+    }
+}
+
+void CoursesAndTextbooks::updateLabels()
+{
+    const QString course = Labels::label(LabelKeys::Course);
+    const QString textbook = Labels::label(LabelKeys::Textbook);
+    const QString title = Labels::plural(LabelKeys::Course) + TitleJoin + Labels::plural(LabelKeys::Textbook);
+    setWindowTitle(title);
+    setAccessibleName(title);
+    m_addCourse->setText(AddPrefix + course);
+    m_addTextbook->setText(AddPrefix + textbook);
+    for (QAction *action : {m_addCourse, m_addTextbook, m_delete}) {
+        if (QWidget *button = m_toolbar->widgetForAction(action))
+            button->setAccessibleName(action->text());
+    }
+    m_toolbar->setAccessibleName(title);
+    m_coursesTable->setAccessibleName(title);
+    const QString universal = UniversalPrefix + Labels::plural(LabelKeys::Type);
+    m_typesTable->item(0)->setText(universal);
+    m_typesTable->setAccessibleName(universal);
+    m_selectedItem->setAccessibleName(title);
+    m_courseForm->updateLabels();
+    m_textbookForm->updateLabels();
+    m_typesPage->updateLabels();
+}
+
+void CoursesAndTextbooks::reloadFromDisk()
+{
+    m_store.reload();
+    m_store.updateCombinedArray();
+    reloadList(-1);
+    m_selectedItem->setCurrentIndex(int(Page::Blank));
+    updateLabels();
+    warnIfUnusable();
+}
+
+void CoursesAndTextbooks::warnIfUnusable()
+{
+    if (m_store.isUsable()) {
+        m_warnedUnusable = false;
+        return;
+    }
+    if (!m_warnedUnusable) {
+        m_warnedUnusable = true;
+        Alerts::inform(UnreadableTitle, UnreadableMessage);
+    }
+}
+
+void CoursesAndTextbooks::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (!event->spontaneous())
+        reloadFromDisk();
+}
+
+void CoursesAndTextbooks::closeEvent(QCloseEvent *event)
+{
+    // A field still being typed in is saved before the window goes.
+    QWidget *focus = focusWidget();
+    if (focus && m_courseForm->isAncestorOf(focus) && m_selectedItem->currentWidget() == m_courseForm)
+        courseEdited(focus == m_courseForm->nameField());
+    else if (focus && m_textbookForm->isAncestorOf(focus) && m_selectedItem->currentWidget() == m_textbookForm)
+        textbookEdited(focus == m_textbookForm->nameField());
+    m_reloading = true;
+    m_coursesTable->clearSelection();
+    m_typesTable->clearSelection();
+    m_reloading = false;
+    m_selectedItem->setCurrentIndex(int(Page::Blank));
+    updateToolbar();
+    QMainWindow::closeEvent(event);
+}
+
+int CoursesAndTextbooks::selectedRow() const
+{
+    const QModelIndexList rows = m_coursesTable->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
+}
+
+CoursesAndTextbooks::Page CoursesAndTextbooks::currentPage() const
+{
+    return Page(m_selectedItem->currentIndex());
+}
+
+QStringList CoursesAndTextbooks::courseNames() const
+{
+    QStringList names;
+    for (const QVariant &value : m_store.getCombined()) {
+        const QVariantMap record = value.toMap();
+        if (CoursesStore::isCourse(record))
+            names.append(record.value(CourseKeys::Name).toString());
+    }
+    return names;
+}
+
+void CoursesAndTextbooks::updateToolbar()
+{
+    const bool selected = selectedRow() >= 0;
+    m_addTextbook->setEnabled(selected);
+    m_delete->setEnabled(selected);
+    m_addCourse->setEnabled(true);
+}
+
+void CoursesAndTextbooks::reloadList(int row)
+{
+    m_reloading = true;
+    m_model->reload();
+    if (row >= 0 && row < m_model->rowCount()) {
+        const QModelIndex index = m_model->index(row);
+        m_coursesTable->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+        m_coursesTable->scrollTo(index);
+    }
+    m_reloading = false;
+    updateToolbar();
+}
+
+void CoursesAndTextbooks::selectionChanged()
+{
+    if (m_reloading)
+        return;
+    const int row = selectedRow();
+    if (row >= 0) {
+        m_reloading = true;
+        m_typesTable->clearSelection();
+        m_reloading = false;
+    }
+    showRecord(row);
+    updateToolbar();
+}
+
+void CoursesAndTextbooks::showRecord(int row)
+{
+    const QVariantMap record = m_store.recordAt(row);
+    if (record.isEmpty()) {
+        if (m_typesTable->selectedItems().isEmpty())
+            m_selectedItem->setCurrentIndex(int(Page::Blank));
+        return;
+    }
+    const QString name = record.value(CourseKeys::Name).toString();
+    if (CoursesStore::isCourse(record)) {
+        m_store.originalCourse = name;
+        m_courseForm->fill(record, m_store.textbooksOfCourse(name));
+        m_selectedItem->setCurrentIndex(int(Page::Course));
+    } else {
+        m_store.originalTextbook = name;
+        m_textbookForm->fill(record, courseNames());
+        m_selectedItem->setCurrentIndex(int(Page::Textbook));
+    }
+}
+
+void CoursesAndTextbooks::selectRow(int row)
+{
+    if (row < 0 || row >= m_model->rowCount()) {
+        m_coursesTable->clearSelection();
+        return;
+    }
+    m_coursesTable->selectionModel()->setCurrentIndex(m_model->index(row), QItemSelectionModel::ClearAndSelect);
+}
+
+bool CoursesAndTextbooks::selectCourseOrTextbook(const QString &name)
+{
+    const QVariantList &combined = m_store.getCombined();
+    for (int row = 0; row < combined.size(); ++row) {
+        if (combined[row].toMap().value(CourseKeys::Name).toString() == name) {
+            selectRow(row);
+            return true;
+        }
+    }
+    return false;
+}
+
+void CoursesAndTextbooks::selectUniversalTypes()
+{
+    m_reloading = true;
+    m_coursesTable->clearSelection();
+    m_typesTable->setCurrentRow(0);
+    m_reloading = false;
+    m_store.reload();
+    m_typesPage->setTypes(m_store.universalTypes());
+    m_selectedItem->setCurrentIndex(int(Page::Types));
+    updateToolbar();
+}
+
+void CoursesAndTextbooks::addCourse()
+{
+    const int row = m_store.addCourse();
+    warnIfUnusable();
+    if (row < 0)
+        return;
+    reloadList(row);
+    showRecord(row);
+    m_courseForm->nameField()->setFocus(Qt::OtherFocusReason);
+}
+
+void CoursesAndTextbooks::addTextbook()
+{
+    const int row = m_store.addTextbook(selectedRow());
+    warnIfUnusable();
+    if (row < 0)
+        return;
+    reloadList(row);
+    showRecord(row);
+    m_textbookForm->nameField()->setFocus(Qt::OtherFocusReason);
+}
+
+void CoursesAndTextbooks::deleteCourseOrTextbook()
+{
+    if (!m_store.deleteCourseOrTextbook(selectedRow()))
+        return;
+    reloadList(-1);
+    m_coursesTable->clearSelection();
+    m_selectedItem->setCurrentIndex(int(Page::Blank));
+    updateToolbar();
+}
+
+void CoursesAndTextbooks::courseEdited(bool fromNameField)
+{
+    const int row = selectedRow();
+    if (!CoursesStore::isCourse(m_store.recordAt(row)))
+        return;
+    const CoursesStore::CourseForm form = m_courseForm->form();
+    const int newRow = m_store.editCourse(row, form, fromNameField);
+    warnIfUnusable();
+    if (newRow < 0)
+        return;
+    reloadList(newRow);
+    if (fromNameField)
+        m_courseForm->setTextbookChoices(m_store.textbooksOfCourse(form.name), form.defaultTextbook);
+}
+
+void CoursesAndTextbooks::textbookEdited(bool fromNameField)
+{
+    const int row = selectedRow();
+    const QVariantMap old = m_store.recordAt(row);
+    if (old.isEmpty() || CoursesStore::isCourse(old))
+        return;
+    const int newRow = m_store.editTextbook(row, m_textbookForm->form(), fromNameField);
+    warnIfUnusable();
+    if (newRow >= 0)
+        reloadList(newRow);
+}
+
+void CoursesAndTextbooks::universalTypesEdited(const QStringList &types)
+{
+    if (!m_store.editUniversalTypes(types))
+        Alerts::inform(UnreadableTitle, UnreadableTypesMessage);
+}
+
+void CoursesAndTextbooks::courseDropped(int from, int dropRow)
+{
+    const int selected = m_store.moveCourse(from, dropRow, selectedRow());
+    warnIfUnusable();
+    reloadList(selected);
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "store/CoursesStore.h"
+
+#include <QMainWindow>
+
+class CourseFormPage;
+class CoursesListModel;
+class QAction;
+class QListView;
+class QListWidget;
+class QStackedWidget;
+class QToolBar;
+class TextbookFormPage;
+class UniversalTypesPage;
+
+// The courses and textbooks window: the combined list of courses with their textbooks, the single
+// "Universal Types" row, and the form of whatever is selected. Every change goes through the courses
+// store and is written at once; the main window picks it up at its next reload.
+class CoursesAndTextbooks : public QMainWindow
+{
+    Q_OBJECT
+public:
+    // The pages of `selectedItem`, in order; the first is blank.
+    enum class Page { Blank = 0, Course = 1, Textbook = 2, Types = 3 };
+
+    explicit CoursesAndTextbooks(QWidget *parent = nullptr);
+    ~CoursesAndTextbooks() override;
+
+    // The window the rest of the program opens (made on first use).
+    static CoursesAndTextbooks *sharedController();
+
+    CoursesStore &store() { return m_store; }
+    // Rereads the files and every label (what opening the window does).
+    void reloadFromDisk();
+    void updateLabels();
+
+    void addCourse();
+    void addTextbook();
+    void deleteCourseOrTextbook();
+    // Selects a record of the combined list by row, or by name (a course or a textbook).
+    void selectRow(int row);
+    bool selectCourseOrTextbook(const QString &name);
+    void selectUniversalTypes();
+
+    int selectedRow() const;
+    Page currentPage() const;
+    CoursesListModel *coursesModel() const { return m_model; }
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildToolbar();
+    void selectionChanged();
+    void showRecord(int row);
+    void courseEdited(bool fromNameField);
+    void textbookEdited(bool fromNameField);
+    void universalTypesEdited(const QStringList &types);
+    void courseDropped(int from, int dropRow);
+    // Reads the list again from the store and selects `row` without refilling the form, which may
+    // hold the focus and the caret of the field being typed in.
+    void reloadList(int row);
+    void updateToolbar();
+    QStringList courseNames() const;
+    void warnIfUnusable();
+
+    CoursesStore m_store;
+    CoursesListModel *m_model;
+    QToolBar *m_toolbar;
+    QAction *m_addCourse;
+    QAction *m_addTextbook;
+    QAction *m_delete;
+    QListView *m_coursesTable;
+    QListWidget *m_typesTable;
+    QStackedWidget *m_selectedItem;
+    CourseFormPage *m_courseForm;
+    TextbookFormPage *m_textbookForm;
+    UniversalTypesPage *m_typesPage;
+    bool m_reloading = false;
+    bool m_warnedUnusable = false;
+};

@@ -1,0 +1,164 @@
+#include "TestEnvironment.h"
+
+#include "platform/UserDefaults.h"
+#include "store/PreferenceKeys.h"
+#include "store/Preferences.h"
+#include "store/ui/PersonalInfoPane.h"
+#include "store/ui/PreferencesWindow.h"
+#include "store/ui/SyncingPaneHost.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QTest>
+#include <QToolBar>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+class PreferencesWindowTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        Preferences::setAllDefaults();
+        SyncingPaneHost::unregisterPane();
+    }
+    void TearDown() override { SyncingPaneHost::unregisterPane(); }
+    std::unique_ptr<PreferencesWindow> open()
+    {
+        auto window = std::make_unique<PreferencesWindow>();
+        window->setAnimated(false);
+        window->move(100, 120);
+        window->show();
+        return window;
+    }
+    static QString lastShown() { return UserDefaults().string(PreferenceKeys::LastShownPane); }
+};
+
+} // namespace
+
+TEST_F(PreferencesWindowTest, ToolbarOffersTheFivePanesWithTheirToolTips)
+{
+    auto window = open();
+    const QList<std::tuple<QString, QString, QString>> items = {
+        {QStringLiteral("General"), QStringLiteral("General"),
+         QStringLiteral("Manage the General preferences of the application")},
+        {QStringLiteral("AssignmentWindow"), QStringLiteral("Main Window"),
+         QStringLiteral("Change the colors and the columns that are shown in the main window")},
+        {QStringLiteral("PersonalInfo"), QStringLiteral("Personal Info"),
+         QStringLiteral("Change your personal information that displays in the sidebar")},
+        {QStringLiteral("Labels"), QStringLiteral("Labels"), QStringLiteral("Customize the labels throughout the program")},
+        {QStringLiteral("Syncing"), QStringLiteral("Sync"), QString()},
+    };
+    auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"));
+    ASSERT_NE(toolbar, nullptr);
+    ASSERT_EQ(toolbar->actions().size(), items.size());
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        const auto &[identifier, label, toolTip] = items[i];
+        QAction *item = toolbar->actions()[i];
+        EXPECT_EQ(item->objectName(), identifier);
+        EXPECT_EQ(item->text(), label);
+        EXPECT_FALSE(item->icon().isNull()) << identifier.toStdString();
+        if (!toolTip.isEmpty())
+            EXPECT_EQ(item->toolTip(), toolTip);
+        EXPECT_EQ(toolbar->widgetForAction(item)->accessibleName(), label);
+    }
+    // Nothing registered the syncing pane: its item cannot be chosen.
+    EXPECT_FALSE(window->toolbarItem(QStringLiteral("Syncing"))->isEnabled());
+    EXPECT_FALSE(window->setTabView(QStringLiteral("Syncing")));
+    EXPECT_FALSE(window->setTabView(QStringLiteral("Nonsense")));
+    EXPECT_EQ(window->currentPane(), QStringLiteral("General"));
+}
+
+TEST_F(PreferencesWindowTest, SwitchingRemembersThePaneResizesAtWidth400KeepingTheTopAndReloads)
+{
+    auto window = open();
+    EXPECT_EQ(window->currentPane(), QStringLiteral("General"));
+    EXPECT_EQ(lastShown(), QStringLiteral("General"));
+    ASSERT_NE(window->currentView(), nullptr);
+    EXPECT_EQ(window->currentView()->objectName(), QStringLiteral("generalView"));
+    const int top = window->geometry().top();
+    const int toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"))->sizeHint().height();
+
+    window->toolbarItem(QStringLiteral("PersonalInfo"))->trigger();
+    EXPECT_EQ(lastShown(), QStringLiteral("PersonalInfo"));
+    auto *pane = qobject_cast<PreferencePane *>(window->currentView());
+    ASSERT_NE(pane, nullptr);
+    EXPECT_EQ(pane->objectName(), QStringLiteral("personalInfoView"));
+    EXPECT_EQ(window->geometry().width(), 400);
+    EXPECT_EQ(window->geometry().height(), toolbar + pane->getViewSize());
+    EXPECT_EQ(window->geometry().top(), top);
+    const int personalHeight = window->geometry().height();
+
+    window->setTabView(QStringLiteral("Labels"));
+    EXPECT_GT(window->geometry().height(), personalHeight); // twenty fields need more room
+    EXPECT_EQ(window->geometry().top(), top);
+
+    // Coming back makes the pane afresh from what is stored now.
+    QPointer<QWidget> old = window->currentView();
+    QVariantMap info{{QStringLiteral("Name"), QStringLiteral("Ada")},
+                     {QStringLiteral("School"), QString()},
+                     {QStringLiteral("Student ID"), QString()}};
+    UserDefaults().set(PreferenceKeys::PersonalInfo, info);
+    window->setTabView(QStringLiteral("PersonalInfo"));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(old.isNull());
+    EXPECT_EQ(window->findChild<QLineEdit *>(QStringLiteral("personalName"))->text(), QStringLiteral("Ada"));
+
+    // The next opening shows the stored pane.
+    window.reset();
+    auto again = open();
+    EXPECT_EQ(again->currentPane(), QStringLiteral("PersonalInfo"));
+    EXPECT_TRUE(again->toolbarItem(QStringLiteral("PersonalInfo"))->isChecked());
+}
+
+TEST_F(PreferencesWindowTest, AnimatedResizeEndsAtThePaneHeightWithThePaneInPlace)
+{
+    auto window = std::make_unique<PreferencesWindow>();
+    window->show();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isResizing(); }, 3000));
+    window->setTabView(QStringLiteral("Labels"));
+    EXPECT_TRUE(window->isResizing());
+    EXPECT_EQ(window->currentView(), nullptr); // an empty view while the window moves
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isResizing(); }, 3000));
+    ASSERT_NE(window->currentView(), nullptr);
+    EXPECT_EQ(window->currentView()->objectName(), QStringLiteral("labelsView"));
+    EXPECT_EQ(window->width(), 400);
+    // Switching again before the end leaves no stray pane behind.
+    window->setTabView(QStringLiteral("General"));
+    window->setTabView(QStringLiteral("PersonalInfo"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isResizing(); }, 3000));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(window->findChildren<PreferencePane *>().size(), 1);
+    EXPECT_EQ(window->currentView()->objectName(), QStringLiteral("personalInfoView"));
+}
+
+TEST_F(PreferencesWindowTest, HostsARegisteredSyncingPaneWithoutOwningIt)
+{
+    auto syncView = std::make_unique<QWidget>();
+    syncView->setObjectName(QStringLiteral("syncingView"));
+    int closings = 0;
+    SyncingPaneHost::registerPane({[&] { return syncView.get(); }, [] { return 135; }, [&] { ++closings; }});
+    auto window = open();
+    ASSERT_TRUE(window->toolbarItem(QStringLiteral("Syncing"))->isEnabled());
+    ASSERT_TRUE(window->setTabView(QStringLiteral("Syncing")));
+    EXPECT_EQ(window->currentView(), syncView.get());
+    EXPECT_EQ(lastShown(), QStringLiteral("Syncing"));
+    const int toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"))->sizeHint().height();
+    EXPECT_EQ(window->height(), toolbar + 135);
+
+    window->setTabView(QStringLiteral("General"));
+    EXPECT_EQ(closings, 1);
+    EXPECT_EQ(syncView->parent(), nullptr);
+    EXPECT_FALSE(syncView->isVisible());
+    window->setTabView(QStringLiteral("Syncing"));
+    window->close();
+    EXPECT_EQ(closings, 2);
+    window.reset(); // the shared pane outlives the window
+    EXPECT_EQ(syncView->parent(), nullptr);
+}
