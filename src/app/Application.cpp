@@ -3,6 +3,7 @@
 #include "QuitSignals.h"
 #include "list/ui/MainWindow.h"
 #include "store/Preferences.h"
+#include "sync/Syncing.h"
 #include "widgets/DialogPresenters.h"
 
 #include <QApplication>
@@ -32,10 +33,12 @@ int Application::run()
         quit();
     });
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { m_sequence.terminate(); });
+    // "Quit" in a sync warning takes the normal quit path.
+    Syncing::setQuitHandler([this] { QTimer::singleShot(0, this, &Application::quit); });
 
     if (m_sequence.run() == StartupSequence::Outcome::Restarting)
         return 0;
-    if (qEnvironmentVariableIsSet(QuitAfterStartupVariable))
+    if (qEnvironmentVariableIsSet(QuitAfterStartupVariable) || m_quitChosenDuringStartup)
         QTimer::singleShot(0, this, &Application::quit);
     return QApplication::exec();
 }
@@ -95,7 +98,13 @@ void Application::showMainWindow()
     main.activateWindow();
 }
 
+void Application::downloadData()
+{
+    Syncing::sharedController()->downloadData();
+    m_quitChosenDuringStartup = Syncing::sharedController()->quitWasChosen();
+}
+
 void Application::uploadData()
 {
-    // Syncing hooks in here once the data folder can be uploaded.
+    Syncing::sharedController()->uploadData();
 }

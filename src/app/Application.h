@@ -22,6 +22,7 @@ public:
 
     // StartupHooks
     void restartAndQuit() override;
+    void downloadData() override;
     void setUpWindow(bool drawerOpen) override;
     void setUpFilterBar(int viewIndex) override;
     void selectFormat(int format) override;
@@ -36,4 +37,5 @@ private:
     StartupSequence m_sequence;
     std::unique_ptr<MainWindow> m_window;
     bool m_restarting = false;
+    bool m_quitChosenDuringStartup = false;
 };

@@ -359,8 +359,11 @@ void DetailsSidebar::applyFill()
     case SidebarEditing::Fill::Mode::Assignment: {
         m_pages->setCurrentIndex(AssignmentPage);
         QTabWidget *tabs = m_form->tabs;
+        // Disabling the showing tab moves the tab widget to a neighbour on its own; Details is the
+        // one to show.
+        const bool onSubprojects = tabs->currentIndex() == SidebarForm::SubprojectsTab;
         tabs->setTabEnabled(SidebarForm::SubprojectsTab, fill.enabledTabs >= 3);
-        if (tabs->currentIndex() == SidebarForm::SubprojectsTab && fill.enabledTabs < 3)
+        if (onSubprojects && fill.enabledTabs < 3)
             tabs->setCurrentIndex(SidebarForm::DetailsTab);
         m_form->dateEditor->setFace(fill.dateFace);
         m_subprojects->reload();

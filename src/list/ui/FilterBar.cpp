@@ -192,9 +192,19 @@ void FilterBar::paintEvent(QPaintEvent *)
 void FilterBar::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
+    // Re-laying the bar out replays only its first titles (not the courses), so the rebuild that
+    // follows could not find the chosen course any more. The choice is noted first and made again
+    // afterwards; the list was never filtered otherwise, so that only redraws.
+    QList<int> chosen;
+    for (int segment = 0; segment < m_model->segments().size(); ++segment)
+        chosen.append(m_model->getSelectedIndexInSegment(segment));
     m_model->setSize(width(), height());
-    if (event->oldSize().width() != width())
-        Q_EMIT widthChanged();
+    if (event->oldSize().width() == width())
+        return;
+    Q_EMIT widthChanged();
+    for (int segment = 0; segment < chosen.size(); ++segment)
+        if (chosen[segment] >= 0 && m_model->getSelectedIndexInSegment(segment) != chosen[segment])
+            m_model->selectIndexInSegment(chosen[segment], segment);
 }
 
 void FilterBar::rebuild()

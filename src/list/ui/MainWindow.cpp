@@ -10,6 +10,7 @@
 #include "list/ui/AssignmentTableView.h"
 #include "list/ui/DetailsSidebar.h"
 #include "list/ui/FilterBar.h"
+#include "list/ui/FormatControl.h"
 #include "list/ui/MainToolbar.h"
 #include "list/ui/MultipleAssignmentsSheet.h"
 #include "list/ui/SidebarForm.h"
@@ -18,6 +19,8 @@
 #include "list/ui/ToolbarCustomizationPalette.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
+#include "sync/Syncing.h"
+#include "widgets/AnimatingTabView.h"
 #include "widgets/DialogPresenters.h"
 #include "widgets/Icons.h"
 
@@ -29,7 +32,6 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QSplitter>
-#include <QStackedWidget>
 #include <QVBoxLayout>
 
 using Command = MainMenus::Command;
@@ -71,10 +73,10 @@ void MainWindow::buildCentralArea()
 {
     m_filterBar = new FilterBar(&m_controller->filterBar());
     m_table = new AssignmentTableView(m_controller);
-    m_formats = new QStackedWidget;
+    m_formats = new AnimatingTabView;
     m_formats->setObjectName(QStringLiteral("formattingTabView"));
     m_formats->setAccessibleName(tr("Assignments view"));
-    m_formats->addWidget(m_table);
+    m_formats->addTab(m_table, FormatControl::ListTitle);
 
     auto *mainView = new QWidget;
     mainView->setObjectName(QStringLiteral("mainView"));
@@ -140,15 +142,11 @@ void MainWindow::markUnavailable()
     // Windows that other parts of the program have not delivered yet.
     const QString preferencesWhy = tr("The Preferences window is not available yet");
     const QString coursesWhy = tr("The Courses and Textbooks window is not available yet");
-    const QString syncWhy = tr("Uploading and downloading are not available yet");
     const QString calendarWhy = tr("The calendar views are not available yet");
     m_menus->setUnavailable(Command::Preferences, preferencesWhy);
     m_toolbar->setUnavailable(ToolbarCatalogue::Preferences, preferencesWhy);
     m_menus->setUnavailable(Command::CoursesWindow, coursesWhy);
     m_toolbar->setUnavailable(ToolbarCatalogue::CoursesWindow, coursesWhy);
-    m_menus->setUnavailable(Command::UploadData, syncWhy);
-    m_menus->setUnavailable(Command::DownloadData, syncWhy);
-    m_toolbar->setUnavailable(ToolbarCatalogue::SyncData, syncWhy);
     for (Command command : {Command::FormatWeekly, Command::FormatMonthly, Command::GoToToday, Command::NextMonth,
                             Command::PreviousMonth})
         m_menus->setUnavailable(command, calendarWhy);
@@ -265,8 +263,12 @@ void MainWindow::performToolbarItem(const QString &identifier)
         {Preferences, Command::Preferences}, {CoursesWindow, Command::CoursesWindow},
         {FinalsCalc, Command::FinalsCalculator}, {GPACalc, Command::GPACalculator},
         {ExportToiCal, Command::ExportToiCal}, {ExportToText, Command::ExportToText},
-        {SyncData, Command::UploadData},
     };
+    if (identifier == SyncData) {
+        // The toolbar's upload runs on a thread of its own; the window stays usable meanwhile.
+        Syncing::sharedController()->syncData();
+        return;
+    }
     if (commands.contains(identifier))
         perform(commands.value(identifier));
 }
@@ -363,10 +365,16 @@ void MainWindow::perform(Command command)
     case Command::About:
         QMessageBox::about(this, tr("About Quillory"), AboutText);
         break;
+    case Command::UploadData:
+        Syncing::sharedController()->uploadData();
+        break;
+    case Command::DownloadData:
+        // The download replaced the files; the refresh reads them.
+        Syncing::sharedController()->downloadData();
+        refresh();
+        break;
     case Command::Preferences:
     case Command::CoursesWindow:
-    case Command::UploadData:
-    case Command::DownloadData:
     case Command::GoToToday:
     case Command::NextMonth:
     case Command::PreviousMonth:
@@ -382,7 +390,11 @@ void MainWindow::setFormatView(int segment)
     if (segment < 0 || segment >= m_formats->count())
         segment = 0;
     m_toolbar->setFormatSegment(segment);
-    m_formats->setCurrentIndex(segment);
+    // The transition the user chose plays on every switch.
+    const QVariant transition = UserDefaults().groupValue(General, GeneralKeys::MainWindowTransition);
+    m_formats->setTransition(transition.isValid() ? int(transition.toLongLong()) : AnimatingTabView::kDefaultTransition);
+    if (m_formats->currentIndex() != segment)
+        m_formats->selectTabViewItem(segment, QGuiApplication::queryKeyboardModifiers());
     validateCommands();
 }
 

@@ -15,7 +15,7 @@ class FilterBar;
 class MainToolbar;
 class MultipleAssignmentsSheet;
 class QSplitter;
-class QStackedWidget;
+class AnimatingTabView;
 class SidebarPlacement;
 
 // The main window: toolbar, filter bar, the list (or a calendar) and the details sidebar, over the
@@ -59,7 +59,7 @@ public:
     DetailsSidebar *sidebar() const { return m_sidebar; }
     MainMenus *menus() const { return m_menus; }
     SidebarPlacement *sidebarPlacement() const { return m_placement; }
-    QStackedWidget *formattingTabView() const { return m_formats; }
+    AnimatingTabView *formattingTabView() const { return m_formats; }
     QSplitter *splitView() const { return m_splitter; }
     MultipleAssignmentsSheet *recurringSheet() const { return m_recurringSheet; }
     // The contextual menu last built for the table (for tests), or nullptr.
@@ -88,7 +88,7 @@ private:
     AssignmentTableView *m_table = nullptr;
     DetailsSidebar *m_sidebar = nullptr;
     QSplitter *m_splitter = nullptr;
-    QStackedWidget *m_formats = nullptr;
+    AnimatingTabView *m_formats = nullptr;
     SidebarPlacement *m_placement = nullptr;
     QPointer<MultipleAssignmentsSheet> m_recurringSheet;
     QPointer<QMenu> m_contextMenu;
