@@ -98,9 +98,11 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
     c.selectRowAlone(int(row));
     // The course field counts as changed from nothing, which brings in the course's default textbook.
     c.sidebarEditing().courseFieldWillChangeFrom(QString(""));
-    c.sidebarEditing().editAssignment(SidebarEditing::Sender::CourseField);
+    // The edit saves when it goes through; a second write of the same list would only cost time.
+    const bool saved = c.sidebarEditing().editAssignment(SidebarEditing::Sender::CourseField);
     Q_EMIT c.focusNameField();
-    c.saveData();
+    if (!saved)
+        c.saveData();
     const int selected = c.singleSelectedRow();
     return selected >= 0 ? c.m_display[selected] : record;
 }

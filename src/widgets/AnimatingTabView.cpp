@@ -23,6 +23,7 @@ namespace {
 constexpr char kObjectName[] = "animatingTabView";
 constexpr char kAccessibleName[] = "Assignment views";
 constexpr char kStackObjectName[] = "animatingTabViewContent";
+constexpr char kStackAccessibleName[] = "Current assignment view";
 
 enum TransitionIndex {
     CopyMachine = 1,
@@ -44,7 +45,7 @@ AnimatingTabView::AnimatingTabView(QWidget *parent)
     setAccessibleName(QLatin1String(kAccessibleName));
     m_stack = new QStackedWidget(this);
     m_stack->setObjectName(QLatin1String(kStackObjectName));
-    m_stack->setAccessibleName(QLatin1String(kAccessibleName));
+    m_stack->setAccessibleName(QLatin1String(kStackAccessibleName));
     m_overlay = new TransitionOverlay(this);
     connect(m_stack, &QStackedWidget::currentChanged, this, &AnimatingTabView::currentChanged);
     // The artwork is read now rather than in the middle of the first switch.

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kEdgeSoftness = 20;   // grey levels over which a piece fades
 constexpr double kShadowSoftness = 40; // grey levels over which the shadow fades in
-constexpr double kShadowDensity = 0.4;
+constexpr double kShadowDensity = 0.32;
 
 } // namespace
 

@@ -201,6 +201,8 @@ TEST_F(MiniCalendarControl, DayAtPointFindsCellsByTheirEdges)
     EXPECT_EQ(control.dayAtPoint(QPointF(21, 300)), 0); // slot 36, empty
     EXPECT_EQ(control.dayAtPoint(QPointF(21, 76)), 30);
     EXPECT_EQ(control.dayAtPoint(QPointF(38, 76)), 0); // slot 30, empty
+    EXPECT_EQ(control.dayAtPoint(QPointF(-1e12, 1e12)), 0);
+    EXPECT_EQ(control.dayAtPoint(QPointF(1e12, 20)), 7);
 }
 
 TEST_F(MiniCalendarControl, AClickOnADayMovesTheDateAndSendsTheAction)

@@ -74,7 +74,6 @@ void WBCalendarControl::initialise()
     setObjectName(QLatin1String(kObjectName));
     setAccessibleName(QLatin1String(kAccessibleName));
     setFocusPolicy(Qt::StrongFocus);
-    setAttribute(Qt::WA_OpaquePaintEvent, false);
 
     // Without a translation the key reads back as itself, which is no number: Sunday first.
     const QString firstDay = QCoreApplication::translate(kStringsTable, kFirstDayKey);
@@ -174,9 +173,11 @@ int WBCalendarControl::dayAtPoint(const QPointF &point) const
     const double fromTop = point.y();
     if (fromTop < kHeaderHeight)
         return 0;
-    const int column = std::clamp(static_cast<int>(std::floor((point.x() - kLeftMargin) / kCellWidth)), 0, kColumns - 1);
-    int row = static_cast<int>(std::floor((fromTop - kHeaderHeight) / kCellHeight));
-    row = std::clamp(row, 0, kRows - 1);
+    // Clamped before the conversion, so that no far-away point overflows an int.
+    const int column = static_cast<int>(std::clamp(std::floor((point.x() - kLeftMargin) / kCellWidth), 0.0,
+                                                   static_cast<double>(kColumns - 1)));
+    const int row = static_cast<int>(std::clamp(std::floor((fromTop - kHeaderHeight) / kCellHeight), 0.0,
+                                                static_cast<double>(kRows - 1)));
     return m_monthday[static_cast<size_t>(row * kColumns + column)];
 }
 
