@@ -19,6 +19,8 @@
 #include "list/ui/ToolbarCustomizationPalette.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
+#include "store/ui/CoursesAndTextbooks.h"
+#include "store/ui/PreferencesWindow.h"
 #include "sync/Syncing.h"
 #include "widgets/AnimatingTabView.h"
 #include "widgets/DialogPresenters.h"
@@ -140,13 +142,7 @@ void MainWindow::connectController()
 void MainWindow::markUnavailable()
 {
     // Windows that other parts of the program have not delivered yet.
-    const QString preferencesWhy = tr("The Preferences window is not available yet");
-    const QString coursesWhy = tr("The Courses and Textbooks window is not available yet");
     const QString calendarWhy = tr("The calendar views are not available yet");
-    m_menus->setUnavailable(Command::Preferences, preferencesWhy);
-    m_toolbar->setUnavailable(ToolbarCatalogue::Preferences, preferencesWhy);
-    m_menus->setUnavailable(Command::CoursesWindow, coursesWhy);
-    m_toolbar->setUnavailable(ToolbarCatalogue::CoursesWindow, coursesWhy);
     for (Command command : {Command::FormatWeekly, Command::FormatMonthly, Command::GoToToday, Command::NextMonth,
                             Command::PreviousMonth})
         m_menus->setUnavailable(command, calendarWhy);
@@ -244,6 +240,14 @@ void MainWindow::validateCommands()
 }
 
 // --- commands ----------------------------------------------------------------------------------------
+
+void MainWindow::showWindow(QWidget *window)
+{
+    // What these windows change is on disk; the refresh when this window is active again reads it.
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
 
 AssignmentList MainWindow::selectedRecords() const
 {
@@ -355,12 +359,10 @@ void MainWindow::perform(Command command)
         activateWindow();
         break;
     case Command::GPACalculator:
-        GPACalculator::sharedController()->show();
-        GPACalculator::sharedController()->raise();
+        showWindow(GPACalculator::sharedController());
         break;
     case Command::FinalsCalculator:
-        FinalsCalculator::sharedController()->show();
-        FinalsCalculator::sharedController()->raise();
+        showWindow(FinalsCalculator::sharedController());
         break;
     case Command::About:
         QMessageBox::about(this, tr("About Quillory"), AboutText);
@@ -374,7 +376,11 @@ void MainWindow::perform(Command command)
         refresh();
         break;
     case Command::Preferences:
+        showWindow(PreferencesWindow::sharedController());
+        break;
     case Command::CoursesWindow:
+        showWindow(CoursesAndTextbooks::sharedController());
+        break;
     case Command::GoToToday:
     case Command::NextMonth:
     case Command::PreviousMonth:

@@ -77,6 +77,7 @@ private:
     void buildCentralArea();
     void connectController();
     void markUnavailable();
+    static void showWindow(QWidget *window);
     void showContextMenu(const QPoint &globalPosition, bool onRow);
     AssignmentList selectedRecords() const;
     MainMenus::State menuState() const;
