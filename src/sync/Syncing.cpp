@@ -177,7 +177,9 @@ bool Syncing::backup(QString *problem)
     if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
         qCWarning(lcSync) << "could not make" << folder;
     QString error;
-    const bool written = Backup::sharedController()->exportBackupToFile(backupPath(), &error);
+    // Without a data folder (a first start on this computer) there is nothing to lose.
+    const bool nothingToSave = !QFileInfo(Paths::dataFolder()).isDir();
+    const bool written = Backup::sharedController()->exportBackupToFile(backupPath(), &error) || nothingToSave;
     if (!written) {
         qCWarning(lcSync) << "automatic backup failed:" << error;
         if (problem)
