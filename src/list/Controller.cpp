@@ -415,9 +415,11 @@ void Controller::sortColumn(const std::optional<QString> &column)
     applyOrder(order);
     if (shown) {
         m_sortIndicator = order;
-        UserDefaults().setMany({{PreferenceKeys::SortColumn, order.column},
-                                {PreferenceKeys::SortDirection,
-                                 order.ascending ? PreferenceKeys::Ascending : PreferenceKeys::Descending}});
+        // Written only when it changed: every store change sorts again, and a write costs a sync.
+        if (order != stored)
+            UserDefaults().setMany({{PreferenceKeys::SortColumn, order.column},
+                                    {PreferenceKeys::SortDirection,
+                                     order.ascending ? PreferenceKeys::Ascending : PreferenceKeys::Descending}});
     } else {
         m_sortIndicator = {QString(), true};
     }
@@ -433,8 +435,14 @@ void Controller::sortColumn(const std::optional<QString> &column)
 
 void Controller::applyOrder(const Sorting::Order &order)
 {
-    Sorting::sort(m_display, order);
+    // With no filter or search narrowing the list the two lists hold the same records in the same
+    // order: one sort serves both.
+    const bool same = m_display.size() == m_all.size() && std::equal(m_display.cbegin(), m_display.cend(), m_all.cbegin());
     Sorting::sort(m_all, order);
+    if (same)
+        m_display = m_all;
+    else
+        Sorting::sort(m_display, order);
     allChanged();
     m_appliedOrder = order;
     m_displayOrder = order;

@@ -43,6 +43,12 @@ const QString &DisplayPipeline::joinedText(qsizetype index, const Assignment &re
     Joined &joined = m_joined[size_t(index)];
     if (joined.record == &record && joined.revision == record.revision())
         return joined.text;
+    if (joined.record) // keep what the slot held for when its record comes back
+        m_byRevision.emplace(joined.revision, std::move(joined.text));
+    if (const auto it = m_byRevision.find(record.revision()); it != m_byRevision.end()) {
+        joined = {record.revision(), &record, it->second};
+        return joined.text;
+    }
     QString text;
     for (const Field &field : fields()) {
         const QString &value = record.lowered(field.key);
@@ -67,6 +73,8 @@ AssignmentList DisplayPipeline::search(const AssignmentList &filtered, const QSt
     if (everyField && !loweredText.contains(FieldSeparator)) {
         // Entries follow the filtered list by position; a changed list rebuilds the ones that moved.
         m_joined.resize(size_t(filtered.size()));
+        if (m_byRevision.size() > 4 * m_joined.size() + 1024)
+            m_byRevision.clear();
         for (qsizetype i = 0; i < filtered.size(); ++i)
             if (joinedText(i, *filtered[i]).contains(loweredText))
                 display.append(filtered[i]);

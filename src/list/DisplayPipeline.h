@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <unordered_map>
 #include <vector>
 
 // The two derivations between the controller's lists: the view and course filter
@@ -39,4 +40,7 @@ private:
     const QString &joinedText(qsizetype index, const Assignment &record);
 
     std::vector<Joined> m_joined;
+    // Texts of records that were filtered out or moved since, so a filter change does not join
+    // every record again; pruned when it outgrows the records.
+    std::unordered_map<quint64, QString> m_byRevision;
 };

@@ -2,7 +2,10 @@
 
 #include "list/ColumnCatalogue.h"
 
+#include <QHash>
+
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace Sorting {
@@ -99,6 +102,116 @@ std::vector<Entry> entriesFor(const AssignmentList &list, const Order &order)
     return entries;
 }
 
+// The fast form of the keys: the column and the date as ranks among their distinct values (so
+// most comparisons compare two integers), the name as the record's cached lowered text.
+struct RankedEntry {
+    qint64 column = -1; // -1: missing
+    qint64 date = -1;
+    const QString *name = nullptr;
+    qsizetype index = 0;
+};
+
+// Ranks of one key over the list: equal values share a rank, ranks follow the key's order, and a
+// missing value is -1. nullopt when the values cannot be ranked as one kind (numbers mixed with
+// text), which the general comparison handles.
+std::optional<std::vector<qint64>> rankKey(const AssignmentList &list, const QString &key, bool byValue)
+{
+    std::vector<qint64> ids(size_t(list.size()), -1);
+    bool sawNumber = false;
+    bool sawText = false;
+    QHash<QString, qint64> textIds;
+    std::vector<QString> texts;
+    std::vector<std::pair<double, qsizetype>> numbers;
+    for (qsizetype i = 0; i < list.size(); ++i) {
+        const Assignment &record = *list[i];
+        if (!byValue) {
+            const QString &lowered = record.lowered(key);
+            if (lowered.isNull())
+                continue;
+            sawText = true;
+            auto it = textIds.constFind(lowered);
+            if (it == textIds.constEnd()) {
+                it = textIds.insert(lowered, qint64(texts.size()));
+                texts.push_back(lowered);
+            }
+            ids[size_t(i)] = *it;
+            continue;
+        }
+        const auto it = record.fields().constFind(key);
+        if (it == record.fields().constEnd())
+            continue;
+        if (isNumber(*it)) {
+            sawNumber = true;
+            numbers.emplace_back(it->toDouble(), i);
+        } else {
+            sawText = true;
+            const QString text = it->toString();
+            auto found = textIds.constFind(text);
+            if (found == textIds.constEnd()) {
+                found = textIds.insert(text, qint64(texts.size()));
+                texts.push_back(text);
+            }
+            ids[size_t(i)] = *found;
+        }
+    }
+    if (sawNumber && sawText)
+        return std::nullopt;
+    std::vector<qint64> ranks(size_t(list.size()), -1);
+    if (sawNumber) {
+        std::sort(numbers.begin(), numbers.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
+        qint64 rank = -1;
+        for (size_t j = 0; j < numbers.size(); ++j) {
+            if (j == 0 || numbers[j - 1].first < numbers[j].first)
+                ++rank;
+            ranks[size_t(numbers[j].second)] = rank;
+        }
+        return ranks;
+    }
+    std::vector<qint64> order(texts.size());
+    for (size_t j = 0; j < order.size(); ++j)
+        order[j] = qint64(j);
+    std::sort(order.begin(), order.end(), [&texts](qint64 a, qint64 b) { return texts[size_t(a)] < texts[size_t(b)]; });
+    std::vector<qint64> rankOfId(texts.size());
+    for (size_t j = 0; j < order.size(); ++j)
+        rankOfId[size_t(order[j])] = qint64(j);
+    for (size_t i = 0; i < ids.size(); ++i)
+        if (ids[i] >= 0)
+            ranks[i] = rankOfId[size_t(ids[i])];
+    return ranks;
+}
+
+int compareRanked(const RankedEntry &a, const RankedEntry &b)
+{
+    if (a.column != b.column)
+        return a.column < b.column ? -1 : 1;
+    if (a.date != b.date)
+        return a.date < b.date ? -1 : 1;
+    if (!a.name || !b.name)
+        return int(a.name != nullptr) - int(b.name != nullptr);
+    return a.name->compare(*b.name);
+}
+
+template<typename E, typename Compare>
+void sortEntries(std::vector<E> &entries, AssignmentList &list, Compare compare, bool ascending)
+{
+    const int sign = ascending ? 1 : -1;
+    const auto less = [sign, &compare](const E &a, const E &b) { return sign * compare(a, b) < 0; };
+    // The longest prefix already in order; only what follows it needs sorting, then one merge.
+    // A stable sort of the tail merged stably after the prefix is exactly a stable sort of all.
+    size_t prefix = 1;
+    while (prefix < entries.size() && !less(entries[prefix], entries[prefix - 1]))
+        ++prefix;
+    if (prefix >= entries.size())
+        return;
+    std::stable_sort(entries.begin() + qsizetype(prefix), entries.end(), less);
+    std::inplace_merge(entries.begin(), entries.begin() + qsizetype(prefix), entries.end(), less);
+    AssignmentList sorted;
+    sorted.reserve(list.size());
+    for (const E &entry : entries)
+        sorted.append(list[entry.index]);
+    list = std::move(sorted);
+}
+
 } // namespace
 
 bool comparesByValue(const QString &column)
@@ -109,10 +222,10 @@ bool comparesByValue(const QString &column)
 
 bool isSorted(const AssignmentList &list, const Order &order)
 {
-    const std::vector<Entry> entries = entriesFor(list, order);
-    const int sign = order.ascending ? 1 : -1;
-    for (size_t i = 1; i < entries.size(); ++i)
-        if (sign * compareEntries(entries[i - 1], entries[i]) > 0)
+    AssignmentList copy = list;
+    sort(copy, order);
+    for (qsizetype i = 0; i < list.size(); ++i)
+        if (copy[i] != list[i])
             return false;
     return true;
 }
@@ -121,25 +234,20 @@ void sort(AssignmentList &list, const Order &order)
 {
     if (list.size() < 2)
         return;
-    std::vector<Entry> entries = entriesFor(list, order);
-    const int sign = order.ascending ? 1 : -1;
-    const auto less = [sign](const Entry &a, const Entry &b) { return sign * compareEntries(a, b) < 0; };
-
-    // The longest prefix already in order; only what follows it needs sorting, then one merge.
-    // A stable sort of the tail merged stably after the prefix is exactly a stable sort of all.
-    size_t prefix = 1;
-    while (prefix < entries.size() && !less(entries[prefix], entries[prefix - 1]))
-        ++prefix;
-    if (prefix == entries.size())
+    const std::optional<std::vector<qint64>> columnRanks
+        = rankKey(list, order.column, comparesByValue(order.column));
+    const std::optional<std::vector<qint64>> dateRanks = rankKey(list, AssignmentKeys::Date, true);
+    if (columnRanks && dateRanks) {
+        std::vector<RankedEntry> entries(size_t(list.size()));
+        for (qsizetype i = 0; i < list.size(); ++i) {
+            const QString &name = list[i]->lowered(AssignmentKeys::Name);
+            entries[size_t(i)] = {(*columnRanks)[size_t(i)], (*dateRanks)[size_t(i)], name.isNull() ? nullptr : &name, i};
+        }
+        sortEntries(entries, list, compareRanked, order.ascending);
         return;
-    std::stable_sort(entries.begin() + qsizetype(prefix), entries.end(), less);
-    std::inplace_merge(entries.begin(), entries.begin() + qsizetype(prefix), entries.end(), less);
-
-    AssignmentList sorted;
-    sorted.reserve(list.size());
-    for (const Entry &entry : entries)
-        sorted.append(list[entry.index]);
-    list = std::move(sorted);
+    }
+    std::vector<Entry> entries = entriesFor(list, order);
+    sortEntries(entries, list, compareEntries, order.ascending);
 }
 
 } // namespace Sorting

@@ -6,6 +6,21 @@
 #include <array>
 #include <cmath>
 
+namespace
+{
+
+// |value| to an even power, by squaring: the rays are thin peaks of a cosine.
+double power(double value, int exponent)
+{
+    const double square = value * value;
+    double result = 1;
+    for (int i = 0; i < exponent / 2; ++i)
+        result *= square;
+    return result;
+}
+
+} // namespace
+
 void FlashTransition::setCenter(const QPointF &center)
 {
     m_center = center;
@@ -36,6 +51,10 @@ void FlashTransition::prepare()
     const int flareHeight = (pictureSize.height() + 1) / 2;
     m_flare.assign(static_cast<size_t>(m_flareWidth) * static_cast<size_t>(flareHeight), 0);
     const double reach = std::max(1.0, std::hypot(m_extent.width(), m_extent.height()) / 2);
+    // Lifts the faint parts of the flare so its edge is soft: light^0.7 as a grey level.
+    std::array<uchar, 1024> levels {};
+    for (size_t i = 0; i < levels.size(); ++i)
+        levels[i] = static_cast<uchar>(std::lround(std::pow(i / 1023.0, 0.7) * 255));
     for (int hy = 0; hy < flareHeight; ++hy) {
         for (int hx = 0; hx < m_flareWidth; ++hx) {
             const double dx = hx * 2 + 1 - m_center.x();
@@ -43,13 +62,11 @@ void FlashTransition::prepare()
             const double r = std::hypot(dx, dy) / reach;
             const double angle = std::atan2(dy, dx);
             // Three sets of thin rays of different counts make an irregular star.
-            const double rays = 0.55 * std::pow(std::abs(std::cos(6 * angle)), 10)
-                                + 0.45 * std::pow(std::abs(std::cos(9 * angle + 0.6)), 16)
-                                + 0.3 * std::pow(std::abs(std::cos(17 * angle + 1.3)), 24);
-            const double light = std::exp(-2.2 * r) * (0.55 + 0.9 * rays);
-            const double value = std::pow(std::clamp(light, 0.0, 1.0), 0.7);
-            m_flare[static_cast<size_t>(hy) * static_cast<size_t>(m_flareWidth) + static_cast<size_t>(hx)] =
-                static_cast<uchar>(std::lround(value * 255));
+            const double rays = 0.55 * power(std::cos(6 * angle), 10) + 0.45 * power(std::cos(9 * angle + 0.6), 16)
+                + 0.3 * power(std::cos(17 * angle + 1.3), 24);
+            const double light = std::clamp(std::exp(-2.2 * r) * (0.55 + 0.9 * rays), 0.0, 1.0);
+            m_flare[static_cast<size_t>(hy) * static_cast<size_t>(m_flareWidth) + static_cast<size_t>(hx)]
+                = levels[static_cast<size_t>(light * 1023)];
         }
     }
 }
@@ -61,7 +78,7 @@ void FlashTransition::render(double time, QImage &output)
     // The brightest parts of the star light up first; only around the middle does the light reach
     // the corners.
     const double peak = std::pow(std::sin(M_PI * time), 3);
-    std::array<quint32, 256> light{};
+    std::array<quint32, 256> light {};
     for (int level = 0; level < 256; ++level)
         light[static_cast<size_t>(level)] = PixelBlend::weightFor((level / 255.0 + 1.25 * peak - 1) * 4);
     const quint32 change = PixelBlend::weightFor((time - 0.42) / 0.16);

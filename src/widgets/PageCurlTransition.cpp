@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 constexpr double kShadowWidthFactor = 0.6; // of the radius
 constexpr double kShadowDensity = 0.5;
@@ -60,6 +61,11 @@ void PageCurlTransition::prepare()
         back = back.scaled(pictureSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     m_back = back.convertToFormat(inputImage().format());
     m_profile = TransitionArtwork::shadingProfile(m_shading.isNull() ? TransitionArtwork::shadingImage() : m_shading);
+    for (int step = 0; step <= kSteps; ++step) {
+        const double across = static_cast<double>(step) / kSteps;
+        m_bend[static_cast<size_t>(step)] = static_cast<float>(std::asin(across));
+        m_light[static_cast<size_t>(step)] = m_profile[static_cast<size_t>(std::lround(across * 255))];
+    }
 }
 
 void PageCurlTransition::render(double time, QImage &output)
@@ -69,7 +75,7 @@ void PageCurlTransition::render(double time, QImage &output)
     const double nx = std::cos(m_angle);
     const double ny = std::sin(m_angle);
     // s measures how far a point lies along the direction of travel from the lifted corner.
-    const double cornerValues[4] = {0.0, width * nx, height * ny, width * nx + height * ny};
+    const double cornerValues[4] = { 0.0, width * nx, height * ny, width * nx + height * ny };
     const double sMin = *std::min_element(cornerValues, cornerValues + 4);
     const double sMax = *std::max_element(cornerValues, cornerValues + 4);
     const double r = m_radius;
@@ -77,6 +83,7 @@ void PageCurlTransition::render(double time, QImage &output)
     // The roll's axis starts just outside the corner and ends where neither the sheet nor its
     // shadow is left on the view.
     const double axis = -0.5 + time * (sMax - sMin + r + shadowWidth + 1.5);
+    const double stepsPerPixel = kSteps / r;
 
     auto sampleInside = [&](double px, double py, const QImage &image, quint32 &pixel) {
         if (px < 0 || py < 0 || px >= width || py >= height)
@@ -103,13 +110,12 @@ void PageCurlTransition::render(double time, QImage &output)
                 else
                     out[x] = from[x];
             } else if (s >= axis - r) {
-                const double across = std::clamp((axis - s) / r, 0.0, 1.0);
-                const double bend = std::asin(across);
+                const int step = std::clamp(static_cast<int>((axis - s) * stepsPerPixel), 0, kSteps);
+                const double bend = m_bend[static_cast<size_t>(step)];
                 // The top of the roll shows the back of the sheet, lit by the shading strip.
                 const double topShift = -r * (M_PI - bend) - (s - axis);
                 if (sampleInside(px + topShift * nx, py + topShift * ny, m_back, pixel)) {
-                    const int light = m_profile[static_cast<size_t>(std::lround(across * 255))];
-                    out[x] = PixelBlend::shade(pixel, light);
+                    out[x] = PixelBlend::shade(pixel, m_light[static_cast<size_t>(step)]);
                     continue;
                 }
                 // Where the sheet ends before reaching the top, its inside shows.

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 constexpr double kRefraction = 0.45; // of the wave's half width
 constexpr double kCrestBlend = 0.12; // where old and new meet under the crest
@@ -39,9 +40,19 @@ void RippleTransition::prepare()
         m_center = m_extent.center();
     m_waveWidth = std::max(10.0, std::hypot(m_extent.width(), m_extent.height()) * 0.045);
     m_reach = 0;
-    for (const QPointF &corner : {m_extent.topLeft(), m_extent.topRight(), m_extent.bottomLeft(), m_extent.bottomRight()})
+    for (const QPointF &corner :
+        { m_extent.topLeft(), m_extent.topRight(), m_extent.bottomLeft(), m_extent.bottomRight() })
         m_reach = std::max(m_reach, std::hypot(corner.x() - m_center.x(), corner.y() - m_center.y()));
     m_profile = TransitionArtwork::shadingProfile(m_shading.isNull() ? TransitionArtwork::shadingImage() : m_shading);
+    for (int step = 0; step <= kSteps; ++step) {
+        const double u = 2.0 * step / kSteps - 1.0; // -1 at the inner edge, 1 at the outer
+        m_bend[static_cast<size_t>(step)] = static_cast<float>(kRefraction * m_waveWidth * std::sin(M_PI * u));
+        // Light and shadow follow the strip across the ring, fading out at its edges.
+        const int index = std::clamp(static_cast<int>((u + 1) * 127.5), 0, 255);
+        m_light[static_cast<size_t>(step)]
+            = static_cast<int>(m_profile[static_cast<size_t>(index)] * std::cos(M_PI * u / 2));
+        m_oldShare[static_cast<size_t>(step)] = PixelBlend::weightFor((u + kCrestBlend) / (2 * kCrestBlend));
+    }
 }
 
 void RippleTransition::render(double time, QImage &output)
@@ -56,6 +67,7 @@ void RippleTransition::render(double time, QImage &output)
     const double outer = radius + w;
     const double cx = m_center.x();
     const double cy = m_center.y();
+    const double stepsPerPixel = kSteps / (2 * w);
 
     auto sample = [&](const QImage &image, double px, double py) {
         const int sx = std::clamp(static_cast<int>(px), 0, width - 1);
@@ -97,23 +109,19 @@ void RippleTransition::render(double time, QImage &output)
                 return from[x];
             if (distance <= inner)
                 return to[x];
-            const double u = (distance - radius) / w; // -1 at the inner edge, 1 at the outer
-            const double shift = kRefraction * w * std::sin(M_PI * u);
-            const double scale = distance > 0 ? (distance + shift) / distance : 1.0;
+            const int step = std::clamp(static_cast<int>((distance - inner) * stepsPerPixel), 0, kSteps);
+            const double scale = distance > 0 ? (distance + m_bend[static_cast<size_t>(step)]) / distance : 1.0;
             const double sx = cx + dx * scale;
             const double sy = cy + dy * scale;
+            const quint32 oldShare = m_oldShare[static_cast<size_t>(step)];
             quint32 pixel;
-            if (u < -kCrestBlend)
+            if (oldShare == 0)
                 pixel = sample(inputTargetImage(), sx, sy);
-            else if (u > kCrestBlend)
+            else if (oldShare == 256)
                 pixel = sample(inputImage(), sx, sy);
             else
-                pixel = PixelBlend::mix(sample(inputTargetImage(), sx, sy), sample(inputImage(), sx, sy),
-                                        PixelBlend::weightFor((u + kCrestBlend) / (2 * kCrestBlend)));
-            // Light and shadow follow the strip across the ring, fading out at its edges.
-            const double envelope = std::cos(M_PI * u / 2);
-            const int index = std::clamp(static_cast<int>((u + 1) * 127.5), 0, 255);
-            return PixelBlend::shade(pixel, static_cast<int>(m_profile[static_cast<size_t>(index)] * envelope));
+                pixel = PixelBlend::mix(sample(inputTargetImage(), sx, sy), sample(inputImage(), sx, sy), oldShare);
+            return PixelBlend::shade(pixel, m_light[static_cast<size_t>(step)]);
         };
         for (int x = ringStart; x < holeStart; ++x)
             out[x] = wave(x);

@@ -2,6 +2,8 @@
 
 #include "list/CalendarObserver.h"
 #include "list/Controller.h"
+#include "list/Editing.h"
+#include "list/RecurringSeries.h"
 #include "list/SidebarEditing.h"
 #include "list/SidebarValues.h"
 #include "list/ToolbarState.h"
@@ -11,11 +13,19 @@
 #include "platform/UserDefaults.h"
 #include "store/Assignment.h"
 #include "store/PreferenceKeys.h"
+#include "support/TestEnvironment.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 #include <memory>
+#include <ostream>
+
+// Readable failure messages for Qt strings.
+inline void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 // The toolbar as the list sees it: a search item that can be taken off, its text and placeholder,
 // and the format control.

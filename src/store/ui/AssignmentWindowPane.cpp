@@ -190,7 +190,6 @@ void AssignmentWindowPane::showCategoryRows()
         // A category's well shows a colour only when one is stored under its label.
         m_rowWells[i]->setColorText(filled ? MainWindowSettings::colorText(label) : QString());
     }
-    adjustSize();
     Q_EMIT viewSizeChanged();
 }
 

@@ -75,7 +75,7 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
     m_typesTable = named(new QListWidget, QStringLiteral("typesTable"), QString());
     m_typesTable->addItem(QString());
     m_typesTable->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_typesTable->setFixedHeight(m_typesTable->sizeHintForRow(0) + 2 * m_typesTable->frameWidth() + 4);
+    m_typesTable->setFixedHeight(m_typesTable->sizeHintForRow(0) + 2 * m_typesTable->frameWidth() + 8);
     m_typesTable->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     leftLayout->addWidget(m_typesTable);
     splitter->addWidget(left);
@@ -218,6 +218,14 @@ void CoursesAndTextbooks::closeEvent(QCloseEvent *event)
     m_selectedItem->setCurrentIndex(int(Page::Blank));
     updateToolbar();
     QMainWindow::closeEvent(event);
+}
+
+void CoursesAndTextbooks::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    // The labels may have been renamed in the preferences while this window stayed open.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        updateLabels();
 }
 
 int CoursesAndTextbooks::selectedRow() const

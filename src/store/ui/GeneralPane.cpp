@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 using namespace PreferenceKeys;
@@ -34,6 +35,7 @@ const QStringList Transitions = {QStringLiteral("None"),       QStringLiteral("C
                                  QStringLiteral("Flash"),      QStringLiteral("Mod"),
                                  QStringLiteral("Page Curl"),  QStringLiteral("Ripple"),
                                  QStringLiteral("Swipe")};
+constexpr int RippleIndex = 7;
 const QString DefaultViewCaption = QStringLiteral("Default view:");
 const QString CalendarFormatCaption = QStringLiteral("Default format:");
 const QString DateEntryCaption = QStringLiteral("Date entry:");
@@ -90,6 +92,8 @@ GeneralPane::GeneralPane(QWidget *parent)
     form->addRow(captionFor(m_customFormat, CustomFormatCaption), custom);
 
     m_transition = popUp(QStringLiteral("mainWindowTransition"), TransitionCaption, Transitions);
+    for (int i = 0; i < m_transition->count(); ++i)
+        m_transition->setItemData(i, i);
     form->addRow(captionFor(m_transition, TransitionCaption), m_transition);
     m_subprojectFormat = named(new QLineEdit, QStringLiteral("subprojectTitleFormat"), SubprojectCaption);
     m_subprojectFormat->setToolTip(SubprojectToolTip);
@@ -117,6 +121,14 @@ GeneralPane::GeneralPane(QWidget *parent)
     layout->addLayout(buttons);
     layout->addStretch();
 
+    // Choosing "Custom" starts from the format in use rather than from nothing, which would show no
+    // dates at all.
+    connect(m_dateFormat, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (index == 3 && m_customFormat->text().isEmpty() && !m_filling) {
+            const QSignalBlocker blocker(m_customFormat);
+            m_customFormat->setText(GeneralSettings::load().dateFormat());
+        }
+    });
     for (QComboBox *box : {m_defaultView, m_calendarFormat, m_dateEntry, m_dateFormat, m_transition})
         connect(box, &QComboBox::currentIndexChanged, this, [this] {
             updateCustomFormat();
@@ -168,7 +180,10 @@ void GeneralPane::fill(const GeneralSettings &s)
     m_dateEntry->setCurrentIndex(std::clamp(s.dateEntryFormat, 0, 1));
     m_dateFormat->setCurrentIndex(std::clamp(s.dateFormatChoice, 0, 3));
     m_customFormat->setText(s.customDateFormat);
-    m_transition->setCurrentIndex(std::clamp(s.mainWindowTransition, 0, int(Transitions.size()) - 1));
+    // Indexes past the last named one play the ripple; such a value is shown as it is and kept.
+    if (s.mainWindowTransition >= int(Transitions.size()) && m_transition->findData(s.mainWindowTransition) < 0)
+        m_transition->addItem(Transitions[RippleIndex], s.mainWindowTransition);
+    m_transition->setCurrentIndex(std::max(0, m_transition->findData(s.mainWindowTransition)));
     m_duplicateDates->setChecked(s.displayDuplicateDates);
     m_warnings->setChecked(s.displayWarningMessages);
     m_advancedICal->setChecked(s.displayAdvancedICalSettings);
@@ -189,7 +204,7 @@ GeneralSettings GeneralPane::fromControls() const
     s.dateEntryFormat = m_dateEntry->currentIndex();
     s.dateFormatChoice = m_dateFormat->currentIndex();
     s.customDateFormat = m_customFormat->text();
-    s.mainWindowTransition = m_transition->currentIndex();
+    s.mainWindowTransition = m_transition->currentData().toInt();
     s.displayDuplicateDates = m_duplicateDates->isChecked();
     s.displayWarningMessages = m_warnings->isChecked();
     s.displayAdvancedICalSettings = m_advancedICal->isChecked();

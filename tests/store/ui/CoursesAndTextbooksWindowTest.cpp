@@ -339,6 +339,17 @@ TEST_F(CoursesWindowTest, LabelsReachTheTitleToolbarCaptionsAndDescription)
                              "details."));
     EXPECT_EQ(child<QLineEdit>(QStringLiteral("courseField1"))->accessibleName(), QStringLiteral("credits"));
 
+    // Renamed again in the Labels pane while the window stays open: the window takes it up when
+    // it is next brought to the front.
+    labels.insert(QStringLiteral("Course"), QStringLiteral("Subject"));
+    labels.insert(QStringLiteral("CourseField1"), QStringLiteral("Hours"));
+    UserDefaults().set(PreferenceKeys::Labels, labels);
+    m_window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
+    EXPECT_EQ(m_window->windowTitle(), QStringLiteral("Subjects and Books"));
+    EXPECT_EQ(action(QStringLiteral("AddCourse"))->text(), QStringLiteral("Add Subject"));
+    EXPECT_EQ(child<QLabel>(QStringLiteral("courseField1Caption"))->text(), QStringLiteral("hours"));
+
     // Every control can be told apart by a screen reader.
     for (QWidget *widget : m_window->findChildren<QWidget *>()) {
         if (qobject_cast<QLineEdit *>(widget) || qobject_cast<QComboBox *>(widget)

@@ -1,13 +1,18 @@
 #include "TestEnvironment.h"
 
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
 #include "store/ui/PersonalInfoPane.h"
 #include "store/ui/PreferencesWindow.h"
 #include "store/ui/SyncingPaneHost.h"
+#include "sync/ui/SyncingPrefs.h"
 
 #include <QAction>
+#include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -53,7 +58,8 @@ TEST_F(PreferencesWindowTest, ToolbarOffersTheFivePanesWithTheirToolTips)
         {QStringLiteral("PersonalInfo"), QStringLiteral("Personal Info"),
          QStringLiteral("Change your personal information that displays in the sidebar")},
         {QStringLiteral("Labels"), QStringLiteral("Labels"), QStringLiteral("Customize the labels throughout the program")},
-        {QStringLiteral("Syncing"), QStringLiteral("Sync"), QString()},
+        {QStringLiteral("Syncing"), QStringLiteral("Sync"),
+         QStringLiteral("Synchronize your data amongst multiple computers")},
     };
     auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"));
     ASSERT_NE(toolbar, nullptr);
@@ -64,13 +70,10 @@ TEST_F(PreferencesWindowTest, ToolbarOffersTheFivePanesWithTheirToolTips)
         EXPECT_EQ(item->objectName(), identifier);
         EXPECT_EQ(item->text(), label);
         EXPECT_FALSE(item->icon().isNull()) << identifier.toStdString();
-        if (!toolTip.isEmpty())
-            EXPECT_EQ(item->toolTip(), toolTip);
+        EXPECT_EQ(item->toolTip(), toolTip);
+        EXPECT_TRUE(item->isEnabled());
         EXPECT_EQ(toolbar->widgetForAction(item)->accessibleName(), label);
     }
-    // Nothing registered the syncing pane: its item cannot be chosen.
-    EXPECT_FALSE(window->toolbarItem(QStringLiteral("Syncing"))->isEnabled());
-    EXPECT_FALSE(window->setTabView(QStringLiteral("Syncing")));
     EXPECT_FALSE(window->setTabView(QStringLiteral("Nonsense")));
     EXPECT_EQ(window->currentPane(), QStringLiteral("General"));
 }
@@ -117,6 +120,29 @@ TEST_F(PreferencesWindowTest, SwitchingRemembersThePaneResizesAtWidth400KeepingT
     EXPECT_TRUE(again->toolbarItem(QStringLiteral("PersonalInfo"))->isChecked());
 }
 
+TEST_F(PreferencesWindowTest, TheWindowFollowsTheNumberOfColourRows)
+{
+    QVariantList combined;
+    for (int i = 1; i <= 12; ++i)
+        combined.append(QVariantMap{{QStringLiteral("Name"), QString::number(i)},
+                                    {QStringLiteral("Display Name"), QString::number(i)},
+                                    {QStringLiteral("Type"), QStringLiteral("Course")}});
+    QDir().mkpath(Paths::dataFolder());
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), combined));
+    auto window = open();
+    window->setTabView(QStringLiteral("AssignmentWindow"));
+    const int top = window->geometry().top();
+    const int byDueDate = window->height();
+    auto *format = window->findChild<QComboBox *>(QStringLiteral("colorFormat"));
+    ASSERT_NE(format, nullptr);
+    format->setCurrentIndex(1);
+    EXPECT_GT(window->height(), byDueDate);
+    EXPECT_EQ(window->geometry().top(), top);
+    EXPECT_EQ(window->width(), 400);
+    format->setCurrentIndex(0);
+    EXPECT_EQ(window->height(), byDueDate);
+}
+
 TEST_F(PreferencesWindowTest, AnimatedResizeEndsAtThePaneHeightWithThePaneInPlace)
 {
     auto window = std::make_unique<PreferencesWindow>();
@@ -136,6 +162,24 @@ TEST_F(PreferencesWindowTest, AnimatedResizeEndsAtThePaneHeightWithThePaneInPlac
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(window->findChildren<PreferencePane *>().size(), 1);
     EXPECT_EQ(window->currentView()->objectName(), QStringLiteral("personalInfoView"));
+}
+
+TEST_F(PreferencesWindowTest, ShowsTheSyncingPaneAtItsHeightAndGivesItBack)
+{
+    auto window = open();
+    ASSERT_TRUE(window->setTabView(QStringLiteral("Syncing")));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isResizing(); }, 3000));
+    QWidget *view = window->currentView();
+    ASSERT_EQ(view, SyncingPrefs::sharedController());
+    const int toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"))->sizeHint().height();
+    // No syncing is set up: the pane's smallest height.
+    EXPECT_EQ(window->height(), toolbar + 135);
+    EXPECT_EQ(window->width(), 400);
+    window->setTabView(QStringLiteral("Labels"));
+    EXPECT_EQ(view->parent(), nullptr);
+    window->setTabView(QStringLiteral("Syncing"));
+    window.reset();
+    EXPECT_EQ(SyncingPrefs::sharedController()->parent(), nullptr);
 }
 
 TEST_F(PreferencesWindowTest, HostsARegisteredSyncingPaneWithoutOwningIt)

@@ -1,0 +1,250 @@
+// What the assignment list costs on large stores (10,000 and 100,000 records): a search keystroke,
+// a filter change, a sort by "Course", an add (filter, sort and save), the window refresh when
+// nothing on disk changed, and the text and colour of one screenful of cells (40 rows x 6 columns).
+//
+// Every figure is also given as a ratio to a floor measured in the same run ("x_floor"): one pass
+// over the records that reads one field of each, the least any rebuild of the lists can cost. The
+// add is given against the save alone ("x_save"; the goal is at most 2).
+//
+// Goals in milliseconds: keystroke 2 (10,000) and 16 (100,000); sort 15 and 150; refresh 1 at
+// 100,000. Run with --benchmark_repetitions=5 --benchmark_report_aggregates_only=true for medians.
+
+#include "list/AssignmentTableModel.h"
+#include "list/Controller.h"
+#include "list/Editing.h"
+#include "list/ToolbarState.h"
+#include "platform/DateText.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "store/PreferenceKeys.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QItemSelectionModel>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <map>
+#include <memory>
+
+namespace {
+
+struct Toolbar : ToolbarState {
+    QString text;
+    bool isSearchItemVisible() const override { return true; }
+    QString searchText() const override { return text; }
+    QString searchPlaceholder() const override { return QString(); }
+    void setSearchPlaceholder(const QString &) override {}
+    int formatSegment() const override { return 0; }
+};
+
+const QStringList Courses = {"Calculus", "Chemistry", "English", "History", "Art", "Biology", "Physics"};
+
+QVariantMap generated(int i)
+{
+    QVariantMap fields{{"Name", QStringLiteral("Chapter %1 reading, questions 1-20").arg(i)},
+                       {"Date", QStringLiteral("2026-%1-%2 23:59:00 -0500")
+                                    .arg(1 + i % 12, 2, 10, QLatin1Char('0'))
+                                    .arg(1 + i % 28, 2, 10, QLatin1Char('0'))},
+                       {"Course", Courses[i % Courses.size()]},
+                       {"Type", i % 2 ? "Homework" : "Reading"},
+                       {"Priority", 1.0 + i % 3},
+                       {"Completed", i % 4 == 0},
+                       {"Date Created", 1700000000.25 + i},
+                       {"Date Updated", "2026-11-01 08:00:00 -0500"}};
+    if (i % 3 == 0)
+        fields.insert("Notes", QStringLiteral("Remember the worksheet; pages %1, %2").arg(i).arg(i + 4));
+    if (i % 5 == 0)
+        fields.insert("Textbook", "Calculus: Early Transcendentals");
+    if (i % 7 == 0)
+        fields.insert("Grade", "B+");
+    return fields;
+}
+
+// One home folder per store size, with the store on disk and a controller that has loaded it.
+struct World {
+    QTemporaryDir home;
+    Toolbar toolbar;
+    std::unique_ptr<Controller> controller;
+
+    explicit World(int count)
+    {
+        qputenv("HOME", QFile::encodeName(home.path()));
+        UserDefaults::dropCaches();
+        QDir().mkpath(Paths::dataFolder());
+        QVariantList records;
+        records.reserve(count);
+        for (int i = 0; i < count; ++i)
+            records.append(generated(i));
+        PropertyList::writeFile(Paths::assignmentsFile(), records);
+        QVariantList courses;
+        for (const QString &course : Courses)
+            courses.append(QVariantMap{{"Type", "Course"}, {"Name", course}, {"Display Name", course}});
+        PropertyList::writeFile(Paths::coursesFile(), courses);
+        UserDefaults().set(PreferenceKeys::General, QVariantMap{{"Default View", 2}, {"Date Format", "%A, %B %e, %Y"}});
+        UserDefaults().set(PreferenceKeys::ColorFormat, 0);
+        controller = std::make_unique<Controller>();
+        controller->setToolbar(&toolbar);
+        controller->setUp();
+    }
+};
+
+World &world(int count)
+{
+    static std::map<int, std::unique_ptr<World>> worlds;
+    auto &slot = worlds[count];
+    if (!slot)
+        slot = std::make_unique<World>(count);
+    qputenv("HOME", QFile::encodeName(slot->home.path()));
+    return *slot;
+}
+
+// The floor: one pass over the records reading one field of each.
+double floorSeconds(const AssignmentList &records)
+{
+    const auto start = std::chrono::steady_clock::now();
+    qsizetype completed = 0;
+    for (int round = 0; round < 5; ++round)
+        for (const AssignmentRef &record : records)
+            completed += record->isCompleted();
+    benchmark::DoNotOptimize(completed);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() / 5;
+}
+
+void report(benchmark::State &state, double seconds, const AssignmentList &records)
+{
+    state.counters["ms"] = seconds * 1000;
+    state.counters["x_floor"] = seconds / floorSeconds(records);
+}
+
+template<typename Step>
+double timed(benchmark::State &state, Step step)
+{
+    double total = 0;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        step();
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        state.SetIterationTime(seconds);
+        total += seconds;
+    }
+    return total / double(state.iterations());
+}
+
+void BM_SearchKeystroke(benchmark::State &state)
+{
+    World &w = world(int(state.range(0)));
+    // The first search after loading lowers and joins every record's fields once; what is measured
+    // is a keystroke after that.
+    w.toolbar.text = "c";
+    w.controller->controlTextDidChange(true);
+    int i = 0;
+    const double seconds = timed(state, [&] {
+        w.toolbar.text = (i++ % 2) ? "questions 1" : "chapter 9";
+        w.controller->controlTextDidChange(true);
+    });
+    w.toolbar.text.clear();
+    w.controller->controlTextDidChange(true);
+    report(state, seconds, w.controller->allAssignments());
+}
+
+void BM_FilterChange(benchmark::State &state)
+{
+    World &w = world(int(state.range(0)));
+    int i = 0;
+    const double seconds = timed(state, [&] {
+        w.controller->filterBar().selectTitleInSegment((i++ % 2) ? "Incomplete" : "All", 0);
+    });
+    w.controller->filterBar().selectTitleInSegment("All", 0);
+    report(state, seconds, w.controller->allAssignments());
+}
+
+void BM_SortByCourse(benchmark::State &state)
+{
+    World &w = world(int(state.range(0)));
+    // Each click reverses the direction, so every iteration sorts for real.
+    const double seconds = timed(state, [&] { w.controller->didClickTableColumn("Course"); });
+    report(state, seconds, w.controller->allAssignments());
+}
+
+void BM_Save(benchmark::State &state)
+{
+    World &w = world(int(state.range(0)));
+    const double seconds = timed(state, [&] { w.controller->saveData(); });
+    report(state, seconds, w.controller->allAssignments());
+}
+
+void BM_Add(benchmark::State &state)
+{
+    World &w = world(int(state.range(0)));
+    double saveSeconds = 0;
+    for (int i = 0; i < 5; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        w.controller->saveData();
+        saveSeconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() / 5;
+    }
+    double total = 0;
+    for (auto _ : state) {
+        w.controller->clearSelection();
+        const auto start = std::chrono::steady_clock::now();
+        w.controller->editing().addAssignmentWithDate(std::nullopt);
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        state.SetIterationTime(seconds);
+        total += seconds;
+    }
+    const double seconds = total / double(state.iterations());
+    report(state, seconds, w.controller->allAssignments());
+    state.counters["x_save"] = seconds / saveSeconds;
+}
+
+void BM_RefreshUnchanged(benchmark::State &state)
+{
+    World &w = world(int(state.range(0)));
+    w.controller->updateWindowInformation();
+    const double seconds = timed(state, [&] { w.controller->updateWindowInformation(); });
+    report(state, seconds, w.controller->allAssignments());
+}
+
+void BM_Screenful(benchmark::State &state)
+{
+    World &w = world(int(state.range(0)));
+    AssignmentTableModel *model = w.controller->tableModel();
+    const QStringList columns = {"Name", "Date", "Days Left", "Course", "Type", "Priority"};
+    const int first = std::max(0, model->rowCount() / 2 - 20);
+    const double seconds = timed(state, [&] {
+        // A new redraw: the preferences are read again, once.
+        model->refreshPresentation();
+        for (int row = first; row < first + 40; ++row)
+            for (const QString &column : columns) {
+                benchmark::DoNotOptimize(model->cellText(row, column));
+                benchmark::DoNotOptimize(model->cellColor(row, column));
+            }
+    });
+    report(state, seconds, w.controller->allAssignments());
+}
+
+void sizes(benchmark::internal::Benchmark *b)
+{
+    b->Arg(10000)->Arg(100000)->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
+} // namespace
+
+BENCHMARK(BM_SearchKeystroke)->Apply(sizes);
+BENCHMARK(BM_FilterChange)->Apply(sizes);
+BENCHMARK(BM_SortByCourse)->Apply(sizes);
+BENCHMARK(BM_Save)->Apply(sizes);
+BENCHMARK(BM_Add)->Apply(sizes)->Iterations(20);
+BENCHMARK(BM_RefreshUnchanged)->Apply(sizes);
+BENCHMARK(BM_Screenful)->Apply(sizes);
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,373 @@
+#include "sync/SyncArchive.h"
+
+#include "platform/Paths.h"
+#include "sync/CommandLine.h"
+#include "sync/SyncLog.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto CopyProblemLog = "problem copying application support";
+const QString RefusedLink = QStringLiteral("%1 is a symbolic link; it was not followed.");
+const QString RefusedForeign = QStringLiteral("%1 belongs to another user; it was not used.");
+const QString CannotReplace = QStringLiteral("%1 could not be replaced: %2");
+const QString UnreadableArchive = QStringLiteral("The downloaded archive could not be read: %1");
+const QString MemberOutside = QStringLiteral("The downloaded archive holds a member outside tmp/Quillory/: %1");
+const QString LinkOutside = QStringLiteral("The downloaded archive holds a link pointing outside tmp/Quillory/: %1");
+const QString SpecialMember = QStringLiteral("The downloaded archive holds a special file: %1");
+const QString CopyFailed = QStringLiteral("%1 could not be copied into the data folder: %2");
+
+QByteArray local(const QString &path)
+{
+    QString trimmed = path;
+    while (trimmed.size() > 1 && trimmed.endsWith(QLatin1Char('/')))
+        trimmed.chop(1);
+    return QFile::encodeName(trimmed);
+}
+
+QString systemError()
+{
+    return QString::fromLocal8Bit(std::strerror(errno));
+}
+
+enum class Kind { Missing, File, Folder, Link, Other };
+
+Kind kindOf(const QString &path, uid_t *owner = nullptr)
+{
+    struct stat info;
+    if (::lstat(local(path).constData(), &info) != 0)
+        return Kind::Missing;
+    if (owner)
+        *owner = info.st_uid;
+    if (S_ISLNK(info.st_mode))
+        return Kind::Link;
+    if (S_ISREG(info.st_mode))
+        return Kind::File;
+    if (S_ISDIR(info.st_mode))
+        return Kind::Folder;
+    return Kind::Other;
+}
+
+// Clears a fixed temporary path so that it can be made afresh. A link there is refused and left
+// alone; a real file or folder of ours is removed.
+bool clearPath(const QString &path, QString *problem)
+{
+    uid_t owner = 0;
+    const Kind kind = kindOf(path, &owner);
+    if (kind == Kind::Missing)
+        return true;
+    if (kind == Kind::Link) {
+        *problem = RefusedLink.arg(local(path));
+        return false;
+    }
+    if (owner != ::geteuid()) {
+        *problem = RefusedForeign.arg(local(path));
+        return false;
+    }
+    std::error_code error;
+    fs::remove_all(fs::path(local(path).toStdString()), error); // never follows links inside
+    if (error) {
+        *problem = CannotReplace.arg(local(path), QString::fromStdString(error.message()));
+        return false;
+    }
+    return true;
+}
+
+// mkdir fails when anything (a link planted since the clear) is there, so the folder we use is
+// always the one we made.
+bool makePrivateFolder(const QString &path, QString *problem)
+{
+    if (!clearPath(path, problem))
+        return false;
+    if (::mkdir(local(path).constData(), 0700) != 0) {
+        *problem = CannotReplace.arg(local(path), systemError());
+        return false;
+    }
+    return true;
+}
+
+bool makePrivateFile(const QString &path, QString *problem)
+{
+    if (!clearPath(path, problem))
+        return false;
+    const int fd = ::open(local(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        *problem = CannotReplace.arg(local(path), systemError());
+        return false;
+    }
+    ::close(fd);
+    return true;
+}
+
+// Staging: a hard link shares the file's current contents and costs nothing; the program replaces
+// files by renaming new ones into place, so the staged copy stays a consistent snapshot. Across
+// file systems it falls back to a real copy. "Syncing Backups" at the top is never staged.
+bool stage(const fs::path &from, const fs::path &to, bool top)
+{
+    std::error_code error;
+    bool complete = true;
+    fs::directory_iterator it(from, error), end;
+    if (error)
+        return false;
+    for (; it != end; it.increment(error)) {
+        if (error)
+            return false;
+        const fs::path source = it->path();
+        if (top && source.filename() == Paths::SyncingBackupsFolderName)
+            continue;
+        const fs::path target = to / source.filename();
+        const auto status = it->symlink_status(error);
+        if (fs::is_symlink(status)) {
+            fs::copy_symlink(source, target, error);
+        } else if (fs::is_directory(status)) {
+            fs::create_directory(target, error);
+            if (!error && !stage(source, target, false))
+                complete = false;
+        } else if (fs::is_regular_file(status)) {
+            fs::create_hard_link(source, target, error);
+            if (error) {
+                error.clear();
+                fs::copy_file(source, target, error);
+            }
+        }
+        if (error) {
+            qCWarning(lcSync) << "staging" << source.c_str() << QString::fromStdString(error.message());
+            error.clear();
+            complete = false;
+        }
+    }
+    return complete;
+}
+
+bool isInside(const QString &name)
+{
+    if (name.startsWith(QLatin1Char('/')) || !name.startsWith(SyncArchive::MemberPrefix))
+        return false;
+    const auto parts = name.split(QLatin1Char('/'));
+    return !parts.contains(QStringLiteral(".."));
+}
+
+// Where a symbolic link member points, as an archive path.
+QString resolveLink(const QString &member, const QString &target)
+{
+    if (target.startsWith(QLatin1Char('/')))
+        return target;
+    const QString folder = member.section(QLatin1Char('/'), 0, -2, QString::SectionSkipEmpty);
+    return QDir::cleanPath(folder + QLatin1Char('/') + target);
+}
+
+bool copyFileAtomically(const QString &from, const QString &to, QString *problem)
+{
+    QFile source(from);
+    if (!source.open(QIODevice::ReadOnly)) {
+        *problem = CopyFailed.arg(from, source.errorString());
+        return false;
+    }
+    // A link of the user's own at this name is replaced, not written through.
+    if (kindOf(to) == Kind::Link)
+        QFile::remove(to);
+    QSaveFile target(to);
+    if (!target.open(QIODevice::WriteOnly)) {
+        *problem = CopyFailed.arg(from, target.errorString());
+        return false;
+    }
+    QByteArray chunk;
+    while (!(chunk = source.read(1 << 20)).isEmpty()) {
+        if (target.write(chunk) != chunk.size())
+            break;
+    }
+    if (source.error() != QFileDevice::NoError || !target.commit()) {
+        *problem = CopyFailed.arg(from, target.errorString());
+        return false;
+    }
+    QFile::setPermissions(to, source.permissions());
+    return true;
+}
+
+} // namespace
+
+bool SyncArchive::archiveExists()
+{
+    return kindOf(ArchivePath) != Kind::Missing;
+}
+
+void SyncArchive::removeArchive()
+{
+    if (kindOf(ArchivePath) != Kind::Missing)
+        ::unlink(local(ArchivePath).constData());
+}
+
+void SyncArchive::removeUnpackFolder()
+{
+    QString ignored;
+    if (kindOf(UnpackFolder) == Kind::Link)
+        return; // someone else's link: not ours to remove, and never followed
+    clearPath(UnpackFolder, &ignored);
+}
+
+bool SyncArchive::compress(const QString &dataFolder, QString *problem)
+{
+    if (!makePrivateFolder(StagingFolder, problem) || !makePrivateFile(ArchivePath, problem)) {
+        qCWarning(lcSync) << "packing refused:" << *problem;
+        if (kindOf(StagingFolder) == Kind::Folder) {
+            QString ignored;
+            clearPath(StagingFolder, &ignored);
+        }
+        return false;
+    }
+    if (!stage(fs::path(QFile::encodeName(dataFolder).toStdString()), fs::path(local(StagingFolder).toStdString()),
+               true))
+        qCWarning(lcSync) << CopyProblemLog;
+
+    const auto tar = CommandLine::run(TarPath, {QStringLiteral("-cf"), ArchivePath, StagingFolder});
+    if (tar.exitStatus != 0)
+        qCWarning(lcSync) << "tar:" << tar.output.trimmed();
+    QString ignored;
+    clearPath(StagingFolder, &ignored);
+    return true;
+}
+
+bool SyncArchive::prepareForDownload(QString *problem)
+{
+    return makePrivateFile(ArchivePath, problem);
+}
+
+std::optional<QString> SyncArchive::checkMembers(const QString &archivePath)
+{
+    // --absolute-names lists the names as stored, leading "/" and ".." included, which is what
+    // needs checking; the warnings tar prints go elsewhere.
+    const QString asStored = QStringLiteral("--absolute-names");
+    const auto names = CommandLine::run(TarPath, {asStored, QStringLiteral("-tf"), archivePath}, false);
+    if (names.exitStatus != 0)
+        return UnreadableArchive.arg(CommandLine::run(TarPath, {QStringLiteral("-tf"), archivePath}).output.trimmed());
+    const auto details = CommandLine::run(TarPath, {asStored, QStringLiteral("-tvf"), archivePath}, false);
+    const QStringList nameLines = names.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QStringList detailLines = details.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    if (details.exitStatus != 0 || nameLines.size() != detailLines.size())
+        return UnreadableArchive.arg(details.output.trimmed());
+
+    for (qsizetype i = 0; i < nameLines.size(); ++i) {
+        const QString &name = nameLines[i];
+        if (!isInside(name) && name != MemberPrefix)
+            return MemberOutside.arg(name);
+        const QString &line = detailLines[i];
+        const QChar type = line.isEmpty() ? QChar() : line.front();
+        if (type == QLatin1Char('-') || type == QLatin1Char('d'))
+            continue;
+        QString separator;
+        if (type == QLatin1Char('l'))
+            separator = QStringLiteral(" -> ");
+        else if (type == QLatin1Char('h'))
+            separator = QStringLiteral(" link to ");
+        else
+            return SpecialMember.arg(name);
+        const QString marker = QLatin1Char(' ') + name + separator;
+        const qsizetype at = line.indexOf(marker);
+        if (at < 0)
+            return UnreadableArchive.arg(line);
+        const QString target = line.mid(at + marker.size());
+        const QString resolved = type == QLatin1Char('l') ? resolveLink(name, target) : target;
+        if (!isInside(resolved + QLatin1Char('/')) || target.split(QLatin1Char('/')).contains(QStringLiteral("..")))
+            return LinkOutside.arg(name + separator + target);
+    }
+    return std::nullopt;
+}
+
+bool SyncArchive::mergeCopy(const QString &from, const QString &to, QString *problem, bool move)
+{
+    if (!QDir().mkpath(to)) {
+        *problem = CopyFailed.arg(from, QStringLiteral("the data folder cannot be made"));
+        return false;
+    }
+    QDir source(from);
+    const auto entries = source.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    bool complete = true;
+    for (const QFileInfo &entry : entries) {
+        const QString target = to + QLatin1Char('/') + entry.fileName();
+        if (entry.isSymLink()) {
+            std::error_code error;
+            const fs::path link(QFile::encodeName(target).toStdString());
+            fs::remove(link, error);
+            fs::copy_symlink(QFile::encodeName(entry.filePath()).toStdString(), link, error);
+            if (error) {
+                *problem = CopyFailed.arg(entry.filePath(), QString::fromStdString(error.message()));
+                complete = false;
+            }
+        } else if (entry.isDir()) {
+            if (!mergeCopy(entry.filePath(), target, problem, move))
+                complete = false;
+        } else if (entry.isFile()) {
+            const bool moved = move && kindOf(target) != Kind::Folder
+                && ::rename(QFile::encodeName(entry.filePath()).constData(), QFile::encodeName(target).constData()) == 0;
+            if (!moved && !copyFileAtomically(entry.filePath(), target, problem))
+                complete = false;
+        }
+    }
+    return complete;
+}
+
+SyncArchive::Unpacked SyncArchive::unpack(QString *problem)
+{
+    uid_t owner = 0;
+    const Kind kind = kindOf(ArchivePath, &owner);
+    if (kind == Kind::Missing)
+        return Unpacked::NoArchive;
+    if (kind == Kind::Link)
+        *problem = RefusedLink.arg(local(ArchivePath));
+    else if (kind != Kind::File || owner != ::geteuid())
+        *problem = RefusedForeign.arg(local(ArchivePath));
+    else if (const auto refusal = checkMembers(ArchivePath))
+        *problem = *refusal;
+    else if (makePrivateFolder(UnpackFolder, problem)) {
+        const auto tar = CommandLine::run(TarPath,
+                                          {QStringLiteral("-xf"), ArchivePath, QStringLiteral("-C"), QStringLiteral("/tmp/")});
+        if (tar.exitStatus != 0)
+            qCWarning(lcSync) << "tar:" << tar.output.trimmed();
+        return Unpacked::Ready;
+    }
+    qCWarning(lcSync) << "archive refused:" << *problem;
+    return Unpacked::Refused;
+}
+
+void SyncArchive::mergeUnpacked(const QString &dataFolder)
+{
+    if (kindOf(UnpackedDataFolder) != Kind::Folder)
+        return;
+    // Archives never carry backups; one that did must not replace the local safety copies.
+    std::error_code ignored;
+    fs::remove_all(fs::path(local(UnpackedDataFolder + QLatin1String(Paths::SyncingBackupsFolderName)).toStdString()),
+                   ignored);
+    QString problem;
+    if (!mergeCopy(UnpackedDataFolder, dataFolder, &problem, true))
+        qCWarning(lcSync) << problem;
+}
+
+void SyncArchive::cleanUp()
+{
+    if (kindOf(ArchivePath) == Kind::File)
+        removeArchive();
+    removeUnpackFolder();
+}
+
+bool SyncArchive::uncompress(const QString &dataFolder, QString *problem)
+{
+    const Unpacked unpacked = unpack(problem);
+    if (unpacked == Unpacked::Ready)
+        mergeUnpacked(dataFolder);
+    cleanUp();
+    return unpacked != Unpacked::Refused;
+}

@@ -1,0 +1,441 @@
+#include "sync/Syncing.h"
+
+#include "exchange/Backup.h"
+#include "platform/Alerts.h"
+#include "platform/DateText.h"
+#include "platform/Paths.h"
+#include "platform/UserDefaults.h"
+#include "sync/AGKeychain.h"
+#include "sync/CommandLine.h"
+#include "sync/Hashing.h"
+#include "sync/SyncArchive.h"
+#include "sync/SyncLog.h"
+#include "sync/SyncingKeys.h"
+#include "sync/UrlFetch.h"
+
+#include <QCoreApplication>
+#include <QtConcurrent/QtConcurrentRun>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QThread>
+
+#include <algorithm>
+#include <mutex>
+
+Q_LOGGING_CATEGORY(lcSync, "quillory.sync")
+
+namespace {
+
+// The product's online service. Nothing answers under ".invalid", so the shared account's
+// password can never reach a stranger's server.
+const QString ProductFtpHost = QStringLiteral("ftp.quillory.invalid");
+const QString ProductWebAddress = QStringLiteral("http://www.quillory.invalid/");
+const QString ProductAccountName = QStringLiteral("planner@quillory.invalid");
+const QString ProductAccountPassword = QStringLiteral("kestrelo");
+const QString ProductHomePage = QStringLiteral("http://www.quillory.invalid/");
+
+const QString FtpScheme = QStringLiteral("ftp://");
+const QString UsernameQuery = QStringLiteral("?username=");
+const QString PasswordQuery = QStringLiteral("&password=");
+// Characters a URL may hold as they are; everything else is percent-escaped.
+const QByteArray UrlCharacters = QByteArrayLiteral("!$&'()*+,;=:@/?#[]");
+const QString BackupFailed = QStringLiteral("The automatic backup could not be written: %1");
+constexpr auto KeychainLog = "Error: unable to get password from keychain.";
+
+std::mutex g_hooksMutex;
+Syncing::ProgressPresenter g_progress;
+std::function<void()> g_quit;
+
+Syncing::ProgressPresenter progressPresenter()
+{
+    std::lock_guard lock(g_hooksMutex);
+    return g_progress;
+}
+
+} // namespace
+
+Syncing::OnlineService Syncing::productService()
+{
+    return {ProductFtpHost, ProductWebAddress, ProductAccountName, ProductAccountPassword, ProductHomePage};
+}
+
+Syncing::Syncing(OnlineService service, QObject *parent)
+    : QObject(parent)
+    , m_service(std::move(service))
+{
+}
+
+Syncing *Syncing::sharedController()
+{
+    static Syncing *instance = new Syncing(productService());
+    return instance;
+}
+
+void Syncing::setProgressPresenter(ProgressPresenter presenter)
+{
+    std::lock_guard lock(g_hooksMutex);
+    g_progress = std::move(presenter);
+}
+
+void Syncing::setQuitHandler(std::function<void()> handler)
+{
+    std::lock_guard lock(g_hooksMutex);
+    g_quit = std::move(handler);
+}
+
+QVariantMap Syncing::settings()
+{
+    return UserDefaults().dictionary(SyncingKeys::Group);
+}
+
+qint64 Syncing::method()
+{
+    return settings().value(SyncingKeys::Method).toLongLong();
+}
+
+// --- Sequences --------------------------------------------------------------------------------
+
+void Syncing::uploadData()
+{
+    const qint64 chosen = method();
+    if (chosen == SyncingKeys::NoSyncing)
+        return;
+    m_quitChosen = false;
+    showProgressSheetWithTitle(UploadingTitle);
+    QFuture<BackupOutcome> pending = startBackup();
+    if (compressData()) {
+        if (chosen == SyncingKeys::QuilloryOnline) {
+            hideProgressSheet();
+            showProgressSheetWithTitle(UploadingOnlineTitle);
+            onlineUpload();
+        } else if (chosen == SyncingKeys::FTPServerMethod) {
+            hideProgressSheet();
+            showProgressSheetWithTitle(UploadingFTPTitle);
+            ftpUpload();
+        }
+    }
+    pending.waitForFinished(); // an upload changes nothing here: a failed backup is only logged
+    hideProgressSheet();
+}
+
+void Syncing::downloadData()
+{
+    const qint64 chosen = method();
+    if (chosen == SyncingKeys::NoSyncing)
+        return;
+    m_quitChosen = false;
+    showProgressSheetWithTitle(DownloadingTitle);
+    QFuture<BackupOutcome> pending = startBackup();
+    bool goOn = true;
+    if (chosen == SyncingKeys::QuilloryOnline) {
+        hideProgressSheet();
+        showProgressSheetWithTitle(DownloadingOnlineTitle);
+        goOn = onlineDownload();
+    } else if (chosen == SyncingKeys::FTPServerMethod) {
+        hideProgressSheet();
+        showProgressSheetWithTitle(DownloadingFTPTitle);
+        goOn = ftpDownload();
+    }
+    // Checking and unpacking touch only /tmp, so they too run while the backup is written.
+    QString problem;
+    const SyncArchive::Unpacked unpacked = goOn ? SyncArchive::unpack(&problem) : SyncArchive::Unpacked::NoArchive;
+    pending.waitForFinished();
+    const BackupOutcome backedUp = pending.result();
+    // What the download replaces must be in a backup first; without one the user decides.
+    bool merge = unpacked == SyncArchive::Unpacked::Ready;
+    if (!backedUp.written && merge)
+        merge = showErrorDialog(backedUp.problem);
+    if (unpacked == SyncArchive::Unpacked::Refused)
+        showErrorDialog(problem);
+    if (merge)
+        SyncArchive::mergeUnpacked(Paths::dataFolder());
+    SyncArchive::cleanUp();
+    hideProgressSheet();
+}
+
+void Syncing::syncData()
+{
+    QThread *worker = QThread::create([this] { uploadDataAsynchronously(); });
+    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
+    worker->start();
+}
+
+void Syncing::uploadDataAsynchronously()
+{
+    uploadData();
+    Q_EMIT asynchronousUploadFinished();
+}
+
+// --- Steps ------------------------------------------------------------------------------------
+
+QString Syncing::backupPath()
+{
+    return QStringLiteral("%1/%2.plist").arg(Paths::syncingBackupsFolder(), DateText::nowStoredForm()).trimmed();
+}
+
+QFuture<Syncing::BackupOutcome> Syncing::startBackup()
+{
+    hideProgressSheet();
+    showProgressSheetWithTitle(BackingUpTitle);
+    // Computed here: the name is the moment the step began.
+    const QString path = backupPath();
+    return QtConcurrent::run([path] {
+        BackupOutcome outcome;
+        const QString folder = Paths::syncingBackupsFolder();
+        if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
+            qCWarning(lcSync) << "could not make" << folder;
+        QString error;
+        // Without a data folder (a first start on this computer) there is nothing to lose.
+        const bool nothingToSave = !QFileInfo(Paths::dataFolder()).isDir();
+        outcome.written = Backup::sharedController()->exportBackupToFile(path, &error) || nothingToSave;
+        if (!outcome.written) {
+            qCWarning(lcSync) << "automatic backup failed:" << error;
+            outcome.problem = BackupFailed.arg(error);
+        }
+
+        // Every entry counts, whoever put it there; names sort oldest first.
+        const QDir dir(folder);
+        const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+        QStringList names = dir.entryList(filters, QDir::Unsorted);
+        std::sort(names.begin(), names.end());
+        while (names.size() > MaximumBackups) {
+            const QString entryPath = QStringLiteral("%1/%2").arg(folder, names.first());
+            const QFileInfo entry(entryPath);
+            const bool removed
+                = entry.isDir() && !entry.isSymLink() ? QDir(entryPath).removeRecursively() : QFile::remove(entryPath);
+            if (!removed) {
+                qCWarning(lcSync) << "could not remove old backup" << entryPath;
+                break;
+            }
+            names.removeFirst();
+        }
+        return outcome;
+    });
+}
+
+bool Syncing::backup(QString *problem)
+{
+    QFuture<BackupOutcome> pending = startBackup();
+    pending.waitForFinished();
+    const BackupOutcome outcome = pending.result();
+    if (problem)
+        *problem = outcome.problem;
+    return outcome.written;
+}
+
+bool Syncing::compressData()
+{
+    QString problem;
+    if (SyncArchive::compress(Paths::dataFolder(), &problem))
+        return true;
+    showErrorDialog(problem);
+    return false;
+}
+
+void Syncing::uncompressData()
+{
+    QString problem;
+    if (!SyncArchive::uncompress(Paths::dataFolder(), &problem))
+        showErrorDialog(problem);
+}
+
+// --- Transfers --------------------------------------------------------------------------------
+
+QStringList Syncing::uploadArguments(const QString &credentials, const QString &url) const
+{
+    return {QStringLiteral("-u"), credentials, url, QStringLiteral("-T"), SyncArchive::ArchivePath};
+}
+
+QStringList Syncing::downloadArguments(const QString &credentials, const QString &url) const
+{
+    return {QStringLiteral("-u"), credentials, url, QStringLiteral("-o"), SyncArchive::ArchivePath};
+}
+
+QString Syncing::onlineCredentials() const
+{
+    return m_service.accountName + QLatin1Char(':') + m_service.accountPassword;
+}
+
+QString Syncing::onlineUrl(bool download) const
+{
+    const QString username = settings().value(SyncingKeys::OnlineUsername).toString();
+    QString url = FtpScheme + m_service.ftpHost + QLatin1Char('/') + username + QLatin1Char('/');
+    if (download)
+        url += RemoteArchiveName;
+    return url;
+}
+
+QString Syncing::ftpUrl(const QVariantMap &settings, bool download)
+{
+    // Joined as typed: the path is expected to begin with "/" (and end with one for a folder).
+    QString url = FtpScheme + settings.value(SyncingKeys::FTPServer).toString()
+        + settings.value(SyncingKeys::FTPPath).toString();
+    if (download)
+        url += RemoteArchiveName;
+    return url;
+}
+
+// curl draws a progress meter on its error output, which the user has no use for in an alert;
+// the meter's lines go and the tool's own message stays.
+static QString withoutProgressMeter(const QString &output)
+{
+    static const QRegularExpression meterRow(
+        QStringLiteral("^\\s*\\d+\\s+[\\d.]+[kMGTP]?\\s+\\d+\\s+[\\d.]+[kMGTP]?\\s+\\d+\\s+[\\d.]+[kMGTP]?\\s"));
+    QStringList kept;
+    for (const QString &line : output.split(QLatin1Char('\n'))) {
+        const QString shown = line.section(QLatin1Char('\r'), -1).trimmed();
+        if (shown.isEmpty() || shown.startsWith(QLatin1String("% Total")) || shown.startsWith(QLatin1String("Dload"))
+            || meterRow.match(shown).hasMatch())
+            continue;
+        kept << shown;
+    }
+    return kept.isEmpty() ? output : kept.join(QLatin1Char('\n'));
+}
+
+// curl of today refuses a blank in a URL, where the curl of old took it as typed; a blank is the
+// one character escaped, so paths and user names with blanks keep working.
+static QString forCurl(const QString &url)
+{
+    QString escaped = url;
+    return escaped.replace(QLatin1Char(' '), QStringLiteral("%20"));
+}
+
+bool Syncing::transfer(const QString &credentials, const QString &url, bool download)
+{
+    if (download) {
+        QString problem;
+        if (!SyncArchive::prepareForDownload(&problem)) {
+            showErrorDialog(problem);
+            return false; // nothing arrived, and a planted archive must not be unpacked
+        }
+    }
+    const QString curlUrl = forCurl(url);
+    const QString result = runCommand(
+        CurlPath, download ? downloadArguments(credentials, curlUrl) : uploadArguments(credentials, curlUrl));
+    if (result.isEmpty())
+        return true;
+    // Whatever a failed download left is not the user's data.
+    if (download)
+        SyncArchive::removeArchive();
+    return showErrorDialog(withoutProgressMeter(result));
+}
+
+bool Syncing::onlineUpload()
+{
+    if (!checkForValidOnlineUser())
+        return showErrorDialog(UnableToLogin);
+    return transfer(onlineCredentials(), onlineUrl(false), false);
+}
+
+bool Syncing::onlineDownload()
+{
+    if (!checkForValidOnlineUser()) {
+        // An archive left from an earlier run is not what the server holds: never unpack it.
+        SyncArchive::removeArchive();
+        return showErrorDialog(UnableToLogin);
+    }
+    return transfer(onlineCredentials(), onlineUrl(true), true);
+}
+
+static QString ftpCredentials(const QVariantMap &settings)
+{
+    const QString name = settings.value(SyncingKeys::FTPName).toString();
+    QString password; // no keychain item: an empty password
+    if (AGKeychain::checkForExistanceOfKeychainItem(AGKeychain::InternetPasswordItem, AGKeychain::QuilloryKind, name))
+        password = AGKeychain::getPasswordFromKeychainItem(AGKeychain::InternetPasswordItem, AGKeychain::QuilloryKind,
+                                                           name);
+    return name + QLatin1Char(':') + password;
+}
+
+bool Syncing::ftpUpload()
+{
+    const QVariantMap current = settings();
+    return transfer(ftpCredentials(current), ftpUrl(current, false), false);
+}
+
+bool Syncing::ftpDownload()
+{
+    const QVariantMap current = settings();
+    return transfer(ftpCredentials(current), ftpUrl(current, true), true);
+}
+
+// --- Account check ----------------------------------------------------------------------------
+
+bool Syncing::checkForValidOnlineUser()
+{
+    const QString username = settings().value(SyncingKeys::OnlineUsername).toString();
+    if (!AGKeychain::checkForExistanceOfKeychainItem(AGKeychain::OnlinePasswordItem, AGKeychain::QuilloryKind,
+                                                     username)) {
+        qCWarning(lcSync).noquote() << KeychainLog;
+        return false;
+    }
+    const QString password
+        = AGKeychain::getPasswordFromKeychainItem(AGKeychain::OnlinePasswordItem, AGKeychain::QuilloryKind, username);
+    return checkForValidOnlineUsername(username, password);
+}
+
+QByteArray Syncing::accountCheckUrl(const QString &username, const QString &password) const
+{
+    const QString text = m_service.webAddress + AccountCheckPage + UsernameQuery + username + PasswordQuery
+        + Hashing::md5HexOfText(password);
+    return text.toUtf8().toPercentEncoding(UrlCharacters);
+}
+
+bool Syncing::checkForValidOnlineUsername(const QString &username, const QString &password)
+{
+    const auto body = UrlFetch::bodyOf(accountCheckUrl(username, password));
+    return body && !body->isEmpty() && body->front() == QLatin1Char('1');
+}
+
+// --- Runner, sheet and alert ------------------------------------------------------------------
+
+QString Syncing::runCommand(const QString &program, const QStringList &arguments)
+{
+    const auto outcome = CommandLine::run(program, arguments);
+    return outcome.exitStatus != 0 ? outcome.output : QString();
+}
+
+void Syncing::showProgressSheetWithTitle(const QString &title)
+{
+    const auto presenter = progressPresenter();
+    if (presenter.show)
+        presenter.show(title);
+}
+
+void Syncing::hideProgressSheet()
+{
+    const auto presenter = progressPresenter();
+    if (presenter.hide)
+        presenter.hide();
+}
+
+bool Syncing::showErrorDialog(const QString &text)
+{
+    hideProgressSheet();
+    const Alerts::Request request{WarningTitle, ProblemMessage + (text.isEmpty() ? NoInformation : text), QString(),
+                                  {QuitButton, ContinueButton}, Alerts::Style::Warning};
+    QString answer;
+    QCoreApplication *app = QCoreApplication::instance();
+    if (app && QThread::currentThread() != app->thread()) {
+        // The toolbar's upload runs on its own thread; the alert is asked on the interface thread.
+        QMetaObject::invokeMethod(app, [&] { answer = Alerts::run(request); }, Qt::BlockingQueuedConnection);
+    } else {
+        answer = Alerts::run(request);
+    }
+    if (answer != QuitButton)
+        return true;
+
+    m_quitChosen = true;
+    std::function<void()> quit;
+    {
+        std::lock_guard lock(g_hooksMutex);
+        quit = g_quit;
+    }
+    if (quit)
+        quit();
+    else if (app)
+        QMetaObject::invokeMethod(app, &QCoreApplication::quit, Qt::QueuedConnection);
+    return false;
+}

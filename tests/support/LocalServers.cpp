@@ -1,0 +1,267 @@
+#include "LocalServers.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QThread>
+
+#include <arpa/inet.h>
+#include <csignal>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace LocalServers {
+
+namespace {
+
+const QString Python = QStringLiteral("/usr/bin/python3");
+const QString Localhost = QStringLiteral("127.0.0.1");
+
+sockaddr_in loopback(quint16 port)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+// Ends a child we started: SIGTERM to its PID, then SIGKILL if it lingers.
+void stopByPid(std::unique_ptr<QProcess> &process)
+{
+    if (!process)
+        return;
+    const qint64 pid = process->processId();
+    if (pid > 0 && process->state() != QProcess::NotRunning) {
+        ::kill(pid_t(pid), SIGTERM);
+        if (!process->waitForFinished(5000)) {
+            ::kill(pid_t(pid), SIGKILL);
+            process->waitForFinished(5000);
+        }
+    }
+    process.reset();
+}
+
+} // namespace
+
+quint16 freePort()
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    if (fd < 0)
+        return 0;
+    sockaddr_in address = loopback(0);
+    quint16 port = 0;
+    socklen_t length = sizeof address;
+    if (::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0
+        && ::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length) == 0)
+        port = ntohs(address.sin_port);
+    ::close(fd);
+    return port;
+}
+
+bool waitForPort(quint16 port, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    while (!deadline.hasExpired()) {
+        const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address = loopback(port);
+        const bool connected = ::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+        ::close(fd);
+        if (connected)
+            return true;
+        QThread::msleep(50);
+    }
+    return false;
+}
+
+// --- FTP --------------------------------------------------------------------------------------
+
+FtpServer::~FtpServer()
+{
+    stop();
+}
+
+bool FtpServer::start(const QString &root, const QString &user, const QString &password, QString *error)
+{
+    m_port = freePort();
+    m_process = std::make_unique<QProcess>();
+    m_process->setStandardOutputFile(QProcess::nullDevice());
+    m_process->setStandardErrorFile(QProcess::nullDevice()); // pyftpdlib logs every command there
+    m_process->start(Python, {QStringLiteral("-m"), QStringLiteral("pyftpdlib"), QStringLiteral("-i"), Localhost,
+                              QStringLiteral("-p"), QString::number(m_port), QStringLiteral("-w"),
+                              QStringLiteral("-d"), root, QStringLiteral("-u"), user, QStringLiteral("-P"),
+                              password});
+    if (!m_process->waitForStarted(10000) || !waitForPort(m_port)) {
+        if (error)
+            *error = QStringLiteral("pyftpdlib did not start: ") + m_process->errorString();
+        stop();
+        return false;
+    }
+    return true;
+}
+
+void FtpServer::stop()
+{
+    stopByPid(m_process);
+}
+
+QString FtpServer::hostAndPort() const
+{
+    return Localhost + QLatin1Char(':') + QString::number(m_port);
+}
+
+// --- Account check ----------------------------------------------------------------------------
+
+AccountCheckServer::AccountCheckServer() = default;
+
+AccountCheckServer::~AccountCheckServer()
+{
+    stop();
+}
+
+bool AccountCheckServer::start(QString *error)
+{
+    m_process = std::make_unique<QProcess>();
+    m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process->start(Python, {QStringLiteral(QUILLORY_TEST_SUPPORT_DIR "/account_check_server.py"), m_folder.path()});
+    QByteArray line;
+    QDeadlineTimer deadline(10000);
+    while (!line.contains('\n') && !deadline.hasExpired() && m_process->waitForReadyRead(200))
+        line += m_process->readAll();
+    m_port = quint16(line.trimmed().toUInt());
+    if (m_port == 0 || !waitForPort(m_port)) {
+        if (error)
+            *error = QStringLiteral("the account check server did not start: ") + m_process->errorString();
+        stop();
+        return false;
+    }
+    return true;
+}
+
+void AccountCheckServer::stop()
+{
+    stopByPid(m_process);
+}
+
+void AccountCheckServer::setBody(const QByteArray &body)
+{
+    QFile file(m_folder.filePath(QStringLiteral("body")));
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        file.write(body);
+}
+
+QStringList AccountCheckServer::requests() const
+{
+    QFile file(m_folder.filePath(QStringLiteral("requests.log")));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+QString AccountCheckServer::webAddress() const
+{
+    return QStringLiteral("http://") + Localhost + QLatin1Char(':') + QString::number(m_port) + QLatin1Char('/');
+}
+
+// --- Keyring ----------------------------------------------------------------------------------
+
+PrivateKeyring::PrivateKeyring() = default;
+
+PrivateKeyring::~PrivateKeyring()
+{
+    stop();
+}
+
+bool PrivateKeyring::isRunning() const
+{
+    return m_keyring && m_keyring->state() == QProcess::Running;
+}
+
+bool PrivateKeyring::start(QString *error)
+{
+    auto fail = [&](const QString &why) {
+        if (error)
+            *error = why;
+        stop();
+        return false;
+    };
+    const QString runtime = m_folder.filePath(QStringLiteral("run"));
+    const QString data = m_folder.filePath(QStringLiteral("data"));
+    QDir().mkpath(runtime);
+    QDir().mkpath(data);
+    QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+    m_bus = std::make_unique<QProcess>();
+    m_bus->setProcessChannelMode(QProcess::SeparateChannels);
+    m_bus->setStandardErrorFile(QProcess::nullDevice());
+    m_bus->start(QStringLiteral("/usr/bin/dbus-daemon"),
+                 {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1"),
+                  QStringLiteral("--address=unix:path=") + m_folder.filePath(QStringLiteral("bus"))});
+    QByteArray address;
+    QDeadlineTimer deadline(10000);
+    while (!address.contains('\n') && !deadline.hasExpired() && m_bus->waitForReadyRead(200))
+        address += m_bus->readAllStandardOutput();
+    address = address.trimmed();
+    if (address.isEmpty())
+        return fail(QStringLiteral("dbus-daemon did not start"));
+
+    m_hadAddress = qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS");
+    m_previousAddress = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    m_addressChanged = true;
+    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), m_folder.path());
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(address));
+    m_keyring = std::make_unique<QProcess>();
+    m_keyring->setProcessEnvironment(environment);
+    m_keyring->setProcessChannelMode(QProcess::MergedChannels);
+    m_keyring->setStandardOutputFile(m_folder.filePath(QStringLiteral("keyring.log")));
+    m_keyring->start(QStringLiteral("/usr/bin/gnome-keyring-daemon"),
+                     {QStringLiteral("--foreground"), QStringLiteral("--unlock"),
+                      QStringLiteral("--components=secrets")});
+    if (!m_keyring->waitForStarted(10000))
+        return fail(QStringLiteral("gnome-keyring-daemon did not start"));
+    m_keyring->write("test-keyring-password");
+    m_keyring->waitForBytesWritten(5000);
+    m_keyring->closeWriteChannel();
+
+    // Ready once the Secret Service's name is owned on the bus.
+    while (!deadline.hasExpired()) {
+        QProcess ask;
+        ask.setProcessEnvironment(environment);
+        ask.start(QStringLiteral("/usr/bin/dbus-send"),
+                  {QStringLiteral("--session"), QStringLiteral("--print-reply"),
+                   QStringLiteral("--dest=org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                   QStringLiteral("org.freedesktop.DBus.NameHasOwner"), QStringLiteral("string:org.freedesktop.secrets")});
+        ask.waitForFinished(5000);
+        if (ask.readAllStandardOutput().contains("boolean true"))
+            return true;
+        if (m_keyring->state() != QProcess::Running)
+            return fail(QStringLiteral("gnome-keyring-daemon stopped"));
+        QThread::msleep(50);
+    }
+    QFile log(m_folder.filePath(QStringLiteral("keyring.log")));
+    log.open(QIODevice::ReadOnly);
+    return fail(QStringLiteral("the Secret Service did not appear on the private bus: ") + QString::fromUtf8(log.readAll()));
+}
+
+void PrivateKeyring::stop()
+{
+    stopByPid(m_keyring);
+    stopByPid(m_bus);
+    if (!m_addressChanged)
+        return;
+    if (m_hadAddress)
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_previousAddress);
+    else
+        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+    m_addressChanged = false;
+}
+
+} // namespace LocalServers

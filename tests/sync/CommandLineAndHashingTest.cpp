@@ -1,0 +1,52 @@
+#include "platform/Paths.h"
+#include "sync/CommandLine.h"
+#include "sync/Hashing.h"
+#include "sync/Syncing.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+
+TEST(Hashing, KnownDigestsOfBytesAndText)
+{
+    EXPECT_EQ(Hashing::md5Hex(QByteArray()), QStringLiteral("d41d8cd98f00b204e9800998ecf8427e"));
+    EXPECT_EQ(Hashing::md5HexOfText(QStringLiteral("password")), QStringLiteral("5f4dcc3b5aa765d61d8327deb882cf99"));
+    EXPECT_EQ(Hashing::sha1HexOfText(QStringLiteral("abc")), QStringLiteral("a9993e364706816aba3e25717850c26c9cd0d89d"));
+    EXPECT_EQ(Hashing::md5(QByteArrayLiteral("abc")).size(), 16);
+    EXPECT_EQ(Hashing::sha1(QByteArrayLiteral("abc")).size(), 20);
+    // Text is hashed as its UTF-8 bytes, not a lossy 8-bit form.
+    EXPECT_EQ(Hashing::md5HexOfText(QStringLiteral("Grüße")), Hashing::md5Hex(QStringLiteral("Grüße").toUtf8()));
+    EXPECT_NE(Hashing::md5HexOfText(QStringLiteral("Grüße")), Hashing::md5Hex(QStringLiteral("Grüße").toLatin1()));
+}
+
+TEST(CommandLine, ShellLineAndProgramFormsReturnOutputWhateverTheStatus)
+{
+    auto *commands = CommandLine::sharedController();
+    EXPECT_EQ(commands, CommandLine::sharedController());
+    EXPECT_EQ(commands->runCommand(QStringLiteral("echo out; echo err 1>&2; exit 3")), QStringLiteral("out\nerr\n"));
+    EXPECT_EQ(commands->runCommand(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("printf a b")}),
+              QStringLiteral("a"));
+    // The working folder is the home folder.
+    EXPECT_EQ(commands->runCommand(QStringLiteral("/bin/pwd"), {}).trimmed(),
+              QDir(Paths::home()).canonicalPath());
+}
+
+TEST(CommandLine, OutcomeCarriesStatusAndMissingProgramsFail)
+{
+    const auto failed = CommandLine::run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("exit 7")});
+    EXPECT_TRUE(failed.started);
+    EXPECT_EQ(failed.exitStatus, 7);
+    const auto missing = CommandLine::run(QStringLiteral("/nonexistent/tool"), {});
+    EXPECT_FALSE(missing.started);
+    EXPECT_NE(missing.exitStatus, 0);
+    EXPECT_FALSE(missing.output.isEmpty());
+}
+
+TEST(Syncing, RunnerReturnsOutputOnlyOnFailure)
+{
+    Syncing engine;
+    EXPECT_EQ(engine.runCommand(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("echo fine")}),
+              QString());
+    EXPECT_EQ(engine.runCommand(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("echo bad; exit 1")}),
+              QStringLiteral("bad\n"));
+    EXPECT_FALSE(engine.runCommand(QStringLiteral("/nonexistent/tool"), {}).isEmpty());
+}

@@ -1,0 +1,116 @@
+#include "SyncTestSupport.h"
+
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "support/TestEnvironment.h"
+#include "sync/SyncArchive.h"
+#include "sync/Syncing.h"
+#include "sync/SyncingKeys.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace {
+
+class KeyringEnvironment : public testing::Environment
+{
+public:
+    void SetUp() override
+    {
+        QString error;
+        if (!sharedKeyring().start(&error))
+            ADD_FAILURE() << "private keyring: " << error.toStdString();
+    }
+    void TearDown() override { sharedKeyring().stop(); }
+};
+
+// Registered before main() runs the tests, so the bus exists before anything connects to one.
+const auto *g_keyringEnvironment = testing::AddGlobalTestEnvironment(new KeyringEnvironment);
+
+void clearTemporaryPaths()
+{
+    SyncArchive::removeArchive();
+    SyncArchive::removeUnpackFolder();
+    QDir(SyncArchive::StagingFolder).removeRecursively();
+}
+
+} // namespace
+
+LocalServers::PrivateKeyring &sharedKeyring()
+{
+    static LocalServers::PrivateKeyring keyring;
+    return keyring;
+}
+
+void SyncTest::SetUp()
+{
+    m_lock = std::make_unique<QLockFile>(QStringLiteral("/tmp/quillory-sync-tests.lock"));
+    m_lock->setStaleLockTime(0);
+    ASSERT_TRUE(m_lock->lock());
+    clearTemporaryPaths();
+    UserDefaults::dropCaches();
+    Syncing::setProgressPresenter({[this](const QString &title) { m_sheet << QStringLiteral("show:") + title; },
+                                   [this] { m_sheet << QStringLiteral("hide"); }});
+    Syncing::setQuitHandler([] {});
+}
+
+void SyncTest::TearDown()
+{
+    Syncing::setProgressPresenter({});
+    Syncing::setQuitHandler({});
+    clearTemporaryPaths();
+    m_lock.reset();
+}
+
+void SyncTest::writeSettings(const QVariantMap &settings)
+{
+    UserDefaults().set(SyncingKeys::Group, settings);
+}
+
+QString SyncTest::dataFolder()
+{
+    return Paths::dataFolder();
+}
+
+void SyncTest::writeSampleData(const QString &marker)
+{
+    QDir().mkpath(dataFolder());
+    QVariantList assignments;
+    for (int i = 0; i < 3; ++i)
+        assignments << QVariantMap{{QStringLiteral("Title"), marker + QString::number(i)},
+                                   {QStringLiteral("Priority"), 1.5 + i},
+                                   {QStringLiteral("Date Created"), 1700000000.25 + i}};
+    ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), assignments));
+    ASSERT_TRUE(PropertyList::writeFile(
+        Paths::coursesFile(), QVariantList{QVariantMap{{QStringLiteral("Type"), QStringLiteral("Course")},
+                                                       {QStringLiteral("Name"), marker + QStringLiteral(" 101")}}}));
+    ASSERT_TRUE(PropertyList::writeFile(Paths::universalTypesFile(), QVariantList{QStringLiteral("Essay")}));
+    TestEnvironment::writeFile(dataFolder() + QStringLiteral("/iCal Export Notes.txt"), marker.toUtf8());
+    TestEnvironment::writeFile(dataFolder() + QStringLiteral("/Attachments/photo one.jpg"),
+                               QByteArray(70000, 'x') + marker.toUtf8());
+}
+
+QMap<QString, QByteArray> SyncTest::snapshot(const QString &folder, bool withBackups)
+{
+    QMap<QString, QByteArray> files;
+    QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    const QDir base(folder);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QString relative = base.relativeFilePath(path);
+        if (!withBackups && relative.startsWith(QLatin1String(Paths::SyncingBackupsFolderName) + QLatin1Char('/')))
+            continue;
+        files.insert(relative, TestEnvironment::readFile(path));
+    }
+    return files;
+}
+
+void SyncTest::switchToSecondHome()
+{
+    m_secondHome = std::make_unique<QTemporaryDir>(QDir::tempPath() + QStringLiteral("/quillory-second-XXXXXX"));
+    qputenv("HOME", QFile::encodeName(m_secondHome->path()));
+    UserDefaults::dropCaches();
+}

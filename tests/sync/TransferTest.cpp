@@ -1,0 +1,218 @@
+#include "SyncTestSupport.h"
+
+#include "platform/Alerts.h"
+#include "platform/Clock.h"
+#include "platform/Paths.h"
+#include "support/TestEnvironment.h"
+#include "sync/AGKeychain.h"
+#include "sync/SyncArchive.h"
+#include "sync/Syncing.h"
+#include "sync/SyncingKeys.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+namespace {
+
+const QString FtpUser = QStringLiteral("student");
+const QString FtpPassword = QStringLiteral("ftp secret");
+const QString Problem = QStringLiteral("There was a problem syncing your data:\n");
+
+// The user's own FTP server, with the password in the keychain as "Internet Password".
+class FtpSyncTest : public SyncTest
+{
+protected:
+    void SetUp() override
+    {
+        SyncTest::SetUp();
+        ASSERT_TRUE(sharedKeyring().isRunning());
+        QString error;
+        ASSERT_TRUE(m_server.start(m_root.path(), FtpUser, FtpPassword, &error)) << error.toStdString();
+        setKeychainPassword(FtpPassword);
+    }
+    void TearDown() override
+    {
+        AGKeychain::deleteKeychainItem(AGKeychain::InternetPasswordItem, AGKeychain::QuilloryKind, FtpUser);
+        m_server.stop();
+        SyncTest::TearDown();
+    }
+    static void setKeychainPassword(const QString &password)
+    {
+        const auto &item = AGKeychain::InternetPasswordItem;
+        const auto &kind = AGKeychain::QuilloryKind;
+        if (AGKeychain::checkForExistanceOfKeychainItem(item, kind, FtpUser))
+            ASSERT_TRUE(AGKeychain::modifyKeychainItem(item, kind, FtpUser, password));
+        else
+            ASSERT_TRUE(AGKeychain::addKeychainItem(item, kind, FtpUser, password));
+    }
+    QVariantMap ftpSettings(const QString &path) const
+    {
+        return {{SyncingKeys::Method, qint64(SyncingKeys::FTPServerMethod)},
+                {SyncingKeys::FTPName, FtpUser},
+                {SyncingKeys::FTPServer, m_server.hostAndPort()},
+                {SyncingKeys::FTPPath, path}};
+    }
+    QString remote(const QString &relative) const { return m_root.filePath(relative); }
+
+    QTemporaryDir m_root;
+    LocalServers::FtpServer m_server;
+};
+
+} // namespace
+
+TEST_F(FtpSyncTest, RoundTripBetweenTwoHomesThroughAFolderWithBlanks)
+{
+    for (const QString &folder : {QStringLiteral("planner"), QStringLiteral("my planner")}) {
+        SCOPED_TRACE(folder.toStdString());
+        QDir(m_root.path()).mkpath(folder);
+        writeSampleData(QStringLiteral("first computer ") + folder);
+        const QVariantMap settings = ftpSettings(QLatin1Char('/') + folder + QLatin1Char('/'));
+        writeSettings(settings);
+        Syncing engine;
+        engine.uploadData();
+        EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+        ASSERT_TRUE(QFileInfo::exists(remote(folder + QStringLiteral("/Quillory.tar"))));
+        EXPECT_EQ(m_sheet.mid(4, 2), (QStringList{QStringLiteral("show:Uploading Data to FTP Server..."),
+                                                 QStringLiteral("hide")}));
+        const auto uploaded = snapshot(dataFolder());
+
+        switchToSecondHome();
+        writeSampleData(QStringLiteral("second computer"));
+        writeSettings(settings);
+        m_sheet.clear();
+        engine.downloadData();
+        EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+        EXPECT_EQ(m_sheet, (QStringList{QStringLiteral("show:Downloading Data..."), QStringLiteral("hide"),
+                                        QStringLiteral("show:Backing Up Data..."), QStringLiteral("hide"),
+                                        QStringLiteral("show:Downloading Data from FTP Server..."),
+                                        QStringLiteral("hide")}));
+        EXPECT_EQ(snapshot(dataFolder()), uploaded);
+        EXPECT_EQ(QDir(Paths::syncingBackupsFolder()).entryList(QDir::Files).size(), 1);
+        EXPECT_FALSE(SyncArchive::archiveExists());
+        m_sheet.clear();
+    }
+}
+
+TEST_F(FtpSyncTest, UrlsAreJoinedVerbatim)
+{
+    const QString host = m_server.hostAndPort();
+    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QStringLiteral("/planner/")), false), QStringLiteral("ftp://") + host + QStringLiteral("/planner/"));
+    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QStringLiteral("/planner/")), true),
+              QStringLiteral("ftp://") + host + QStringLiteral("/planner/Quillory.tar"));
+    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QString()), false), QStringLiteral("ftp://") + host);
+    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QString()), true), QStringLiteral("ftp://") + host + QStringLiteral("Quillory.tar"));
+    Syncing engine;
+    EXPECT_EQ(engine.uploadArguments(QStringLiteral("a:b"), QStringLiteral("ftp://h/")),
+              (QStringList{QStringLiteral("-u"), QStringLiteral("a:b"), QStringLiteral("ftp://h/"), QStringLiteral("-T"),
+                           QStringLiteral("/tmp/Quillory.tar")}));
+    EXPECT_EQ(engine.downloadArguments(QStringLiteral("a:b"), QStringLiteral("ftp://h/Quillory.tar")),
+              (QStringList{QStringLiteral("-u"), QStringLiteral("a:b"), QStringLiteral("ftp://h/Quillory.tar"),
+                           QStringLiteral("-o"), QStringLiteral("/tmp/Quillory.tar")}));
+}
+
+TEST_F(FtpSyncTest, EmptyPathUploadsToTheTopAndItsDownloadFailsWithoutTouchingData)
+{
+    writeSampleData(QStringLiteral("local"));
+    writeSettings(ftpSettings(QString()));
+    Syncing engine;
+    engine.uploadData();
+    EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+    EXPECT_TRUE(QFileInfo::exists(remote(QStringLiteral("Quillory.tar"))));
+
+    const auto before = snapshot(dataFolder());
+    engine.downloadData(); // "ftp://127.0.0.1:PORTQuillory.tar" is not a URL curl accepts
+    const auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked[0].message.startsWith(Problem + QStringLiteral("curl: (3)"))
+                || asked[0].message.contains(QStringLiteral("curl:")))
+        << asked[0].message.toStdString();
+    EXPECT_EQ(snapshot(dataFolder()), before);
+}
+
+TEST_F(FtpSyncTest, FailedTransfersShowCurlsMessageAndLeaveLocalDataAlone)
+{
+    QDir(m_root.path()).mkpath(QStringLiteral("planner"));
+    writeSampleData(QStringLiteral("local"));
+    const auto before = snapshot(dataFolder());
+    Syncing engine;
+
+    struct Case {
+        const char *what;
+        QVariantMap settings;
+        QString password;
+        QString curlMessage;
+    };
+    QVariantMap closed = ftpSettings(QStringLiteral("/planner/"));
+    closed[SyncingKeys::FTPServer] = QStringLiteral("127.0.0.1:") + QString::number(LocalServers::freePort());
+    const QList<Case> cases{
+        {"wrong password", ftpSettings(QStringLiteral("/planner/")), QStringLiteral("wrong"), QStringLiteral("curl: (67)")},
+        {"missing remote file", ftpSettings(QStringLiteral("/planner/")), FtpPassword, QStringLiteral("curl: (78)")},
+        {"closed port", closed, FtpPassword, QStringLiteral("curl: (7)")},
+    };
+    for (const Case &oneCase : cases) {
+        SCOPED_TRACE(oneCase.what);
+        writeSettings(oneCase.settings);
+        setKeychainPassword(oneCase.password);
+        Alerts::queueAnswer(Syncing::ContinueButton);
+        engine.downloadData();
+        auto asked = Alerts::takeAsked();
+        ASSERT_EQ(asked.size(), 1);
+        EXPECT_EQ(asked[0].title, QStringLiteral("Warning"));
+        EXPECT_TRUE(asked[0].message.startsWith(Problem)) << asked[0].message.toStdString();
+        EXPECT_TRUE(asked[0].message.contains(oneCase.curlMessage)) << asked[0].message.toStdString();
+        EXPECT_EQ(asked[0].buttons, (QStringList{QStringLiteral("Quit"), QStringLiteral("Continue")}));
+        EXPECT_EQ(snapshot(dataFolder()), before);
+        EXPECT_FALSE(SyncArchive::archiveExists());
+        EXPECT_FALSE(engine.quitWasChosen());
+        EXPECT_EQ(m_sheet.last(), QStringLiteral("hide"));
+    }
+    // Uploads fail the same way (the wrong password).
+    writeSettings(ftpSettings(QStringLiteral("/planner/")));
+    setKeychainPassword(QStringLiteral("wrong"));
+    engine.uploadData();
+    const auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked[0].message.contains(QStringLiteral("curl: (67)")));
+    EXPECT_FALSE(QFileInfo::exists(remote(QStringLiteral("planner/Quillory.tar"))));
+}
+
+TEST_F(FtpSyncTest, QuitStopsTheSequenceAndHandsOverToTheQuitPath)
+{
+    writeSampleData(QStringLiteral("local"));
+    writeSettings(ftpSettings(QStringLiteral("/nowhere/")));
+    int quits = 0;
+    Syncing::setQuitHandler([&] { ++quits; });
+    Syncing engine;
+    Alerts::queueAnswer(Syncing::QuitButton);
+    engine.downloadData();
+    EXPECT_EQ(quits, 1);
+    EXPECT_TRUE(engine.quitWasChosen());
+    EXPECT_EQ(m_sheet.last(), QStringLiteral("hide"));
+    EXPECT_FALSE(SyncArchive::archiveExists());
+}
+
+TEST_F(FtpSyncTest, ToolbarUploadRunsOnItsOwnThread)
+{
+    QDir(m_root.path()).mkpath(QStringLiteral("planner"));
+    writeSampleData(QStringLiteral("local"));
+    writeSettings(ftpSettings(QStringLiteral("/planner/")));
+    QThread *sheetThread = nullptr;
+    Syncing::setProgressPresenter({[&](const QString &) { sheetThread = QThread::currentThread(); }, [] {}});
+    Syncing engine;
+    QSignalSpy finished(&engine, &Syncing::asynchronousUploadFinished);
+    engine.syncData();
+    ASSERT_TRUE(finished.wait(30000));
+    EXPECT_NE(sheetThread, QThread::currentThread());
+    EXPECT_TRUE(QFileInfo::exists(remote(QStringLiteral("planner/Quillory.tar"))));
+
+    // A failure's alert is handed to the interface thread while the worker waits for the answer.
+    setKeychainPassword(QStringLiteral("wrong"));
+    Alerts::queueAnswer(Syncing::ContinueButton);
+    engine.syncData();
+    ASSERT_TRUE(finished.wait(30000));
+    const auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked[0].message.contains(QStringLiteral("curl: (67)")));
+}
