@@ -88,21 +88,25 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
     c.allChanged();
     c.filterWithViews();
     Q_EMIT c.sidebarCleared();
-    c.sortColumn();
 
     const qsizetype row = c.m_display.indexOf(record);
     if (row < 0) {
+        c.sortColumn();
         c.saveData();
         return record;
     }
+    // The edit below filters and sorts again before anything is drawn, so the sort is left to it;
+    // it finds the new record by identity wherever it stands.
     c.selectRowAlone(int(row));
     // The course field counts as changed from nothing, which brings in the course's default textbook.
     c.sidebarEditing().courseFieldWillChangeFrom(QString(""));
     // The edit saves when it goes through; a second write of the same list would only cost time.
     const bool saved = c.sidebarEditing().editAssignment(SidebarEditing::Sender::CourseField);
     Q_EMIT c.focusNameField();
-    if (!saved)
+    if (!saved) {
+        c.sortColumn();
         c.saveData();
+    }
     const int selected = c.singleSelectedRow();
     return selected >= 0 ? c.m_display[selected] : record;
 }

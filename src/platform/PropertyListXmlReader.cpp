@@ -1,6 +1,7 @@
 #include "platform/PropertyListXmlReader.h"
 
-#include <QDateTime>
+#include "platform/PropertyListXmlScalars.h"
+
 #include <QVariantList>
 #include <QVariantMap>
 
@@ -50,17 +51,6 @@ const QString &emptyString()
     // absent one.
     static const QString empty = QStringLiteral("");
     return empty;
-}
-
-int digits(const char *p, int count)
-{
-    int value = 0;
-    for (int i = 0; i < count; ++i) {
-        if (p[i] < '0' || p[i] > '9')
-            return -1;
-        value = value * 10 + (p[i] - '0');
-    }
-    return value;
 }
 
 } // namespace
@@ -371,113 +361,26 @@ QString PropertyListXmlReader::makeString(Text text)
 
 bool PropertyListXmlReader::readInteger(Text text, QVariant &value)
 {
-    std::string_view digitsText = trimmed(text.data, text.size);
-    const char *at = m_p;
-    if (!digitsText.empty() && digitsText[0] == '+')
-        digitsText.remove_prefix(1);
-    const char *first = digitsText.data();
-    const char *last = first + digitsText.size();
-    qint64 number = 0;
-    auto result = std::from_chars(first, last, number);
-    if (result.ec == std::errc::result_out_of_range && first < last && *first != '-') {
-        // Unsigned 64-bit values above the signed range are valid property-list integers.
-        quint64 big = 0;
-        result = std::from_chars(first, last, big);
-        if (result.ec == std::errc() && result.ptr == last) {
-            value = QVariant::fromValue(big);
-            return true;
-        }
-    }
-    if (first == last || result.ec != std::errc() || result.ptr != last)
-        return failAt(at, QStringLiteral("invalid <integer>"));
-    value = QVariant::fromValue(number);
-    return true;
+    return PropertyListXmlScalars::integer(trimmed(text.data, text.size), value)
+        || failAt(m_p, QStringLiteral("invalid <integer>"));
 }
 
 bool PropertyListXmlReader::readReal(Text text, QVariant &value)
 {
-    std::string_view number = trimmed(text.data, text.size);
-    if (!number.empty() && number[0] == '+')
-        number.remove_prefix(1);
-    const char *first = number.data();
-    const char *last = first + number.size();
-    double real = 0;
-    // from_chars reads "nan", "inf" and "-inf" too, which is how non-finite reals are written.
-    const auto result = std::from_chars(first, last, real);
-    if (first == last || result.ec != std::errc() || result.ptr != last)
-        return failAt(m_p, QStringLiteral("invalid <real>"));
-    value = QVariant(real);
-    return true;
+    return PropertyListXmlScalars::real(trimmed(text.data, text.size), value)
+        || failAt(m_p, QStringLiteral("invalid <real>"));
 }
 
 bool PropertyListXmlReader::readDate(Text text, QVariant &value)
 {
-    // 2006-09-14T04:00:00Z, always UTC.
-    const std::string_view date = trimmed(text.data, text.size);
-    const char *d = date.data();
-    if (date.size() != 20 || d[4] != '-' || d[7] != '-' || d[10] != 'T' || d[13] != ':' || d[16] != ':'
-        || d[19] != 'Z')
-        return failAt(m_p, QStringLiteral("invalid <date>"));
-    const QDate day(digits(d, 4), digits(d + 5, 2), digits(d + 8, 2));
-    const QTime time(digits(d + 11, 2), digits(d + 14, 2), digits(d + 17, 2));
-    if (!day.isValid() || !time.isValid())
-        return failAt(m_p, QStringLiteral("invalid <date>"));
-    value = QDateTime(day, time, Qt::UTC);
-    return true;
+    return PropertyListXmlScalars::date(trimmed(text.data, text.size), value)
+        || failAt(m_p, QStringLiteral("invalid <date>"));
 }
 
 bool PropertyListXmlReader::readData(Text text, QVariant &value)
 {
-    // Base64, with any whitespace (line breaks, indentation) between the characters.
-    static const auto table = [] {
-        std::array<qint8, 256> t;
-        t.fill(-1);
-        for (int i = 0; i < 26; ++i) {
-            t['A' + i] = qint8(i);
-            t['a' + i] = qint8(26 + i);
-        }
-        for (int i = 0; i < 10; ++i)
-            t['0' + i] = qint8(52 + i);
-        t['+'] = 62;
-        t['/'] = 63;
-        t[' '] = t['\t'] = t['\n'] = t['\r'] = -2;
-        t['='] = -3;
-        return t;
-    }();
-    QByteArray bytes(text.size * 3 / 4 + 3, Qt::Uninitialized);
-    char *out = bytes.data();
-    quint32 bits = 0;
-    int count = 0;
-    bool padding = false;
-    const auto *in = reinterpret_cast<const quint8 *>(text.data);
-    for (qsizetype i = 0; i < text.size; ++i) {
-        const qint8 code = table[in[i]];
-        if (code >= 0 && !padding) {
-            bits = (bits << 6) | quint32(code);
-            if (++count == 4) {
-                *out++ = char(bits >> 16);
-                *out++ = char(bits >> 8);
-                *out++ = char(bits);
-                bits = 0;
-                count = 0;
-            }
-        } else if (code == -3) {
-            padding = true;
-        } else if (code != -2) {
-            return failAt(m_p, QStringLiteral("invalid base64 in <data>"));
-        }
-    }
-    if (count == 1)
-        return failAt(m_p, QStringLiteral("invalid base64 in <data>"));
-    if (count == 2) {
-        *out++ = char(bits >> 4);
-    } else if (count == 3) {
-        *out++ = char(bits >> 10);
-        *out++ = char(bits >> 2);
-    }
-    bytes.truncate(out - bytes.data());
-    value = bytes;
-    return true;
+    return PropertyListXmlScalars::data(std::string_view(text.data, size_t(text.size)), value)
+        || failAt(m_p, QStringLiteral("invalid base64 in <data>"));
 }
 
 bool PropertyListXmlReader::readValue(QVariant &value, const char *tag, std::string_view name, bool selfClosing)

@@ -287,7 +287,7 @@ std::optional<QString> SyncArchive::checkMembers(const QString &archivePath)
     return std::nullopt;
 }
 
-bool SyncArchive::mergeCopy(const QString &from, const QString &to, QString *problem)
+bool SyncArchive::mergeCopy(const QString &from, const QString &to, QString *problem, bool move)
 {
     if (!QDir().mkpath(to)) {
         *problem = CopyFailed.arg(from, QStringLiteral("the data folder cannot be made"));
@@ -308,50 +308,66 @@ bool SyncArchive::mergeCopy(const QString &from, const QString &to, QString *pro
                 complete = false;
             }
         } else if (entry.isDir()) {
-            if (!mergeCopy(entry.filePath(), target, problem))
+            if (!mergeCopy(entry.filePath(), target, problem, move))
                 complete = false;
         } else if (entry.isFile()) {
-            if (!copyFileAtomically(entry.filePath(), target, problem))
+            const bool moved = move && kindOf(target) != Kind::Folder
+                && ::rename(QFile::encodeName(entry.filePath()).constData(), QFile::encodeName(target).constData()) == 0;
+            if (!moved && !copyFileAtomically(entry.filePath(), target, problem))
                 complete = false;
         }
     }
     return complete;
 }
 
-bool SyncArchive::uncompress(const QString &dataFolder, QString *problem)
+SyncArchive::Unpacked SyncArchive::unpack(QString *problem)
 {
     uid_t owner = 0;
     const Kind kind = kindOf(ArchivePath, &owner);
-    bool accepted = true;
-    if (kind != Kind::Missing) {
-        if (kind == Kind::Link) {
-            *problem = RefusedLink.arg(local(ArchivePath));
-            accepted = false;
-        } else if (kind != Kind::File || owner != ::geteuid()) {
-            *problem = RefusedForeign.arg(local(ArchivePath));
-            accepted = false;
-        } else if (const auto refusal = checkMembers(ArchivePath)) {
-            *problem = *refusal;
-            accepted = false;
-        } else if (!makePrivateFolder(UnpackFolder, problem)) {
-            accepted = false;
-        }
-        if (accepted) {
-            const auto tar = CommandLine::run(
-                TarPath, {QStringLiteral("-xf"), ArchivePath, QStringLiteral("-C"), QStringLiteral("/tmp/")});
-            if (tar.exitStatus != 0)
-                qCWarning(lcSync) << "tar:" << tar.output.trimmed();
-            if (kindOf(UnpackedDataFolder) == Kind::Folder) {
-                QString copyProblem;
-                if (!mergeCopy(UnpackedDataFolder, dataFolder, &copyProblem))
-                    qCWarning(lcSync) << copyProblem;
-            }
-        } else {
-            qCWarning(lcSync) << "archive refused:" << *problem;
-        }
+    if (kind == Kind::Missing)
+        return Unpacked::NoArchive;
+    if (kind == Kind::Link)
+        *problem = RefusedLink.arg(local(ArchivePath));
+    else if (kind != Kind::File || owner != ::geteuid())
+        *problem = RefusedForeign.arg(local(ArchivePath));
+    else if (const auto refusal = checkMembers(ArchivePath))
+        *problem = *refusal;
+    else if (makePrivateFolder(UnpackFolder, problem)) {
+        const auto tar = CommandLine::run(TarPath,
+                                          {QStringLiteral("-xf"), ArchivePath, QStringLiteral("-C"), QStringLiteral("/tmp/")});
+        if (tar.exitStatus != 0)
+            qCWarning(lcSync) << "tar:" << tar.output.trimmed();
+        return Unpacked::Ready;
     }
+    qCWarning(lcSync) << "archive refused:" << *problem;
+    return Unpacked::Refused;
+}
+
+void SyncArchive::mergeUnpacked(const QString &dataFolder)
+{
+    if (kindOf(UnpackedDataFolder) != Kind::Folder)
+        return;
+    // Archives never carry backups; one that did must not replace the local safety copies.
+    std::error_code ignored;
+    fs::remove_all(fs::path(local(UnpackedDataFolder + QLatin1String(Paths::SyncingBackupsFolderName)).toStdString()),
+                   ignored);
+    QString problem;
+    if (!mergeCopy(UnpackedDataFolder, dataFolder, &problem, true))
+        qCWarning(lcSync) << problem;
+}
+
+void SyncArchive::cleanUp()
+{
     if (kindOf(ArchivePath) == Kind::File)
         removeArchive();
     removeUnpackFolder();
-    return accepted;
+}
+
+bool SyncArchive::uncompress(const QString &dataFolder, QString *problem)
+{
+    const Unpacked unpacked = unpack(problem);
+    if (unpacked == Unpacked::Ready)
+        mergeUnpacked(dataFolder);
+    cleanUp();
+    return unpacked != Unpacked::Refused;
 }

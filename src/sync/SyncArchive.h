@@ -33,11 +33,20 @@ public:
     // Makes an empty archive file of our own for a download to fill. False when refused.
     static bool prepareForDownload(QString *problem);
 
-    // When the archive exists: checks it, unpacks it into /tmp/tmp/ and merge-copies
-    // /tmp/tmp/Quillory/ into the data folder (same names replaced, local-only files kept). The
-    // archive and /tmp/tmp/ are removed afterwards in every case. False (with the reason) when the
-    // archive was refused; then the data folder is untouched.
+    // When the archive exists: checks it, unpacks it into /tmp/tmp/ and merges /tmp/tmp/Quillory/
+    // into the data folder (same names replaced, local-only files kept). The archive and /tmp/tmp/
+    // are removed afterwards in every case. False (with the reason) when the archive was refused;
+    // then the data folder is untouched. The same as unpack, mergeUnpacked and cleanUp in a row.
     static bool uncompress(const QString &dataFolder, QString *problem);
+
+    enum class Unpacked { NoArchive, Ready, Refused };
+    // The first half, which changes nothing of the user's: checks the archive and unpacks it into
+    // /tmp/tmp/.
+    static Unpacked unpack(QString *problem);
+    // The second half: moves what unpack left into the data folder.
+    static void mergeUnpacked(const QString &dataFolder);
+    // Removes the archive and /tmp/tmp/.
+    static void cleanUp();
 
     // The reason to refuse an archive's member list, or nullopt when every member stays inside
     // "tmp/Quillory/": no absolute names, no "..", no special files, and links only to places
@@ -46,8 +55,10 @@ public:
     static std::optional<QString> checkMembers(const QString &archivePath);
 
     // Copies a tree into another, replacing files of the same name (each written atomically) and
-    // keeping what exists only in the destination. False when anything could not be copied.
-    static bool mergeCopy(const QString &from, const QString &to, QString *problem);
+    // keeping what exists only in the destination. False when anything could not be copied. With
+    // `move`, files are renamed into place where the file system allows, which is atomic too and
+    // costs nothing; the source tree is then left partly emptied.
+    static bool mergeCopy(const QString &from, const QString &to, QString *problem, bool move = false);
 
     static bool archiveExists();
     // Removes the archive (never what a link there points to).

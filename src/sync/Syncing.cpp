@@ -14,6 +14,7 @@
 #include "sync/UrlFetch.h"
 
 #include <QCoreApplication>
+#include <QtConcurrent/QtConcurrentRun>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -103,7 +104,7 @@ void Syncing::uploadData()
         return;
     m_quitChosen = false;
     showProgressSheetWithTitle(UploadingTitle);
-    backup();
+    QFuture<BackupOutcome> pending = startBackup();
     if (compressData()) {
         if (chosen == SyncingKeys::QuilloryOnline) {
             hideProgressSheet();
@@ -115,6 +116,7 @@ void Syncing::uploadData()
             ftpUpload();
         }
     }
+    pending.waitForFinished(); // an upload changes nothing here: a failed backup is only logged
     hideProgressSheet();
 }
 
@@ -125,12 +127,7 @@ void Syncing::downloadData()
         return;
     m_quitChosen = false;
     showProgressSheetWithTitle(DownloadingTitle);
-    // What a download replaces must be in a backup first; without one the user decides.
-    QString problem;
-    if (!backup(&problem) && !showErrorDialog(problem)) {
-        hideProgressSheet();
-        return;
-    }
+    QFuture<BackupOutcome> pending = startBackup();
     bool goOn = true;
     if (chosen == SyncingKeys::QuilloryOnline) {
         hideProgressSheet();
@@ -141,10 +138,20 @@ void Syncing::downloadData()
         showProgressSheetWithTitle(DownloadingFTPTitle);
         goOn = ftpDownload();
     }
-    if (goOn)
-        uncompressData();
-    else
-        SyncArchive::removeArchive();
+    // Checking and unpacking touch only /tmp, so they too run while the backup is written.
+    QString problem;
+    const SyncArchive::Unpacked unpacked = goOn ? SyncArchive::unpack(&problem) : SyncArchive::Unpacked::NoArchive;
+    pending.waitForFinished();
+    const BackupOutcome backedUp = pending.result();
+    // What the download replaces must be in a backup first; without one the user decides.
+    bool merge = unpacked == SyncArchive::Unpacked::Ready;
+    if (!backedUp.written && merge)
+        merge = showErrorDialog(backedUp.problem);
+    if (unpacked == SyncArchive::Unpacked::Refused)
+        showErrorDialog(problem);
+    if (merge)
+        SyncArchive::mergeUnpacked(Paths::dataFolder());
+    SyncArchive::cleanUp();
     hideProgressSheet();
 }
 
@@ -168,40 +175,54 @@ QString Syncing::backupPath()
     return QStringLiteral("%1/%2.plist").arg(Paths::syncingBackupsFolder(), DateText::nowStoredForm()).trimmed();
 }
 
-bool Syncing::backup(QString *problem)
+QFuture<Syncing::BackupOutcome> Syncing::startBackup()
 {
     hideProgressSheet();
     showProgressSheetWithTitle(BackingUpTitle);
-
-    const QString folder = Paths::syncingBackupsFolder();
-    if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
-        qCWarning(lcSync) << "could not make" << folder;
-    QString error;
-    // Without a data folder (a first start on this computer) there is nothing to lose.
-    const bool nothingToSave = !QFileInfo(Paths::dataFolder()).isDir();
-    const bool written = Backup::sharedController()->exportBackupToFile(backupPath(), &error) || nothingToSave;
-    if (!written) {
-        qCWarning(lcSync) << "automatic backup failed:" << error;
-        if (problem)
-            *problem = BackupFailed.arg(error);
-    }
-
-    // Every entry counts, whoever put it there; names sort oldest first.
-    const QDir dir(folder);
-    const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    QStringList names = dir.entryList(filters, QDir::Unsorted);
-    std::sort(names.begin(), names.end());
-    while (names.size() > MaximumBackups) {
-        const QString path = QStringLiteral("%1/%2").arg(folder, names.first());
-        const QFileInfo entry(path);
-        const bool removed = entry.isDir() && !entry.isSymLink() ? QDir(path).removeRecursively() : QFile::remove(path);
-        if (!removed) {
-            qCWarning(lcSync) << "could not remove old backup" << path;
-            break;
+    // Computed here: the name is the moment the step began.
+    const QString path = backupPath();
+    return QtConcurrent::run([path] {
+        BackupOutcome outcome;
+        const QString folder = Paths::syncingBackupsFolder();
+        if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
+            qCWarning(lcSync) << "could not make" << folder;
+        QString error;
+        // Without a data folder (a first start on this computer) there is nothing to lose.
+        const bool nothingToSave = !QFileInfo(Paths::dataFolder()).isDir();
+        outcome.written = Backup::sharedController()->exportBackupToFile(path, &error) || nothingToSave;
+        if (!outcome.written) {
+            qCWarning(lcSync) << "automatic backup failed:" << error;
+            outcome.problem = BackupFailed.arg(error);
         }
-        names.removeFirst();
-    }
-    return written;
+
+        // Every entry counts, whoever put it there; names sort oldest first.
+        const QDir dir(folder);
+        const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+        QStringList names = dir.entryList(filters, QDir::Unsorted);
+        std::sort(names.begin(), names.end());
+        while (names.size() > MaximumBackups) {
+            const QString entryPath = QStringLiteral("%1/%2").arg(folder, names.first());
+            const QFileInfo entry(entryPath);
+            const bool removed
+                = entry.isDir() && !entry.isSymLink() ? QDir(entryPath).removeRecursively() : QFile::remove(entryPath);
+            if (!removed) {
+                qCWarning(lcSync) << "could not remove old backup" << entryPath;
+                break;
+            }
+            names.removeFirst();
+        }
+        return outcome;
+    });
+}
+
+bool Syncing::backup(QString *problem)
+{
+    QFuture<BackupOutcome> pending = startBackup();
+    pending.waitForFinished();
+    const BackupOutcome outcome = pending.result();
+    if (problem)
+        *problem = outcome.problem;
+    return outcome.written;
 }
 
 bool Syncing::compressData()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFuture>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -47,6 +48,13 @@ public:
     // Writes a dated backup and keeps the newest 20 entries. False (with the reason) when the
     // backup could not be written.
     bool backup(QString *problem = nullptr);
+    // The same begun on a worker thread, so that packing and the transfer, which only read the data
+    // folder, run beside it; a download waits for it before it changes anything.
+    struct BackupOutcome {
+        bool written = false;
+        QString problem;
+    };
+    QFuture<BackupOutcome> startBackup();
     // False when a temporary path had to be refused (the reason went to the Warning alert).
     bool compressData();
     void uncompressData();

@@ -19,6 +19,7 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTextDocumentFragment>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -34,8 +35,7 @@ constexpr int ResizeMilliseconds = 200;
 
 const QString MethodCaption = QStringLiteral("Sync using:");
 const QString Introduction = QStringLiteral(
-    "Quillory can keep your data in step between computers: it downloads your data when it starts and "
-    "uploads it when it quits.  A backup of your data is made before every transfer.");
+    "Quillory downloads your data when it starts and uploads it when it quits, each time after a backup.");
 const QString OnlineExplanation = QStringLiteral(
     "Quillory Online keeps a copy of your data on the Internet, so every computer you use can have the same "
     "assignments.  Type the user name and password of your account; they are checked as you type.");
@@ -44,16 +44,17 @@ const QString DownloadExplanation = QStringLiteral(
 const QString FtpExplanation = QStringLiteral(
     "Keep your data on an FTP server of your own.  The path begins with \"/\" and ends with \"/\" for a folder, "
     "for example /planner/.");
+// Rich text so that the archive's path is never broken at a slash.
 const QString LocalExplanation = QStringLiteral(
-    "Quillory packs your data into the archive /tmp/Quillory.tar when it quits and restores it from there when it "
-    "starts.  Nothing is sent over the network.");
+    "Quillory packs your data into <span style=\"white-space:nowrap\">/tmp/Quillory.tar</span> when it quits "
+    "and restores it from there when it starts.&nbsp; Nothing is sent over the network.");
 
 QLabel *paragraph(const QString &text, const QString &objectName)
 {
     auto *label = new QLabel(text);
     label->setObjectName(objectName);
     label->setWordWrap(true);
-    label->setAccessibleName(text);
+    label->setAccessibleName(QTextDocumentFragment::fromHtml(text).toPlainText());
     return label;
 }
 
@@ -98,7 +99,7 @@ SyncingPrefs::SyncingPrefs(Syncing *engine, QWidget *parent)
     m_detailsTabView->tabBar()->hide(); // the pop-up chooses the tab
 
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(20, 16, 20, 16);
+    layout->setContentsMargins(20, 14, 20, 12);
     layout->addLayout(methodRow);
     layout->addWidget(paragraph(Introduction, QStringLiteral("syncingIntroduction")));
     layout->addWidget(m_detailsTabView, 1);

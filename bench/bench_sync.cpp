@@ -1,0 +1,211 @@
+// What an upload and a download of a data folder holding 10,000 assignments (about 14 MB) cost
+// through the sync engine, against a local FTP server (pyftpdlib on 127.0.0.1). The floor, measured
+// in the same run against the same server, is what the plain tools take for the same folder:
+// "tar -cf" + "curl -T" for an upload, "curl -o" + "tar -xf" for a download. "x_floor" is the
+// program's time over the floor's; the goal is at most 1.5 (the automatic backup is the one
+// piece of work the plain tools do not do).
+
+#include "platform/Alerts.h"
+#include "platform/Clock.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "support/StoreGenerator.h"
+#include "sync/CommandLine.h"
+#include "sync/Syncing.h"
+#include "sync/SyncingKeys.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+#include <benchmark/benchmark.h>
+
+#include <arpa/inet.h>
+#include <chrono>
+#include <csignal>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int RecordCount = 10000;
+// pyftpdlib's anonymous account, writable with -w, takes the empty password.
+const QString FtpUser = QStringLiteral("anonymous");
+const QString Tar = QStringLiteral("/usr/bin/tar");
+const QString Curl = QStringLiteral("/usr/bin/curl");
+
+quint16 freePort()
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    quint16 port = 0;
+    if (::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0
+        && ::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length) == 0)
+        port = ntohs(address.sin_port);
+    ::close(fd);
+    return port;
+}
+
+bool accepts(quint16 port)
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const bool ok = ::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+    ::close(fd);
+    return ok;
+}
+
+// One home with the store, one FTP server with the folders "program/" and "plain/". No keychain
+// runs here, so the engine uses the empty password it uses when no item exists.
+struct Fixture {
+    QTemporaryDir home{QDir::tempPath() + QStringLiteral("/quillory-bench-sync-XXXXXX")};
+    QTemporaryDir root;
+    QTemporaryDir plain;
+    QProcess server;
+    quint16 port = freePort();
+    QString error;
+
+    Fixture()
+    {
+        qputenv("HOME", QFile::encodeName(home.path()));
+        UserDefaults::dropCaches();
+        QDir().mkpath(Paths::dataFolder());
+        if (!StoreGenerator::writeStore(Paths::assignmentsFile(), RecordCount, &error))
+            return;
+        PropertyList::writeFile(Paths::coursesFile(), QVariantList{});
+        PropertyList::writeFile(Paths::universalTypesFile(), QVariantList{});
+        QDir(root.path()).mkpath(QStringLiteral("program"));
+        QDir(root.path()).mkpath(QStringLiteral("plain"));
+        server.setStandardOutputFile(QProcess::nullDevice());
+        server.setStandardErrorFile(QProcess::nullDevice());
+        server.start(QStringLiteral("/usr/bin/python3"),
+                     {QStringLiteral("-m"), QStringLiteral("pyftpdlib"), QStringLiteral("-i"), QStringLiteral("127.0.0.1"),
+                      QStringLiteral("-p"), QString::number(port), QStringLiteral("-w"), QStringLiteral("-d"),
+                      root.path()});
+        for (int i = 0; i < 200 && !accepts(port); ++i)
+            QThread::msleep(50);
+        if (!accepts(port))
+            error = QStringLiteral("pyftpdlib did not start");
+        UserDefaults().set(SyncingKeys::Group,
+                           QVariantMap{{SyncingKeys::Method, qint64(SyncingKeys::FTPServerMethod)},
+                                       {SyncingKeys::FTPName, FtpUser},
+                                       {SyncingKeys::FTPServer, host()},
+                                       {SyncingKeys::FTPPath, QStringLiteral("/program/")}});
+    }
+    ~Fixture()
+    {
+        if (server.state() != QProcess::NotRunning) {
+            ::kill(pid_t(server.processId()), SIGTERM);
+            server.waitForFinished(5000);
+        }
+    }
+    QString host() const { return QStringLiteral("127.0.0.1:") + QString::number(port); }
+    QString credentials() const { return FtpUser + QLatin1Char(':'); }
+};
+
+Fixture &fixture()
+{
+    static Fixture instance;
+    return instance;
+}
+
+double seconds(std::chrono::steady_clock::duration d)
+{
+    return std::chrono::duration<double>(d).count();
+}
+
+template<typename Work>
+double timed(Work work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return seconds(std::chrono::steady_clock::now() - start);
+}
+
+bool run(const QString &program, const QStringList &arguments)
+{
+    return CommandLine::run(program, arguments).exitStatus == 0;
+}
+
+void report(benchmark::State &state, double program, double floor)
+{
+    state.SetIterationTime(program);
+    state.counters["program_ms"] = program * 1000;
+    state.counters["floor_ms"] = floor * 1000;
+    state.counters["x_floor"] = program / floor;
+}
+
+void BM_Upload(benchmark::State &state)
+{
+    Fixture &f = fixture();
+    if (!f.error.isEmpty()) {
+        state.SkipWithError(f.error.toStdString().c_str());
+        return;
+    }
+    const QString plainArchive = f.plain.filePath(QStringLiteral("Quillory.tar"));
+    const QString plainUrl = QStringLiteral("ftp://") + f.host() + QStringLiteral("/plain/");
+    Syncing engine;
+    for (auto _ : state) {
+        const double floor = timed([&] {
+            run(Tar, {QStringLiteral("--exclude=Syncing Backups"), QStringLiteral("-cf"), plainArchive,
+                      QStringLiteral("-C"), Paths::home(),
+                      QStringLiteral("Library/Application Support/Quillory")});
+            run(Curl, {QStringLiteral("-u"), f.credentials(), plainUrl, QStringLiteral("-T"), plainArchive});
+        });
+        const double program = timed([&] { engine.uploadData(); });
+        report(state, program, floor);
+    }
+    if (!Alerts::takeAsked().isEmpty())
+        state.SkipWithError("the upload showed an alert");
+}
+
+void BM_Download(benchmark::State &state)
+{
+    Fixture &f = fixture();
+    if (!f.error.isEmpty()) {
+        state.SkipWithError(f.error.toStdString().c_str());
+        return;
+    }
+    Syncing engine;
+    engine.uploadData(); // what the program downloads
+    const QString plainArchive = f.plain.filePath(QStringLiteral("download.tar"));
+    const QString plainUrl = QStringLiteral("ftp://") + f.host() + QStringLiteral("/program/Quillory.tar");
+    const QString unpacked = f.plain.filePath(QStringLiteral("unpacked"));
+    for (auto _ : state) {
+        QDir(unpacked).removeRecursively();
+        QDir().mkpath(unpacked);
+        const double floor = timed([&] {
+            run(Curl, {QStringLiteral("-u"), f.credentials(), plainUrl, QStringLiteral("-o"), plainArchive});
+            run(Tar, {QStringLiteral("-xf"), plainArchive, QStringLiteral("-C"), unpacked});
+        });
+        const double program = timed([&] { engine.downloadData(); });
+        report(state, program, floor);
+    }
+    if (!Alerts::takeAsked().isEmpty())
+        state.SkipWithError("the download showed an alert");
+}
+
+BENCHMARK(BM_Upload)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(7)->ReportAggregatesOnly(true);
+BENCHMARK(BM_Download)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(7)->ReportAggregatesOnly(true);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    Alerts::resetForTest(); // an alert would be a failure here, not a question for someone
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
