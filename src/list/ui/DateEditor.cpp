@@ -81,6 +81,9 @@ DateEditor::DateEditor(const QString &name, const QString &objectPrefix, QWidget
     }
     fillDays(QStringLiteral("Jan"));
     m_faces->addWidget(pullDownFace);
+    // One line high whatever the face; the form must not hand it spare height.
+    for (QWidget *widget : {static_cast<QWidget *>(this), static_cast<QWidget *>(m_faces), textFace, pullDownFace})
+        widget->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 
     connect(m_text, &QLineEdit::editingFinished, this, &DateEditor::textEditingFinished);
     connect(m_today, &QToolButton::clicked, this, &DateEditor::todayClicked);
@@ -108,8 +111,11 @@ QString DateEditor::text() const
 
 void DateEditor::setText(const QString &text)
 {
-    if (m_text->text() != text)
+    if (m_text->text() != text) {
         m_text->setText(text);
+        // Long dates read from their start.
+        m_text->setCursorPosition(0);
+    }
 }
 
 QString DateEditor::selectedTitle(const QComboBox *menu)

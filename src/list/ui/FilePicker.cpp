@@ -31,6 +31,7 @@ FilePicker::FilePicker(QWidget *parent)
     setAcceptDrops(true);
     m_icon->setFixedSize(20, 20);
     m_name->setObjectName(QStringLiteral("filePickerName"));
+    m_name->setAccessibleName(tr("Attached file name"));
     m_name->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_name->setMinimumWidth(40);
     m_choose->setObjectName(QStringLiteral("filePickerChooseButton"));

@@ -181,6 +181,7 @@ QWidget *MultipleAssignmentsSheet::buildRepeat()
     m_repeatPages->addWidget(weekly);
     m_repeatPages->addWidget(monthly);
     connect(repeatPopUp, &QComboBox::currentIndexChanged, m_repeatPages, &QStackedWidget::setCurrentIndex);
+    m_repeatPages->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
 
     auto *form = new QFormLayout(box);
     form->addRow(tr("Repeat:"), repeatPopUp);

@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QSlider>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
 #include <QToolButton>
@@ -48,6 +49,7 @@ SidebarForm::SidebarForm(QWidget *parent)
     tabs->setObjectName(QStringLiteral("sidebarTabs"));
     tabs->setAccessibleName(tr("Assignment details"));
     tabs->setDocumentMode(true);
+    tabs->tabBar()->setAccessibleName(tr("Sidebar tabs"));
     tabs->addTab(buildDetails(), tr("Details"));
     tabs->addTab(buildNotes(), tr("Notes"));
     tabs->addTab(buildSubprojects(), tr("Subprojects"));

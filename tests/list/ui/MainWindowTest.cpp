@@ -400,3 +400,27 @@ TEST(MainWindow, TheDateEditorsTodayButtonStepperAndPullDownsChangeTheDueDate)
     EXPECT_TRUE(storedRecord("Essay").value("Date").toString().startsWith("2026-02-22"));
     EXPECT_EQ(date->dayMenu()->count(), 28);
 }
+
+TEST(MainWindow, EveryControlTheKeyboardCanReachHasAnAccessibleName)
+{
+    freshPreferences();
+    writeStore({record("One", {{"Project", stored(2026, 1, 1)}})});
+    Window w;
+    w.select("One");
+    QStringList unnamed;
+    for (QWidget *widget : w.window->findChildren<QWidget *>()) {
+        // Pop-up lists of combo boxes belong to their own windows.
+        if (widget->focusPolicy() == Qt::NoFocus || widget->window() != w.window.get())
+            continue;
+        // A combo box's own line edit speaks through the combo box.
+        if (qobject_cast<QComboBox *>(widget->parentWidget()))
+            continue;
+        QString name = widget->accessibleName();
+        if (name.isEmpty())
+            if (auto *button = qobject_cast<QAbstractButton *>(widget))
+                name = button->text();
+        if (name.isEmpty())
+            unnamed.append(QStringLiteral("%1 (%2)").arg(widget->objectName(), widget->metaObject()->className()));
+    }
+    EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(", ").toStdString();
+}

@@ -158,3 +158,24 @@ TEST(ToolbarWindow, AStoredArrangementWithUnknownOrRepeatedItemsKeepsTheGoodOnes
     Window w;
     EXPECT_EQ(w.toolbar()->itemIdentifiers(), (QStringList{"AddItem", "Separator", "Separator", "SearchItem"}));
 }
+
+TEST(ToolbarWindow, TheWindowItemsOpenThePreferencesCoursesAndCalculatorWindows)
+{
+    freshPreferences();
+    Window w;
+    for (const QString &identifier : {TC::Preferences, TC::CoursesWindow, TC::GPACalc, TC::FinalsCalc}) {
+        const int before = int(QApplication::topLevelWidgets().size());
+        QList<QWidget *> visibleBefore;
+        for (QWidget *widget : QApplication::topLevelWidgets())
+            if (widget->isVisible())
+                visibleBefore.append(widget);
+        w.toolbar()->itemAction(identifier)->trigger();
+        int newlyVisible = 0;
+        for (QWidget *widget : QApplication::topLevelWidgets())
+            if (widget->isVisible() && !visibleBefore.contains(widget)) {
+                ++newlyVisible;
+                widget->close();
+            }
+        EXPECT_EQ(newlyVisible, 1) << identifier.toStdString() << " (" << before << " windows before)";
+    }
+}
