@@ -46,7 +46,7 @@ TEST(CalendarGridDataTest, SelectingRowsAndClearing)
     EXPECT_EQ(data.selectedObject(), essay);
     EXPECT_EQ(*data.selectedDate(), kMonday);
     // An empty title is still a selected title.
-    EXPECT_EQ(*data.selectedTitle(), QString());
+    EXPECT_EQ(data.selectedTitle().value_or("none").toStdString(), "");
     EXPECT_TRUE(data.clearSelection());
     EXPECT_FALSE(data.selectedObject());
     EXPECT_FALSE(data.clearSelection());

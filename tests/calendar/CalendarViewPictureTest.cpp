@@ -2,6 +2,7 @@
 #include "TestEnvironment.h"
 
 #include <QImage>
+#include <QScrollBar>
 
 #include <gtest/gtest.h>
 
@@ -114,4 +115,30 @@ TEST(CalendarViewPictureTest, TheWeekAsDrawn)
     }));
     // Weekdays of the week view are white, not grey.
     EXPECT_TRUE(near(picture.pixelColor(view->dayCell(3)->geometry().bottomRight() - QPoint(6, 6)), 255, 255, 255));
+}
+
+TEST(CalendarViewPictureTest, ACrowdedDayScrollsAndWeekendsCanHide)
+{
+    AssignmentList records = busyMonth();
+    for (int i = 1; i <= 12; ++i)
+        records.append(record(QStringLiteral("Flash cards, set %1").arg(i), stored(2026, 11, 25, 8, i)));
+    Fixture f(records, QSize(800, 520));
+    setGeneral(PreferenceKeys::GeneralKeys::HideWeekends, true);
+    f.calendar->updateCalendar();
+    BVCalendarView *view = f.monthly();
+    ASSERT_TRUE(view->hiddenWeekends());
+    BVCalendarDayCell *crowded = view->dayCellForDate(QDate(2026, 11, 25));
+    QCoreApplication::processEvents();
+    const QImage picture = view->grab().toImage();
+    save(picture, "monthly-weekdays.png");
+    EXPECT_TRUE(crowded->verticalScrollBar()->isVisible());
+    EXPECT_FALSE(view->dayCellForDate(QDate(2026, 11, 24))->verticalScrollBar()->isVisible());
+    // Monday starts at the left edge; the weekend's cells lie outside.
+    EXPECT_EQ(view->dayCellForDate(QDate(2026, 11, 23))->x(), 0);
+    EXPECT_GE(view->dayCellForDate(QDate(2026, 11, 28))->x(), view->width());
+    // The last entry can be scrolled to and selected.
+    crowded->selectRow(12);
+    ASSERT_TRUE(view->selectedTitle().has_value());
+    EXPECT_EQ(view->selectedTitle()->toStdString(), "Flash cards, set 12");
+    EXPECT_GT(crowded->verticalScrollBar()->value(), 0);
 }
