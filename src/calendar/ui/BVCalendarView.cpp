@@ -42,7 +42,14 @@ BVCalendarView::BVCalendarView(QWidget *parent)
     drawCalendar();
 }
 
-BVCalendarView::~BVCalendarView() = default;
+BVCalendarView::~BVCalendarView()
+{
+    // The day cells read this view's entries while they go; they must go before the entries do.
+    for (BVCalendarDayCell *&cell : m_cells) {
+        delete cell;
+        cell = nullptr;
+    }
+}
 
 void BVCalendarView::buildHeader()
 {
