@@ -19,15 +19,16 @@
 #include <ctime>
 #include <vector>
 
-namespace {
+namespace
+{
 
 const QSize kFrameSize(1280, 800);
-const char *const kNames[] = {"", "CopyMachine", "DisintegrateWithMask", "Dissolve", "Flash",
-                              "Mod",   "PageCurl", "Ripple", "Swipe"};
+const char *const kNames[]
+    = { "", "CopyMachine", "DisintegrateWithMask", "Dissolve", "Flash", "Mod", "PageCurl", "Ripple", "Swipe" };
 
 double threadNanoseconds()
 {
-    timespec now{};
+    timespec now {};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
 }
@@ -61,8 +62,8 @@ const QImage &newPage()
 
 std::unique_ptr<Transition> makeTransition(int index)
 {
-    return AnimatingTabView::createTransitionFilterForRect(index, QRectF(QPointF(0, 0), QSizeF(kFrameSize)),
-                                                           oldPage(), newPage());
+    return AnimatingTabView::createTransitionFilterForRect(
+        index, QRectF(QPointF(0, 0), QSizeF(kFrameSize)), oldPage(), newPage());
 }
 
 // Nanoseconds for one drawImage of a 1280x800 picture: the median of many rounds.
@@ -117,7 +118,7 @@ void BM_Frame(benchmark::State &state)
     QImage frame;
     transition->renderFrame(0.5, frame); // set-up is not part of a frame
     QImage target(kFrameSize, QImage::Format_RGB32);
-    const double moments[] = {0.2, 0.35, 0.5, 0.65, 0.8};
+    const double moments[] = { 0.2, 0.35, 0.5, 0.65, 0.8 };
     size_t step = 0;
     double spent = 0;
     for (auto _ : state) {
@@ -154,9 +155,23 @@ void BM_SetUp(benchmark::State &state)
     reportAgainstFloor(state, spent);
 }
 
-BENCHMARK(BM_Floor_DrawImage)->UseManualTime()->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
-BENCHMARK(BM_Frame)->DenseRange(1, 8)->UseManualTime()->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly(true);
-BENCHMARK(BM_SetUp)->DenseRange(1, 8)->UseManualTime()->Unit(benchmark::kMillisecond)->Repetitions(3)->ReportAggregatesOnly(true);
+BENCHMARK(BM_Floor_DrawImage)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+BENCHMARK(BM_Frame)
+    ->DenseRange(1, 8)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+BENCHMARK(BM_SetUp)
+    ->DenseRange(1, 8)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(3)
+    ->ReportAggregatesOnly(true);
 
 } // namespace
 

@@ -1,15 +1,13 @@
 #include "Application.h"
 
 #include "QuitSignals.h"
+#include "list/ui/MainWindow.h"
 #include "store/Preferences.h"
+#include "sync/Syncing.h"
 #include "widgets/DialogPresenters.h"
-#include "widgets/Icons.h"
 
 #include <QApplication>
-#include <QKeySequence>
 #include <QLoggingCategory>
-#include <QMainWindow>
-#include <QMenuBar>
 #include <QTimer>
 
 Q_LOGGING_CATEGORY(lcApp, "quillory.app")
@@ -35,10 +33,12 @@ int Application::run()
         quit();
     });
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { m_sequence.terminate(); });
+    // "Quit" in a sync warning takes the normal quit path.
+    Syncing::setQuitHandler([this] { QTimer::singleShot(0, this, &Application::quit); });
 
     if (m_sequence.run() == StartupSequence::Outcome::Restarting)
         return 0;
-    if (qEnvironmentVariableIsSet(QuitAfterStartupVariable))
+    if (qEnvironmentVariableIsSet(QuitAfterStartupVariable) || m_quitChosenDuringStartup)
         QTimer::singleShot(0, this, &Application::quit);
     return QApplication::exec();
 }
@@ -50,6 +50,17 @@ void Application::quit()
     QApplication::quit();
 }
 
+MainWindow &Application::window()
+{
+    // Made on first use, so that every step finds the window whatever the order of the steps.
+    if (!m_window) {
+        m_window = std::make_unique<MainWindow>();
+        DialogPresenters::setParent(m_window.get());
+        connect(m_window.get(), &MainWindow::quitRequested, this, &Application::quit);
+    }
+    return *m_window;
+}
+
 void Application::restartAndQuit()
 {
     m_restarting = true;
@@ -57,34 +68,43 @@ void Application::restartAndQuit()
         qCWarning(lcApp) << "Could not schedule the restart after moving the preferences file";
 }
 
+void Application::setUpWindow(bool drawerOpen)
+{
+    window().setUpWindow(drawerOpen);
+}
+
+void Application::setUpFilterBar(int viewIndex)
+{
+    window().setUpFilterBar(viewIndex);
+}
+
+void Application::selectFormat(int format)
+{
+    window().selectFormat(format);
+}
+
 void Application::updateWindowInformation()
 {
-    // The store part of the window refresh: reread, give missing priorities, save. An unreadable
-    // file leaves the list empty and is not written.
-    m_allAssignments = m_store.load().value_or(AssignmentList());
-    AssignmentStore::addPrioritiesToAssignmentsWithoutThem(m_allAssignments);
-    m_store.save(m_allAssignments);
+    // Reads the store (an unreadable file leaves the list empty and is never written), gives missing
+    // priorities, and fills the window.
+    window().refresh();
 }
 
 void Application::showMainWindow()
 {
-    m_window = std::make_unique<QMainWindow>();
-    m_window->setObjectName(QStringLiteral("mainWindow"));
-    m_window->setWindowTitle(QStringLiteral("Quillory"));
-    m_window->setAccessibleName(QStringLiteral("Quillory"));
-    m_window->setWindowIcon(Icons::own(QStringLiteral("quillory")));
-    QMenu *fileMenu = m_window->menuBar()->addMenu(tr("&File"));
-    QAction *quitAction = fileMenu->addAction(Icons::themed(QStringLiteral("application-exit"), QString()), tr("&Quit"));
-    quitAction->setShortcut(QKeySequence::Quit);
-    connect(quitAction, &QAction::triggered, this, &Application::quit);
-    m_window->resize(1000, 640);
-    DialogPresenters::setParent(m_window.get());
-    m_window->show();
-    m_window->raise();
-    m_window->activateWindow();
+    MainWindow &main = window();
+    main.show();
+    main.raise();
+    main.activateWindow();
+}
+
+void Application::downloadData()
+{
+    Syncing::sharedController()->downloadData();
+    m_quitChosenDuringStartup = Syncing::sharedController()->quitWasChosen();
 }
 
 void Application::uploadData()
 {
-    // Syncing hooks in here once the data folder can be uploaded.
+    Syncing::sharedController()->uploadData();
 }

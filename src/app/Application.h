@@ -1,16 +1,15 @@
 #pragma once
 
-#include "store/AssignmentStore.h"
 #include "store/StartupSequence.h"
 
 #include <QObject>
 
 #include <memory>
 
-class QMainWindow;
+class MainWindow;
 
-// The program's delegate: runs the start-up sequence, owns the main window and runs the quit path
-// when the program ends (Quit command, window closed, SIGTERM or SIGINT).
+// The program's delegate: runs the start-up sequence, which builds and fills the main window, and
+// runs the quit path when the program ends (Quit command, window closed, SIGTERM or SIGINT).
 class Application : public QObject, public StartupHooks
 {
     Q_OBJECT
@@ -23,16 +22,20 @@ public:
 
     // StartupHooks
     void restartAndQuit() override;
+    void downloadData() override;
+    void setUpWindow(bool drawerOpen) override;
+    void setUpFilterBar(int viewIndex) override;
+    void selectFormat(int format) override;
     void updateWindowInformation() override;
     void showMainWindow() override;
     void uploadData() override;
 
 private:
     void quit();
+    MainWindow &window();
 
     StartupSequence m_sequence;
-    AssignmentStore m_store;
-    AssignmentList m_allAssignments;
-    std::unique_ptr<QMainWindow> m_window;
+    std::unique_ptr<MainWindow> m_window;
     bool m_restarting = false;
+    bool m_quitChosenDuringStartup = false;
 };

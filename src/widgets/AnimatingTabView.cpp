@@ -18,7 +18,8 @@
 
 Q_LOGGING_CATEGORY(lcAnimatingTabView, "quillory.widgets")
 
-namespace {
+namespace
+{
 
 constexpr char kObjectName[] = "animatingTabView";
 constexpr char kAccessibleName[] = "Assignment views";
@@ -112,6 +113,16 @@ QString AnimatingTabView::tabLabel(int index) const
     return m_labels.value(index);
 }
 
+QSize AnimatingTabView::sizeHint() const
+{
+    return m_stack->sizeHint();
+}
+
+QSize AnimatingTabView::minimumSizeHint() const
+{
+    return m_stack->minimumSizeHint();
+}
+
 void AnimatingTabView::setTransition(int index)
 {
     m_transitionIndex = index;
@@ -167,8 +178,8 @@ void AnimatingTabView::selectTabViewItem(int index, Qt::KeyboardModifiers modifi
         return;
     }
 
-    m_transition = createTransitionFilterForRect(m_transitionIndex, QRectF(QPointF(0, 0), QSizeF(initialImage.size())),
-                                                 initialImage, finalImage);
+    m_transition = createTransitionFilterForRect(
+        m_transitionIndex, QRectF(QPointF(0, 0), QSizeF(initialImage.size())), initialImage, finalImage);
     m_lastDuration = m_slowMotion ? kSlowMotionDurationMs : kNormalDurationMs;
     m_slowMotion = false;
     m_animation = std::make_unique<TabViewAnimation>(m_lastDuration);
@@ -225,9 +236,8 @@ void AnimatingTabView::resizeEvent(QResizeEvent *event)
     m_overlay->setGeometry(rect());
 }
 
-std::unique_ptr<Transition> AnimatingTabView::createTransitionFilterForRect(int index, const QRectF &rect,
-                                                                           const QImage &initialImage,
-                                                                           const QImage &finalImage)
+std::unique_ptr<Transition> AnimatingTabView::createTransitionFilterForRect(
+    int index, const QRectF &rect, const QImage &initialImage, const QImage &finalImage)
 {
     if (index == kPlainSwitch)
         return nullptr;

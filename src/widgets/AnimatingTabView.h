@@ -59,9 +59,12 @@ public:
 
     // The transition for an index, made for a rectangle of the pictures (in picture pixels). Never
     // null for an index other than 0.
-    static std::unique_ptr<Transition> createTransitionFilterForRect(int index, const QRectF &rect,
-                                                                     const QImage &initialImage,
-                                                                     const QImage &finalImage);
+    static std::unique_ptr<Transition> createTransitionFilterForRect(
+        int index, const QRectF &rect, const QImage &initialImage, const QImage &finalImage);
+
+    // The pages decide how much room the view asks for.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
     void currentChanged(int index);

@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 constexpr double kLampStrength = 0.95;
 constexpr double kLeadingSpill = 0.35;

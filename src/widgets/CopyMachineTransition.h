@@ -23,9 +23,8 @@ protected:
     void render(double time, QImage &output) override;
 
 private:
-    struct Column
-    {
-        quint32 mixWeight = 0;  // 0 = old view, 256 = new view
+    struct Column {
+        quint32 mixWeight = 0; // 0 = old view, 256 = new view
         quint32 glowWeight = 0; // how much of the lamp's light
         quint32 glowColor = 0;
     };

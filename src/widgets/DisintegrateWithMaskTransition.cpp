@@ -6,9 +6,10 @@
 #include <algorithm>
 #include <array>
 
-namespace {
+namespace
+{
 
-constexpr double kEdgeSoftness = 20;   // grey levels over which a piece fades
+constexpr double kEdgeSoftness = 20; // grey levels over which a piece fades
 constexpr double kShadowSoftness = 40; // grey levels over which the shadow fades in
 constexpr double kShadowDensity = 0.32;
 
@@ -38,8 +39,8 @@ void DisintegrateWithMaskTransition::render(double time, QImage &output)
     // The level below which the mask has let the new view through; it runs from 0 to past 255 so the
     // ends are clean.
     const double level = time * (256 + std::max(kEdgeSoftness, kShadowSoftness));
-    std::array<quint32, 256> reveal{};
-    std::array<quint32, 256> shadow{};
+    std::array<quint32, 256> reveal {};
+    std::array<quint32, 256> shadow {};
     for (int m = 0; m < 256; ++m) {
         reveal[static_cast<size_t>(m)] = PixelBlend::weightFor((level - m) / kEdgeSoftness);
         const double cover = std::clamp((m - (level - kShadowSoftness)) / kShadowSoftness, 0.0, 1.0);

@@ -23,5 +23,5 @@ protected:
 private:
     QImage m_mask;
     QImage m_field;
-    QPoint m_shadowOffset{5, 7};
+    QPoint m_shadowOffset { 5, 7 };
 };

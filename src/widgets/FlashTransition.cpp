@@ -6,7 +6,8 @@
 #include <array>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 // |value| to an even power, by squaring: the rays are thin peaks of a cosine.
 double power(double value, int exponent)
@@ -51,7 +52,7 @@ void FlashTransition::prepare()
     m_flare.assign(static_cast<size_t>(m_flareWidth) * static_cast<size_t>(flareHeight), 0);
     const double reach = std::max(1.0, std::hypot(m_extent.width(), m_extent.height()) / 2);
     // Lifts the faint parts of the flare so its edge is soft: light^0.7 as a grey level.
-    std::array<uchar, 1024> levels{};
+    std::array<uchar, 1024> levels {};
     for (size_t i = 0; i < levels.size(); ++i)
         levels[i] = static_cast<uchar>(std::lround(std::pow(i / 1023.0, 0.7) * 255));
     for (int hy = 0; hy < flareHeight; ++hy) {
@@ -62,10 +63,10 @@ void FlashTransition::prepare()
             const double angle = std::atan2(dy, dx);
             // Three sets of thin rays of different counts make an irregular star.
             const double rays = 0.55 * power(std::cos(6 * angle), 10) + 0.45 * power(std::cos(9 * angle + 0.6), 16)
-                                + 0.3 * power(std::cos(17 * angle + 1.3), 24);
+                + 0.3 * power(std::cos(17 * angle + 1.3), 24);
             const double light = std::clamp(std::exp(-2.2 * r) * (0.55 + 0.9 * rays), 0.0, 1.0);
-            m_flare[static_cast<size_t>(hy) * static_cast<size_t>(m_flareWidth) + static_cast<size_t>(hx)] =
-                levels[static_cast<size_t>(light * 1023)];
+            m_flare[static_cast<size_t>(hy) * static_cast<size_t>(m_flareWidth) + static_cast<size_t>(hx)]
+                = levels[static_cast<size_t>(light * 1023)];
         }
     }
 }
@@ -77,7 +78,7 @@ void FlashTransition::render(double time, QImage &output)
     // The brightest parts of the star light up first; only around the middle does the light reach
     // the corners.
     const double peak = std::pow(std::sin(M_PI * time), 3);
-    std::array<quint32, 256> light{};
+    std::array<quint32, 256> light {};
     for (int level = 0; level < 256; ++level)
         light[static_cast<size_t>(level)] = PixelBlend::weightFor((level / 255.0 + 1.25 * peak - 1) * 4);
     const quint32 change = PixelBlend::weightFor((time - 0.42) / 0.16);

@@ -25,7 +25,7 @@ protected:
     void render(double time, QImage &output) override;
 
 private:
-    QPointF m_center{-1, -1};
+    QPointF m_center { -1, -1 };
     QRectF m_extent;
     QColor m_color = QColor::fromRgbF(1.0f, 0.92f, 0.82f);
     // The flare's brightness at half resolution: 255 at the centre and along the rays.

@@ -7,7 +7,8 @@
 #include <cmath>
 #include <vector>
 
-namespace {
+namespace
+{
 
 constexpr double kEdgeSoftness = 10;
 constexpr double kRimWidth = 14;
@@ -46,7 +47,7 @@ void ModTransition::prepare()
     const double sine = std::sin(m_angle);
 
     std::vector<quint16> levels(static_cast<size_t>(width) * static_cast<size_t>(height));
-    std::array<quint32, kLevels> histogram{};
+    std::array<quint32, kLevels> histogram {};
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             const double px = x + 0.5 - center.x();
@@ -63,8 +64,8 @@ void ModTransition::prepare()
             const quint32 hash = cellHash(columnIndex, rowIndex);
             const double delay = (hash & 0xFF) / 255.0 * 0.5;
             const double skew = (((hash >> 8) & 0xFF) / 127.5 - 1.0) * 2.2;
-            const double distance =
-                std::sqrt(lu * lu + lv * lv) * 1.1 + std::max(std::abs(lu), std::abs(lv)) * 0.5 + skew * lu * lv;
+            const double distance
+                = std::sqrt(lu * lu + lv * lv) * 1.1 + std::max(std::abs(lu), std::abs(lv)) * 0.5 + skew * lu * lv;
             const double opening = std::clamp((std::max(0.0, distance) + delay) / 1.45, 0.0, 1.0);
             const auto level = static_cast<quint16>(opening * (kLevels - 1));
             levels[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)] = level;
@@ -72,12 +73,12 @@ void ModTransition::prepare()
         }
     }
     // Spread the opening moments evenly so the holes grow at a steady pace.
-    std::array<uchar, kLevels> equalised{};
+    std::array<uchar, kLevels> equalised {};
     const double total = std::max<double>(1, static_cast<double>(levels.size()));
     quint64 below = 0;
     for (int level = 0; level < kLevels; ++level) {
-        equalised[static_cast<size_t>(level)] =
-            static_cast<uchar>(std::min(255.0, (below + histogram[static_cast<size_t>(level)] / 2.0) / total * 256));
+        equalised[static_cast<size_t>(level)]
+            = static_cast<uchar>(std::min(255.0, (below + histogram[static_cast<size_t>(level)] / 2.0) / total * 256));
         below += histogram[static_cast<size_t>(level)];
     }
     m_field = QImage(width, height, QImage::Format_Grayscale8);
@@ -91,15 +92,14 @@ void ModTransition::prepare()
 void ModTransition::render(double time, QImage &output)
 {
     const double level = time * (256 + std::max(kEdgeSoftness, kRimWidth));
-    std::array<quint32, 256> reveal{};
-    std::array<quint32, 256> rim{};
+    std::array<quint32, 256> reveal {};
+    std::array<quint32, 256> rim {};
     for (int m = 0; m < 256; ++m) {
         reveal[static_cast<size_t>(m)] = PixelBlend::weightFor((level - m) / kEdgeSoftness);
         // A dark rim runs round each hole, on the old view just outside it.
         const double distance = m - level;
-        const double darkness = distance >= 0 && distance < kRimWidth && level > 0
-                                    ? kRimDensity * (1 - distance / kRimWidth)
-                                    : 0.0;
+        const double darkness
+            = distance >= 0 && distance < kRimWidth && level > 0 ? kRimDensity * (1 - distance / kRimWidth) : 0.0;
         rim[static_cast<size_t>(m)] = 256 - PixelBlend::weightFor(darkness);
     }
 

@@ -21,7 +21,7 @@ protected:
     void render(double time, QImage &output) override;
 
 private:
-    QPointF m_center{-1, -1};
+    QPointF m_center { -1, -1 };
     double m_angle = 2.0;
     // When each pixel opens: 0 first, 255 last, spread evenly.
     QImage m_field;

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 constexpr double kShadowWidthFactor = 0.6; // of the radius
 constexpr double kShadowDensity = 0.5;
@@ -74,7 +75,7 @@ void PageCurlTransition::render(double time, QImage &output)
     const double nx = std::cos(m_angle);
     const double ny = std::sin(m_angle);
     // s measures how far a point lies along the direction of travel from the lifted corner.
-    const double cornerValues[4] = {0.0, width * nx, height * ny, width * nx + height * ny};
+    const double cornerValues[4] = { 0.0, width * nx, height * ny, width * nx + height * ny };
     const double sMin = *std::min_element(cornerValues, cornerValues + 4);
     const double sMax = *std::max_element(cornerValues, cornerValues + 4);
     const double r = m_radius;

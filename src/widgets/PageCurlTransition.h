@@ -36,10 +36,10 @@ private:
     double m_requestedRadius = 0;
     double m_radius = 0;
     QImage m_back;
-    std::array<int, 256> m_profile{};
+    std::array<int, 256> m_profile {};
     // Across the roll's width (0 at its axis, kSteps at its far edge): the bend angle, and the light
     // on the back of the sheet there.
     static constexpr int kSteps = 4096;
-    std::array<float, kSteps + 1> m_bend{};
-    std::array<int, kSteps + 1> m_light{};
+    std::array<float, kSteps + 1> m_bend {};
+    std::array<int, kSteps + 1> m_light {};
 };

@@ -7,7 +7,8 @@
 // Per-pixel helpers for the transitions. Pixels are 32-bit ARGB, premultiplied or opaque; every
 // helper treats the four bytes alike, so both stay valid. Weights run from 0 (all of the first
 // argument) to 256 (all of the second), which keeps the arithmetic in two 16-bit lanes per word.
-namespace PixelBlend {
+namespace PixelBlend
+{
 
 constexpr quint32 kWhite = 0xFFFFFFFFu;
 
@@ -15,7 +16,8 @@ inline quint32 mix(quint32 from, quint32 to, quint32 weight)
 {
     const quint32 inverse = 256 - weight;
     const quint32 redBlue = (((from & 0x00FF00FFu) * inverse + (to & 0x00FF00FFu) * weight) >> 8) & 0x00FF00FFu;
-    const quint32 alphaGreen = (((from >> 8) & 0x00FF00FFu) * inverse + ((to >> 8) & 0x00FF00FFu) * weight) & 0xFF00FF00u;
+    const quint32 alphaGreen
+        = (((from >> 8) & 0x00FF00FFu) * inverse + ((to >> 8) & 0x00FF00FFu) * weight) & 0xFF00FF00u;
     return redBlue | alphaGreen;
 }
 

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 constexpr double kRefraction = 0.45; // of the wave's half width
 constexpr double kCrestBlend = 0.12; // where old and new meet under the crest
@@ -39,7 +40,8 @@ void RippleTransition::prepare()
         m_center = m_extent.center();
     m_waveWidth = std::max(10.0, std::hypot(m_extent.width(), m_extent.height()) * 0.045);
     m_reach = 0;
-    for (const QPointF &corner : {m_extent.topLeft(), m_extent.topRight(), m_extent.bottomLeft(), m_extent.bottomRight()})
+    for (const QPointF &corner :
+        { m_extent.topLeft(), m_extent.topRight(), m_extent.bottomLeft(), m_extent.bottomRight() })
         m_reach = std::max(m_reach, std::hypot(corner.x() - m_center.x(), corner.y() - m_center.y()));
     m_profile = TransitionArtwork::shadingProfile(m_shading.isNull() ? TransitionArtwork::shadingImage() : m_shading);
     for (int step = 0; step <= kSteps; ++step) {
@@ -47,8 +49,8 @@ void RippleTransition::prepare()
         m_bend[static_cast<size_t>(step)] = static_cast<float>(kRefraction * m_waveWidth * std::sin(M_PI * u));
         // Light and shadow follow the strip across the ring, fading out at its edges.
         const int index = std::clamp(static_cast<int>((u + 1) * 127.5), 0, 255);
-        m_light[static_cast<size_t>(step)] =
-            static_cast<int>(m_profile[static_cast<size_t>(index)] * std::cos(M_PI * u / 2));
+        m_light[static_cast<size_t>(step)]
+            = static_cast<int>(m_profile[static_cast<size_t>(index)] * std::cos(M_PI * u / 2));
         m_oldShare[static_cast<size_t>(step)] = PixelBlend::weightFor((u + kCrestBlend) / (2 * kCrestBlend));
     }
 }

@@ -23,16 +23,16 @@ protected:
     void render(double time, QImage &output) override;
 
 private:
-    QPointF m_center{-1, -1};
+    QPointF m_center { -1, -1 };
     QRectF m_extent;
     QImage m_shading;
     double m_waveWidth = 0;
     double m_reach = 0;
-    std::array<int, 256> m_profile{};
+    std::array<int, 256> m_profile {};
     // Across the ring (index 0 at its inner edge, kSteps at its outer): how far the wave bends the
     // picture, how it lights it, and how much of the old picture shows.
     static constexpr int kSteps = 1024;
-    std::array<float, kSteps + 1> m_bend{};
-    std::array<int, kSteps + 1> m_light{};
-    std::array<quint32, kSteps + 1> m_oldShare{};
+    std::array<float, kSteps + 1> m_bend {};
+    std::array<int, kSteps + 1> m_light {};
+    std::array<quint32, kSteps + 1> m_oldShare {};
 };

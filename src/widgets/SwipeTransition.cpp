@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
+namespace
+{
 
 constexpr double kSheenOpacity = 0.45;
 constexpr double kMaximumAngle = 1.2; // radians either side of rightward
@@ -44,9 +45,8 @@ void SwipeTransition::render(double time, QImage &output)
     const double dx = std::cos(m_angle);
     const double dy = std::sin(m_angle);
     // Positions along the direction of travel of the extent's corners.
-    const double corners[4] = {m_extent.left() * dx + m_extent.top() * dy, m_extent.right() * dx + m_extent.top() * dy,
-                               m_extent.left() * dx + m_extent.bottom() * dy,
-                               m_extent.right() * dx + m_extent.bottom() * dy};
+    const double corners[4] = { m_extent.left() * dx + m_extent.top() * dy, m_extent.right() * dx + m_extent.top() * dy,
+        m_extent.left() * dx + m_extent.bottom() * dy, m_extent.right() * dx + m_extent.bottom() * dy };
     const double lowest = *std::min_element(corners, corners + 4);
     const double highest = *std::max_element(corners, corners + 4);
     // The leading edge starts on the extent's first corner and ends a band's width past its last.

@@ -25,6 +25,6 @@ private:
     QRectF m_extent;
     double m_angle = 0.18;
     double m_bandWidth = 0;
-    std::array<quint32, kSteps + 1> m_mixWeights{};
-    std::array<quint32, kSteps + 1> m_sheenWeights{};
+    std::array<quint32, kSteps + 1> m_mixWeights {};
+    std::array<quint32, kSteps + 1> m_sheenWeights {};
 };

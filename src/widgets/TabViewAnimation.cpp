@@ -9,7 +9,7 @@ TabViewAnimation::TabViewAnimation(int durationMs, QObject *parent)
     setDuration(durationMs);
     setEasingCurve(QEasingCurve::InOutSine);
     connect(this, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant &value) { Q_EMIT progressChanged(value.toDouble()); });
+        [this](const QVariant &value) { Q_EMIT progressChanged(value.toDouble()); });
 }
 
 double TabViewAnimation::progress() const

@@ -4,7 +4,8 @@
 
 Transition::~Transition() = default;
 
-namespace {
+namespace
+{
 
 // Opaque pictures stay opaque (cheaper to draw); anything with alpha is premultiplied so the
 // per-channel blends stay valid.

@@ -34,7 +34,7 @@ public:
 
 protected:
     // Work done once per pair of pictures (and again after an input changes: call invalidate()).
-    virtual void prepare() {}
+    virtual void prepare() { }
     // `output` has the pictures' size and format.
     virtual void render(double time, QImage &output) = 0;
     void invalidate() { m_prepared = false; }

@@ -10,7 +10,8 @@
 
 Q_LOGGING_CATEGORY(lcTransitionArtwork, "quillory.widgets")
 
-namespace {
+namespace
+{
 
 // A fixed hash so that the generated mask is the same picture on every machine.
 float latticeValue(int x, int y, quint32 seed)
@@ -33,8 +34,8 @@ float valueNoise(float x, float y, quint32 seed)
     const float fx = smooth(x - static_cast<float>(x0));
     const float fy = smooth(y - static_cast<float>(y0));
     const float top = latticeValue(x0, y0, seed) + (latticeValue(x0 + 1, y0, seed) - latticeValue(x0, y0, seed)) * fx;
-    const float bottom =
-        latticeValue(x0, y0 + 1, seed) + (latticeValue(x0 + 1, y0 + 1, seed) - latticeValue(x0, y0 + 1, seed)) * fx;
+    const float bottom
+        = latticeValue(x0, y0 + 1, seed) + (latticeValue(x0 + 1, y0 + 1, seed) - latticeValue(x0, y0 + 1, seed)) * fx;
     return top + (bottom - top) * fy;
 }
 
@@ -84,8 +85,9 @@ QImage TransitionArtwork::generateMask(const QSize &size)
             float sum = 0, amplitude = 1, total = 0;
             float frequency = 1.0f / 48.0f;
             for (int octave = 0; octave < 4; ++octave) {
-                sum += amplitude * valueNoise(static_cast<float>(x) * frequency, static_cast<float>(y) * frequency,
-                                              0x51u + static_cast<quint32>(octave));
+                sum += amplitude
+                    * valueNoise(static_cast<float>(x) * frequency, static_cast<float>(y) * frequency,
+                        0x51u + static_cast<quint32>(octave));
                 total += amplitude;
                 amplitude *= 0.5f;
                 frequency *= 2.0f;
@@ -101,8 +103,8 @@ QImage TransitionArtwork::generateMask(const QSize &size)
     for (size_t rank = 0; rank < count; ++rank) {
         const quint32 index = order[rank];
         const int level = static_cast<int>(rank * 256 / count);
-        mask.scanLine(static_cast<int>(index / static_cast<quint32>(width)))[index % static_cast<quint32>(width)] =
-            static_cast<uchar>(level);
+        mask.scanLine(static_cast<int>(index / static_cast<quint32>(width)))[index % static_cast<quint32>(width)]
+            = static_cast<uchar>(level);
     }
     return mask;
 }
@@ -116,7 +118,7 @@ QImage TransitionArtwork::generateShading(const QSize &size)
         const double u = static_cast<double>(x) / (width - 1);
         // A narrow bright highlight, a softer second one, and shadow toward both edges.
         double light = 0.9 * std::exp(-std::pow((u - 0.34) / 0.07, 2)) + 0.3 * std::exp(-std::pow((u - 0.72) / 0.12, 2))
-                       - 0.55 * std::exp(-std::pow(u / 0.12, 2)) - 0.45 * std::exp(-std::pow((1 - u) / 0.16, 2));
+            - 0.55 * std::exp(-std::pow(u / 0.12, 2)) - 0.45 * std::exp(-std::pow((1 - u) / 0.16, 2));
         light = std::clamp(light, -1.0, 1.0);
         const int grey = std::clamp(static_cast<int>(std::lround(128 + light * 127)), 0, 255);
         for (int y = 0; y < height; ++y) {
@@ -131,7 +133,7 @@ QImage TransitionArtwork::generateShading(const QSize &size)
 
 std::array<int, 256> TransitionArtwork::shadingProfile(const QImage &shading)
 {
-    std::array<int, 256> profile{};
+    std::array<int, 256> profile {};
     if (shading.isNull())
         return profile;
     const QImage strip = shading.convertToFormat(QImage::Format_ARGB32);

@@ -7,7 +7,8 @@
 #include <QTranslator>
 #include <gtest/gtest.h>
 
-namespace {
+namespace
+{
 
 // Stands in for a translation of the "WBCalendar" strings: the first weekday and a few initials.
 class CalendarStrings : public QTranslator
@@ -53,7 +54,7 @@ QDateTime at(int year, int month, int day)
 QPoint slotCentre(int slot)
 {
     return QPoint(WBCalendarControl::kLeftMargin + WBCalendarControl::kCellWidth * (slot % 7) + 9,
-                  WBCalendarControl::kHeaderHeight + WBCalendarControl::kCellHeight * (slot / 7) + 7);
+        WBCalendarControl::kHeaderHeight + WBCalendarControl::kCellHeight * (slot / 7) + 7);
 }
 
 int slotOfDay(const WBCalendarControl &control, int day)
@@ -86,7 +87,8 @@ TEST_F(MiniCalendarControl, MonthLengthsFollowTheGregorianLeapRules)
     EXPECT_EQ(WBCalendarControl::numberofDayInMonthForYear(-1, 2026), 0);
     for (int year = 1896; year <= 2404; ++year) {
         for (int month = 0; month < 12; ++month)
-            ASSERT_EQ(WBCalendarControl::numberofDayInMonthForYear(month, year), QDate(year, month + 1, 1).daysInMonth())
+            ASSERT_EQ(
+                WBCalendarControl::numberofDayInMonthForYear(month, year), QDate(year, month + 1, 1).daysInMonth())
                 << year << "-" << month + 1;
     }
 }
@@ -110,7 +112,7 @@ TEST_F(MiniCalendarControl, StartsOnTodayWithSundayFirstWhenNoStringsAreInstalle
 TEST_F(MiniCalendarControl, SlotsPutEveryDayUnderItsWeekdayWhicheverDayIsChosen)
 {
     WBCalendarControl control;
-    for (int year : {2008, 2026, 2100}) {
+    for (int year : { 2008, 2026, 2100 }) {
         for (int month = 1; month <= 12; ++month) {
             const QDate first(year, month, 1);
             const int expectedFirst = first.dayOfWeek() % 7;
@@ -252,7 +254,7 @@ TEST_F(MiniCalendarControl, ADragAcrossDaysSendsTheActionOnceAtMouseUp)
 
     QTest::mousePress(&control, Qt::LeftButton, {}, slotCentre(slotOfDay(control, 22)));
     EXPECT_EQ(target.calls, 1); // pressing on a day always sends
-    for (int day : {23, 24, 25}) {
+    for (int day : { 23, 24, 25 }) {
         QTest::mouseMove(&control, slotCentre(slotOfDay(control, day)));
         EXPECT_EQ(control.date().date(), QDate(2026, 11, day));
     }
@@ -307,7 +309,7 @@ TEST_F(MiniCalendarControl, DrawsTheChosenDayFillAndWorksWithoutABackgroundPictu
     EXPECT_EQ(plain.pixelColor(6, top + 1), fill);
     EXPECT_EQ(plain.pixelColor(21, top + 12), fill);
     EXPECT_NE(plain.pixelColor(23, top + 1), fill); // the 23rd is not filled
-    EXPECT_NE(plain.pixelColor(6, top - 2), fill);  // nor the 15th above it
+    EXPECT_NE(plain.pixelColor(6, top - 2), fill); // nor the 15th above it
 
     // A picture is drawn at its own size from the bottom-left corner, and sets the size.
     QImage back(60, 30, QImage::Format_RGB32);

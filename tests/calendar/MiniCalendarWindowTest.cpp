@@ -7,7 +7,8 @@
 #include <QWidget>
 #include <gtest/gtest.h>
 
-namespace {
+namespace
+{
 
 QDateTime at(int year, int month, int day)
 {

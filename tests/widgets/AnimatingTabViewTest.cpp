@@ -12,7 +12,8 @@
 
 using namespace TransitionImages;
 
-namespace {
+namespace
+{
 
 QWidget *colouredPage(const QColor &colour, const QString &text)
 {
@@ -59,6 +60,10 @@ TEST_F(AnimatingTabViewTest, StartsOnTheFirstPageWithTheDissolve)
     EXPECT_EQ(view.transition(), 3);
     EXPECT_EQ(view.tabLabel(2), QStringLiteral("Month"));
     EXPECT_EQ(view.objectName(), QStringLiteral("animatingTabView"));
+    for (int index = 0; index < view.count(); ++index) {
+        EXPECT_GE(view.minimumSizeHint().width(), view.widget(index)->minimumSizeHint().width());
+        EXPECT_GE(view.minimumSizeHint().height(), view.widget(index)->minimumSizeHint().height());
+    }
     EXPECT_FALSE(view.accessibleName().isEmpty());
 }
 

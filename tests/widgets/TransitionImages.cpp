@@ -4,7 +4,8 @@
 
 #include <cstdlib>
 
-namespace TransitionImages {
+namespace TransitionImages
+{
 
 QImage oldPicture(const QSize &size)
 {

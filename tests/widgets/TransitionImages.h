@@ -3,7 +3,8 @@
 #include <QImage>
 
 // Two pictures that share no pixel value, so every pixel of a frame can be told apart.
-namespace TransitionImages {
+namespace TransitionImages
+{
 
 QImage oldPicture(const QSize &size = QSize(240, 150));
 QImage newPicture(const QSize &size = QSize(240, 150));

@@ -10,7 +10,8 @@
 
 using namespace TransitionImages;
 
-namespace {
+namespace
+{
 
 std::unique_ptr<Transition> make(int index, const QImage &from = oldPicture(), const QImage &to = newPicture())
 {
@@ -27,9 +28,9 @@ QRgb pixel(const QImage &image, int x, int y)
 TEST(Transitions, EachIndexMakesItsNamedEffectAndZeroMakesNone)
 {
     EXPECT_EQ(make(0), nullptr);
-    const QStringList expected = {QString(), "CICopyMachineTransition", "CIDisintegrateWithMaskTransition",
-                                  "CIDissolveTransition", "CIFlashTransition", "CIModTransition",
-                                  "CIPageCurlTransition", "CIRippleTransition", "CISwipeTransition"};
+    const QStringList expected = { QString(), "CICopyMachineTransition", "CIDisintegrateWithMaskTransition",
+        "CIDissolveTransition", "CIFlashTransition", "CIModTransition", "CIPageCurlTransition", "CIRippleTransition",
+        "CISwipeTransition" };
     for (int index = 1; index <= 8; ++index)
         EXPECT_EQ(make(index)->name(), expected[index]) << index;
     // Anything past the list, and anything the list never offered, ripples.
@@ -40,24 +41,28 @@ TEST(Transitions, EachIndexMakesItsNamedEffectAndZeroMakesNone)
 
 TEST(Transitions, EveryEffectStartsOnTheOldPictureEndsOnTheNewAndMovesBetween)
 {
-    const QImage from = oldPicture();
-    const QImage to = newPicture();
-    const int total = from.width() * from.height();
-    for (int index = 1; index <= 8; ++index) {
-        SCOPED_TRACE(index);
-        auto transition = make(index);
-        const QImage first = transition->outputImage(0.0);
-        ASSERT_EQ(first.size(), from.size());
-        EXPECT_EQ(differingPixels(first, from, 0), 0);
-        EXPECT_EQ(differingPixels(transition->outputImage(1.0), to, 0), 0);
-        // Out-of-range times are held at the ends.
-        EXPECT_EQ(differingPixels(transition->outputImage(-0.5), from, 0), 0);
-        EXPECT_EQ(differingPixels(transition->outputImage(1.5), to, 0), 0);
+    // Odd sizes and a tall picture too, for the half-resolution maps and the slanted edges.
+    for (const QSize size : { QSize(240, 150), QSize(241, 151), QSize(37, 203) }) {
+        SCOPED_TRACE(size.width());
+        const QImage from = oldPicture(size);
+        const QImage to = newPicture(size);
+        const int total = from.width() * from.height();
+        for (int index = 1; index <= 8; ++index) {
+            SCOPED_TRACE(index);
+            auto transition = make(index, from, to);
+            const QImage first = transition->outputImage(0.0);
+            ASSERT_EQ(first.size(), from.size());
+            EXPECT_EQ(differingPixels(first, from, 0), 0);
+            EXPECT_EQ(differingPixels(transition->outputImage(1.0), to, 0), 0);
+            // Out-of-range times are held at the ends.
+            EXPECT_EQ(differingPixels(transition->outputImage(-0.5), from, 0), 0);
+            EXPECT_EQ(differingPixels(transition->outputImage(1.5), to, 0), 0);
 
-        const QImage middle = transition->outputImage(0.5);
-        EXPECT_GT(differingPixels(middle, from), total / 10);
-        EXPECT_GT(differingPixels(middle, to), total / 10);
-        EXPECT_GT(differingPixels(transition->outputImage(0.3), transition->outputImage(0.7)), total / 20);
+            const QImage middle = transition->outputImage(0.5);
+            EXPECT_GT(differingPixels(middle, from), total / 10);
+            EXPECT_GT(differingPixels(middle, to), total / 10);
+            EXPECT_GT(differingPixels(transition->outputImage(0.3), transition->outputImage(0.7)), total / 20);
+        }
     }
 }
 
@@ -66,7 +71,7 @@ TEST(Transitions, DissolveBlendsEvenly)
     const QImage middle = make(3)->outputImage(0.5);
     const QImage from = oldPicture();
     const QImage to = newPicture();
-    for (const QPoint point : {QPoint(0, 0), QPoint(17, 33), QPoint(239, 149)}) {
+    for (const QPoint point : { QPoint(0, 0), QPoint(17, 33), QPoint(239, 149) }) {
         const QRgb a = from.pixel(point), b = to.pixel(point), m = middle.pixel(point);
         EXPECT_NEAR(qRed(m), (qRed(a) + qRed(b)) / 2.0, 1.0);
         EXPECT_NEAR(qGreen(m), (qGreen(a) + qGreen(b)) / 2.0, 1.0);
@@ -78,7 +83,7 @@ TEST(Transitions, SwipeAndCopyMachineSweepFromLeftToRight)
 {
     const QImage from = oldPicture();
     const QImage to = newPicture();
-    for (int index : {1, 8}) {
+    for (int index : { 1, 8 }) {
         SCOPED_TRACE(index);
         const QImage middle = make(index)->outputImage(0.5);
         const QRect left(0, 0, 20, 150);
@@ -91,8 +96,8 @@ TEST(Transitions, SwipeAndCopyMachineSweepFromLeftToRight)
     double brightest = 0;
     for (int x = 0; x < lit.width(); x += 4) {
         const QRect column(x, 0, 4, lit.height());
-        brightest = std::max(brightest, meanBrightness(lit, column) - std::max(meanBrightness(from, column),
-                                                                               meanBrightness(to, column)));
+        brightest = std::max(brightest,
+            meanBrightness(lit, column) - std::max(meanBrightness(from, column), meanBrightness(to, column)));
     }
     EXPECT_GT(brightest, 40);
 }
@@ -129,7 +134,7 @@ TEST(Transitions, DisintegrationFollowsTheMask)
     auto shipped = make(2);
     const int total = 240 * 150;
     int previousOld = total;
-    for (double time : {0.25, 0.5, 0.75}) {
+    for (double time : { 0.25, 0.5, 0.75 }) {
         const QImage frame = shipped->outputImage(time);
         const int stillOld = equalPixels(frame, from);
         EXPECT_LT(stillOld, previousOld);
@@ -183,9 +188,9 @@ TEST(Transitions, PicturesOfDifferentSizesAndEmptyPictures)
     transition.setImages(oldPicture(QSize(200, 100)), newPicture(QSize(100, 50)));
     const QImage last = transition.outputImage(1.0);
     ASSERT_EQ(last.size(), QSize(200, 100));
-    EXPECT_EQ(differingPixels(last, newPicture(QSize(100, 50)).scaled(200, 100, Qt::IgnoreAspectRatio,
-                                                                       Qt::SmoothTransformation), 0),
-              0);
+    EXPECT_EQ(differingPixels(last,
+                  newPicture(QSize(100, 50)).scaled(200, 100, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), 0),
+        0);
     for (int index = 1; index <= 8; ++index) {
         auto empty = make(index, QImage(), newPicture());
         EXPECT_TRUE(empty->outputImage(0.5).isNull()) << index;
@@ -205,7 +210,7 @@ TEST(TransitionArtwork, ShippedPicturesAreTheGeneratedOnes)
     EXPECT_EQ(mask.format(), QImage::Format_Grayscale8);
     EXPECT_EQ(mask, TransitionArtwork::generateMask());
     EXPECT_EQ(QImage(QString::fromLatin1(TransitionArtwork::kShadingPath)).convertToFormat(QImage::Format_ARGB32),
-              TransitionArtwork::generateShading());
+        TransitionArtwork::generateShading());
     // Grey levels are spread evenly, so the mask uncovers the view at a steady pace.
     int quarters[4] = {};
     for (int y = 0; y < mask.height(); ++y)

@@ -6,7 +6,8 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
-namespace {
+namespace
+{
 
 constexpr char kObjectName[] = "miniCalendarWindow";
 constexpr char kAccessibleName[] = "Choose a date";

@@ -15,8 +15,8 @@ class MiniCalendarWindow : public QWidget
 public:
     // initWithContentRect:styleMask:backing:defer: -- the window is borderless whatever flags are
     // asked for; only the parent is taken from the caller.
-    explicit MiniCalendarWindow(const QRect &contentRect = QRect(), Qt::WindowFlags styleMask = {},
-                                QWidget *parent = nullptr);
+    explicit MiniCalendarWindow(
+        const QRect &contentRect = QRect(), Qt::WindowFlags styleMask = {}, QWidget *parent = nullptr);
 
     bool canBecomeKeyWindow() const { return true; }
     WBCalendarControl *calendarControl() const { return m_control; }

@@ -14,13 +14,14 @@
 
 Q_LOGGING_CATEGORY(lcCalendarControl, "quillory.calendar")
 
-namespace {
+namespace
+{
 
 // The strings table that localizes the calendar, a translation context here.
 constexpr char kStringsTable[] = "WBCalendar";
 constexpr char kFirstDayKey[] = "FirstDay";
 constexpr char kBackgroundImagePath[] = ":/images/CalendarBack.png";
-const char *const kWeekdayInitials[7] = {"S", "M", "T", "W", "T", "F", "S"};
+const char *const kWeekdayInitials[7] = { "S", "M", "T", "W", "T", "F", "S" };
 
 constexpr char kObjectName[] = "miniCalendarControl";
 constexpr char kAccessibleName[] = "Mini calendar";
@@ -37,8 +38,7 @@ constexpr int kWeekdayPixelSize = 11;
 
 const QColor kChosenDayFill = QColor::fromRgbF(0.7686f, 0.8784f, 0.9843f, 1.0f);
 
-struct SharedBackground
-{
+struct SharedBackground {
     QImage image;
     bool loaded = false;
 };
@@ -92,7 +92,7 @@ void WBCalendarControl::initialise()
 
 int WBCalendarControl::numberofDayInMonthForYear(int month, int year)
 {
-    static constexpr int kLengths[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    static constexpr int kLengths[12] = { 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31 };
     if (month < 0 || month > 11)
         return 0;
     if (month == 1 && year % 4 == 0 && (year % 100 != 0 || year % 400 == 0))
@@ -129,7 +129,7 @@ QSize WBCalendarControl::sizeHint() const
     const QImage background = backgroundImage();
     if (!background.isNull())
         return background.deviceIndependentSize().toSize();
-    return {kPlainWidth, kPlainHeight};
+    return { kPlainWidth, kPlainHeight };
 }
 
 int WBCalendarControl::monthday(int slot) const
@@ -174,10 +174,10 @@ int WBCalendarControl::dayAtPoint(const QPointF &point) const
     if (fromTop < kHeaderHeight)
         return 0;
     // Clamped before the conversion, so that no far-away point overflows an int.
-    const int column = static_cast<int>(std::clamp(std::floor((point.x() - kLeftMargin) / kCellWidth), 0.0,
-                                                   static_cast<double>(kColumns - 1)));
-    const int row = static_cast<int>(std::clamp(std::floor((fromTop - kHeaderHeight) / kCellHeight), 0.0,
-                                                static_cast<double>(kRows - 1)));
+    const int column = static_cast<int>(
+        std::clamp(std::floor((point.x() - kLeftMargin) / kCellWidth), 0.0, static_cast<double>(kColumns - 1)));
+    const int row = static_cast<int>(
+        std::clamp(std::floor((fromTop - kHeaderHeight) / kCellHeight), 0.0, static_cast<double>(kRows - 1)));
     return m_monthday[static_cast<size_t>(row * kColumns + column)];
 }
 
@@ -258,8 +258,8 @@ void WBCalendarControl::sendAction()
 {
     const QPointer<WBCalendarControl> self(this);
     if (m_target && !m_action.isEmpty()) {
-        if (!QMetaObject::invokeMethod(m_target, m_action.constData(), Qt::DirectConnection,
-                                       Q_ARG(WBCalendarControl *, this)))
+        if (!QMetaObject::invokeMethod(
+                m_target, m_action.constData(), Qt::DirectConnection, Q_ARG(WBCalendarControl *, this)))
             qCWarning(lcCalendarControl) << "The calendar's target has no method" << m_action;
     }
     if (self)

@@ -91,7 +91,7 @@ private:
     QPointer<QObject> m_target;
     QByteArray m_action;
     int m_firstday = 0;
-    std::array<int, kSlotCount> m_monthday{};
+    std::array<int, kSlotCount> m_monthday {};
     int m_firstDayOfWeek = 0;
     QFont m_normalAttributes;
     QFont m_dayOfWeekAttributes;

@@ -1,0 +1,3 @@
+#include "calendar/CalendarLog.h"
+
+Q_LOGGING_CATEGORY(lcCalendar, "quillory.calendar")

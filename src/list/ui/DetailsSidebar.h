@@ -1,0 +1,70 @@
+#pragma once
+
+#include "list/SidebarEditing.h"
+#include "list/SidebarValues.h"
+
+#include <QWidget>
+
+class Controller;
+class QGroupBox;
+class QLabel;
+class QListWidget;
+class QStackedWidget;
+class SidebarForm;
+class SubprojectsModel;
+
+// The details sidebar: with nothing selected the student's details and the courses box; with
+// several rows a count; with one row the editors of SidebarForm on their three tabs. Every editor
+// hands its value to the list when the user is done with it, and shows what the list gives back.
+class DetailsSidebar : public QWidget, public SidebarEditor
+{
+    Q_OBJECT
+public:
+    enum Page { NoSelectionPage, MultiplePage, AssignmentPage, NothingPage };
+
+    explicit DetailsSidebar(Controller *controller, QWidget *parent = nullptr);
+
+    // SidebarEditor
+    SidebarValues sidebarValues() const override;
+    void setSidebarValues(const SidebarValues &values) override;
+
+    Page page() const;
+    SidebarForm *form() const { return m_form; }
+    SubprojectsModel *subprojectsModel() const { return m_subprojects; }
+    QGroupBox *coursesBox() const { return m_coursesBox; }
+    QListWidget *coursesList() const { return m_coursesList; }
+    QLabel *multipleLabel() const { return m_multipleLabel; }
+    QList<QLabel *> personalInfoLabels() const { return m_personalInfo; }
+    // How many of the three tabs can be chosen.
+    int enabledTabCount() const;
+    void showTab(int tab);
+
+    // Hands the editors' values to the list (the program loses focus, the window closes).
+    void commitEdit() { edit(SidebarEditing::Sender::None); }
+
+    // The window refresh: labels, the personal details and the courses box.
+    void applyLabelsAndInformation();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void applyFill();
+    void edit(SidebarEditing::Sender sender);
+    void fillTypes(const QString &course);
+    static void setChoices(class QComboBox *box, const QStringList &choices, const QString &text);
+    void connectEditors();
+
+    Controller *m_controller;
+    QStackedWidget *m_pages;
+    SidebarForm *m_form;
+    SubprojectsModel *m_subprojects;
+    QGroupBox *m_coursesBox;
+    QListWidget *m_coursesList;
+    QLabel *m_multipleLabel;
+    QLabel *m_nothingLabel;
+    QList<QLabel *> m_personalInfo;
+    SidebarValues m_shown;
+    bool m_filling = false;
+    bool m_editing = false;
+};

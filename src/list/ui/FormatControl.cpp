@@ -1,0 +1,56 @@
+#include "list/ui/FormatControl.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QToolButton>
+
+FormatControl::FormatControl(QWidget *parent)
+    : QWidget(parent)
+    , m_group(new QButtonGroup(this))
+{
+    setObjectName(QStringLiteral("formatControl"));
+    setAccessibleName(tr("View format"));
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    const QStringList titles{ListTitle, WeeklyTitle, MonthlyTitle};
+    for (int segment = 0; segment < titles.size(); ++segment) {
+        auto *button = new QToolButton(this);
+        button->setText(titles[segment]);
+        button->setCheckable(true);
+        button->setAutoRaise(false);
+        button->setObjectName(QStringLiteral("formatSegment") + titles[segment]);
+        button->setAccessibleName(titles[segment] + tr(" format"));
+        button->setFocusPolicy(Qt::TabFocus);
+        m_group->addButton(button, segment);
+        layout->addWidget(button);
+    }
+    m_group->setExclusive(true);
+    m_group->button(0)->setChecked(true);
+    connect(m_group, &QButtonGroup::idClicked, this, &FormatControl::formatChosen);
+}
+
+int FormatControl::selectedSegment() const
+{
+    return m_group->checkedId();
+}
+
+void FormatControl::setSelectedSegment(int segment)
+{
+    if (QAbstractButton *button = m_group->button(segment))
+        button->setChecked(true);
+}
+
+void FormatControl::setCalendarsAvailable(bool available)
+{
+    for (int segment : {1, 2}) {
+        QAbstractButton *button = m_group->button(segment);
+        button->setEnabled(available);
+        button->setToolTip(available ? QString() : NotAvailableTip);
+    }
+}
+
+QToolButton *FormatControl::segmentButton(int segment) const
+{
+    return qobject_cast<QToolButton *>(m_group->button(segment));
+}

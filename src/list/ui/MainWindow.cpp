@@ -1,0 +1,445 @@
+#include "list/ui/MainWindow.h"
+
+#include "calculators/ui/FinalsCalculator.h"
+#include "calculators/ui/GPACalculator.h"
+#include "exchange/ui/ExchangeCommands.h"
+#include "list/AssignmentTableModel.h"
+#include "list/Controller.h"
+#include "list/Editing.h"
+#include "list/FilterBarModel.h"
+#include "list/ui/AssignmentTableView.h"
+#include "list/ui/DetailsSidebar.h"
+#include "list/ui/FilterBar.h"
+#include "list/ui/FormatControl.h"
+#include "list/ui/MainToolbar.h"
+#include "list/ui/MultipleAssignmentsSheet.h"
+#include "list/ui/SidebarForm.h"
+#include "list/ui/SidebarPlacement.h"
+#include "list/ui/ToolbarCatalogue.h"
+#include "list/ui/ToolbarCustomizationPalette.h"
+#include "platform/UserDefaults.h"
+#include "store/PreferenceKeys.h"
+#include "store/ui/CoursesAndTextbooks.h"
+#include "store/ui/PreferencesWindow.h"
+#include "sync/Syncing.h"
+#include "widgets/AnimatingTabView.h"
+#include "widgets/DialogPresenters.h"
+#include "widgets/Icons.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QItemSelectionModel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+using Command = MainMenus::Command;
+using namespace PreferenceKeys;
+
+namespace {
+const QString AboutText = QStringLiteral("A planner for students: assignments, projects, courses and textbooks.");
+constexpr QSize InitialSize{1060, 660};
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , m_controller(new Controller(this))
+    , m_toolbar(new MainToolbar(this))
+    , m_menus(new MainMenus(this, menuBar()))
+{
+    setObjectName(QStringLiteral("mainWindow"));
+    setAccessibleName(WindowTitle);
+    setWindowTitle(WindowTitle);
+    setWindowIcon(Icons::own(QStringLiteral("quillory")));
+    setUnifiedTitleAndToolBarOnMac(true);
+    addToolBar(Qt::TopToolBarArea, m_toolbar);
+    m_controller->setToolbar(m_toolbar);
+    buildCentralArea();
+    connectController();
+    markUnavailable();
+    resize(InitialSize);
+    validateCommands();
+}
+
+MainWindow::~MainWindow()
+{
+    // The controller outlives the widgets that registered with it; it must not call them.
+    m_controller->setSidebar(nullptr);
+    m_controller->setToolbar(nullptr);
+}
+
+void MainWindow::buildCentralArea()
+{
+    m_filterBar = new FilterBar(&m_controller->filterBar());
+    m_table = new AssignmentTableView(m_controller);
+    m_formats = new AnimatingTabView;
+    m_formats->setObjectName(QStringLiteral("formattingTabView"));
+    m_formats->setAccessibleName(tr("Assignments view"));
+    m_formats->addTab(m_table, FormatControl::ListTitle);
+
+    auto *mainView = new QWidget;
+    mainView->setObjectName(QStringLiteral("mainView"));
+    auto *mainLayout = new QVBoxLayout(mainView);
+    mainLayout->setContentsMargins(0, 0, 0, 0);
+    mainLayout->setSpacing(0);
+    mainLayout->addWidget(m_filterBar);
+    mainLayout->addWidget(m_formats, 1);
+
+    m_sidebar = new DetailsSidebar(m_controller);
+    auto *holder = new QWidget;
+    holder->setObjectName(QStringLiteral("drawerSplitSubview"));
+    auto *holderLayout = new QVBoxLayout(holder);
+    holderLayout->setContentsMargins(0, 0, 0, 0);
+    holderLayout->addWidget(m_sidebar);
+
+    m_splitter = new QSplitter(Qt::Horizontal);
+    m_splitter->setObjectName(QStringLiteral("mainSplitView"));
+    m_splitter->setAccessibleName(tr("List and sidebar"));
+    m_splitter->addWidget(mainView);
+    m_splitter->addWidget(holder);
+    m_splitter->setStretchFactor(0, 1);
+    m_splitter->setStretchFactor(1, 0);
+    setCentralWidget(m_splitter);
+    m_placement = new SidebarPlacement(m_splitter, holder, m_sidebar, this);
+    m_splitter->setSizes({InitialSize.width() - 310, 310});
+
+    connect(m_placement, &SidebarPlacement::attachmentChanged, this, [this](bool attached) {
+        m_menus->action(Command::DetachSidebar)->setText(attached ? MainMenus::DetachSidebarTitle
+                                                                  : MainMenus::AttachSidebarTitle);
+    });
+    connect(m_toolbar, &MainToolbar::itemTriggered, this, &MainWindow::performToolbarItem);
+    connect(m_toolbar, &MainToolbar::searchTextEdited, this, [this] { m_controller->controlTextDidChange(true); });
+    connect(m_toolbar, &MainToolbar::searchScopeChosen, m_controller, &Controller::setSearchSpecifications);
+    connect(m_toolbar, &MainToolbar::formatChosen, this, &MainWindow::setFormatView);
+    connect(m_toolbar, &MainToolbar::customizationFinished, this, &MainWindow::validateCommands);
+    connect(m_menus, &MainMenus::triggered, this, &MainWindow::perform);
+    connect(m_menus, &MainMenus::aboutToValidate, this, &MainWindow::validateCommands);
+    connect(m_table, &AssignmentTableView::addRequested, this, [this] { perform(Command::Add); });
+    connect(m_table, &AssignmentTableView::contextMenuWanted, this, &MainWindow::showContextMenu);
+    connect(m_filterBar, &FilterBar::overflowMenuUsed, m_controller, &Controller::updateFilterBar);
+    connect(m_filterBar, &FilterBar::widthChanged, m_controller, &Controller::updateFilterBar);
+}
+
+void MainWindow::connectController()
+{
+    connect(m_controller->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &MainWindow::validateCommands);
+    connect(m_controller->tableModel(), &QAbstractItemModel::modelReset, this, &MainWindow::validateCommands);
+    connect(m_controller, &Controller::labelsChanged, this, [this] {
+        m_menus->applyLabels();
+        validateCommands();
+    });
+    // The program losing the focus hands the sidebar's edit in progress to the list.
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state != Qt::ApplicationActive)
+            m_sidebar->commitEdit();
+    });
+}
+
+void MainWindow::markUnavailable()
+{
+    // Windows that other parts of the program have not delivered yet.
+    const QString calendarWhy = tr("The calendar views are not available yet");
+    for (Command command : {Command::FormatWeekly, Command::FormatMonthly, Command::GoToToday, Command::NextMonth,
+                            Command::PreviousMonth})
+        m_menus->setUnavailable(command, calendarWhy);
+    m_toolbar->setCalendarFormatsAvailable(false);
+}
+
+// --- start-up ----------------------------------------------------------------------------------------
+
+void MainWindow::setUpWindow(bool drawerOpen)
+{
+    m_placement->setDrawerOpen(drawerOpen);
+    m_placement->detachSidebarAtStartup();
+}
+
+void MainWindow::setUpFilterBar(int viewIndex)
+{
+    m_controller->updateFilterBar();
+    m_controller->filterBar().selectIndexInSegment(viewIndex, 0);
+}
+
+void MainWindow::selectFormat(int format)
+{
+    if (format >= 0 && format <= 2)
+        m_toolbar->setFormatSegment(format);
+    setFormatView(m_toolbar->formatSegment());
+}
+
+void MainWindow::setUpFromPreferences()
+{
+    UserDefaults defaults;
+    setUpWindow(defaults.string(AssignmentDrawerState) != Closed);
+    const qint64 defaultView = defaults.groupValue(General, GeneralKeys::DefaultView).toLongLong();
+    setUpFilterBar(int((defaultView + 1) % 3 + 3) % 3);
+    const QVariantMap general = defaults.dictionary(General);
+    selectFormat(general.contains(GeneralKeys::DefaultCalendarFormat)
+                     ? int(general.value(GeneralKeys::DefaultCalendarFormat).toLongLong())
+                     : -1);
+    refresh();
+}
+
+void MainWindow::refresh()
+{
+    if (m_refreshing)
+        return;
+    m_refreshing = true;
+    m_controller->updateWindowInformation();
+    m_menus->applyLabels();
+    validateCommands();
+    m_refreshing = false;
+}
+
+bool MainWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::WindowActivate)
+        refresh();
+    return QMainWindow::event(event);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_controller->singleSelectedRow() >= 0)
+        m_sidebar->commitEdit();
+    m_placement->panel()->hide();
+    QMainWindow::closeEvent(event);
+}
+
+// --- validation --------------------------------------------------------------------------------------
+
+bool MainWindow::isWorkingWindowKey() const
+{
+    const QWidget *active = QApplication::activeWindow();
+    // Without a window system that reports activation (offscreen), the main window counts as key
+    // while it is shown and no other window of ours is active.
+    if (!active)
+        return isVisible();
+    return active == this || active == m_placement->panel();
+}
+
+MainMenus::State MainWindow::menuState() const
+{
+    MainMenus::State state;
+    state.workingWindowKey = isWorkingWindowKey();
+    state.selectedRows = int(m_controller->selectedRows().size());
+    state.rows = m_controller->tableModel()->rowCount();
+    state.enabledSidebarTabs = m_sidebar->enabledTabCount();
+    state.formatIndex = m_formats->currentIndex();
+    return state;
+}
+
+void MainWindow::validateCommands()
+{
+    const MainMenus::State state = menuState();
+    m_menus->validate(state);
+    m_toolbar->validate(state.selectedRows, state.rows);
+}
+
+// --- commands ----------------------------------------------------------------------------------------
+
+void MainWindow::showWindow(QWidget *window)
+{
+    // What these windows change is on disk; the refresh when this window is active again reads it.
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+AssignmentList MainWindow::selectedRecords() const
+{
+    AssignmentList records;
+    for (int row : m_controller->selectedRows())
+        records.append(m_controller->displayAssignments().value(row));
+    return records;
+}
+
+void MainWindow::performToolbarItem(const QString &identifier)
+{
+    using namespace ToolbarCatalogue;
+    static const QHash<QString, Command> commands{
+        {AddItem, Command::Add},           {AddMultipleItem, Command::AddRecurring},
+        {AddProjectItem, Command::AddProject}, {RemoveItem, Command::Delete},
+        {EmailItem, Command::Email},       {ToggleDrawer, Command::ToggleSidebar},
+        {Preferences, Command::Preferences}, {CoursesWindow, Command::CoursesWindow},
+        {FinalsCalc, Command::FinalsCalculator}, {GPACalc, Command::GPACalculator},
+        {ExportToiCal, Command::ExportToiCal}, {ExportToText, Command::ExportToText},
+    };
+    if (identifier == SyncData) {
+        // The toolbar's upload runs on a thread of its own; the window stays usable meanwhile.
+        Syncing::sharedController()->syncData();
+        return;
+    }
+    if (commands.contains(identifier))
+        perform(commands.value(identifier));
+}
+
+void MainWindow::perform(Command command)
+{
+    switch (command) {
+    case Command::Add:
+        m_controller->editing().addAssignment();
+        break;
+    case Command::AddRecurring:
+        addMultiple();
+        break;
+    case Command::AddProject:
+        m_controller->editing().addProject();
+        break;
+    case Command::Duplicate:
+        m_controller->editing().duplicateAssignment();
+        break;
+    case Command::Delete:
+        if (!m_controller->selectedRows().isEmpty())
+            m_controller->editing().deleteAssignment();
+        break;
+    case Command::Email:
+        if (!m_controller->selectedRows().isEmpty())
+            ExchangeCommands::emailAssignment(selectedRecords());
+        break;
+    case Command::Find:
+        if (m_toolbar->isSearchItemVisible()) {
+            m_toolbar->searchField()->setFocus(Qt::ShortcutFocusReason);
+            m_toolbar->searchField()->selectAll();
+        }
+        break;
+    case Command::ExportToiCal:
+        ExchangeCommands::exportAssignmentsToiCal(this, m_controller->displayAssignments());
+        break;
+    case Command::ExportToText:
+        if (!m_controller->displayAssignments().isEmpty())
+            ExchangeCommands::exportAssignmentsToText(this, m_controller->displayAssignments());
+        break;
+    case Command::ExportBackup:
+        ExchangeCommands::exportToBackup();
+        break;
+    case Command::ImportBackup:
+        ExchangeCommands::importFromBackup();
+        refresh();
+        break;
+    case Command::Quit:
+        Q_EMIT quitRequested();
+        break;
+    case Command::CustomizeToolbar:
+        m_toolbar->runCustomizationPalette();
+        break;
+    case Command::FormatList:
+        m_toolbar->setFormatSegment(0);
+        setFormatView(0);
+        break;
+    case Command::FormatWeekly:
+        m_toolbar->setFormatSegment(1);
+        setFormatView(1);
+        break;
+    case Command::FormatMonthly:
+        m_toolbar->setFormatSegment(2);
+        setFormatView(2);
+        break;
+    case Command::ToggleSidebar:
+        m_placement->toggleAssignmentDrawer();
+        break;
+    case Command::DetachSidebar:
+        m_placement->detachSidebar();
+        break;
+    case Command::DetailsTab:
+    case Command::NotesTab:
+    case Command::SubprojectsTab:
+        if (m_placement->isAttached() && m_placement->isCollapsed())
+            m_placement->toggleAssignmentDrawer();
+        m_sidebar->showTab(command == Command::DetailsTab ? SidebarForm::DetailsTab
+                           : command == Command::NotesTab ? SidebarForm::NotesTab
+                                                          : SidebarForm::SubprojectsTab);
+        break;
+    case Command::AssignmentsWindow:
+        show();
+        raise();
+        activateWindow();
+        break;
+    case Command::GPACalculator:
+        showWindow(GPACalculator::sharedController());
+        break;
+    case Command::FinalsCalculator:
+        showWindow(FinalsCalculator::sharedController());
+        break;
+    case Command::About:
+        QMessageBox::about(this, tr("About Quillory"), AboutText);
+        break;
+    case Command::UploadData:
+        Syncing::sharedController()->uploadData();
+        break;
+    case Command::DownloadData:
+        // The download replaced the files; the refresh reads them.
+        Syncing::sharedController()->downloadData();
+        refresh();
+        break;
+    case Command::Preferences:
+        showWindow(PreferencesWindow::sharedController());
+        break;
+    case Command::CoursesWindow:
+        showWindow(CoursesAndTextbooks::sharedController());
+        break;
+    case Command::GoToToday:
+    case Command::NextMonth:
+    case Command::PreviousMonth:
+        // Nothing behind these yet; their items stay disabled.
+        break;
+    }
+    validateCommands();
+}
+
+void MainWindow::setFormatView(int segment)
+{
+    // Only the list exists until the calendar views arrive; the format control cannot choose them.
+    if (segment < 0 || segment >= m_formats->count())
+        segment = 0;
+    m_toolbar->setFormatSegment(segment);
+    // The transition the user chose plays on every switch.
+    const QVariant transition = UserDefaults().groupValue(General, GeneralKeys::MainWindowTransition);
+    m_formats->setTransition(transition.isValid() ? int(transition.toLongLong()) : AnimatingTabView::kDefaultTransition);
+    if (m_formats->currentIndex() != segment)
+        m_formats->selectTabViewItem(segment, QGuiApplication::queryKeyboardModifiers());
+    validateCommands();
+}
+
+void MainWindow::addMultiple()
+{
+    if (!m_recurringSheet) {
+        m_recurringSheet = new MultipleAssignmentsSheet(this);
+        // The series went straight to the file; the list picks it up with the refresh.
+        connect(m_recurringSheet, &QDialog::accepted, this, &MainWindow::refresh);
+    }
+    m_recurringSheet->showMultiplePanel();
+}
+
+void MainWindow::showContextMenu(const QPoint &globalPosition, bool onRow)
+{
+    if (m_contextMenu)
+        m_contextMenu->deleteLater();
+    validateCommands();
+    auto *menu = new QMenu(this);
+    menu->setObjectName(onRow ? QStringLiteral("rowContextMenu") : QStringLiteral("tableContextMenu"));
+    menu->setAccessibleName(tr("Assignment commands"));
+    if (onRow) {
+        menu->addAction(m_menus->action(Command::Duplicate));
+        menu->addAction(m_menus->action(Command::Delete));
+        menu->addAction(m_menus->action(Command::Email));
+        menu->addSeparator();
+        QAction *subproject = menu->addAction(tr("Add Subproject"));
+        subproject->setObjectName(QStringLiteral("contextAddSubproject"));
+        const AssignmentRef record = m_controller->actualSelectedObject();
+        subproject->setEnabled(record && record->isProject() && m_controller->selectedRows().size() == 1);
+        connect(subproject, &QAction::triggered, this, [this] { m_controller->editing().addSubproject(); });
+    } else {
+        menu->addAction(m_menus->action(Command::Add));
+        menu->addAction(m_menus->action(Command::AddRecurring));
+        menu->addAction(m_menus->action(Command::AddProject));
+    }
+    menu->addSeparator();
+    menu->addAction(m_menus->action(Command::ExportToiCal));
+    menu->addAction(m_menus->action(Command::ExportToText));
+    m_contextMenu = menu;
+    menu->popup(globalPosition);
+}

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "list/ui/MainMenus.h"
+#include "list/ui/MultipleAssignmentsSheet.h"
+#include "store/Assignment.h"
+
+#include <QMainWindow>
+#include <QMenu>
+#include <QPointer>
+
+class AssignmentTableView;
+class Controller;
+class DetailsSidebar;
+class FilterBar;
+class MainToolbar;
+class MultipleAssignmentsSheet;
+class QSplitter;
+class AnimatingTabView;
+class SidebarPlacement;
+
+// The main window: toolbar, filter bar, the list (or a calendar) and the details sidebar, over the
+// list's Controller. The window draws the controller's state and forwards the user's commands to
+// it; whenever the window becomes active it runs the refresh, which rereads what other windows
+// wrote to disk.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    static inline const QString WindowTitle = QStringLiteral("Quillory");
+    static inline const QString NotAvailableYet = QStringLiteral("Not available yet");
+
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    // The start-up steps, in the order the program runs them.
+    void setUpWindow(bool drawerOpen);
+    // Builds the filter bar with its view segment at `viewIndex`.
+    void setUpFilterBar(int viewIndex);
+    // The format control's choice from the preferences (-1: none), then the main view follows it.
+    void selectFormat(int format);
+    // All of the above from the preferences, then the refresh: what tests and the benchmark use.
+    void setUpFromPreferences();
+
+    // The window refresh: reload, columns, sort, filter bar, labels and personal details.
+    void refresh();
+
+    // Commands.
+    void perform(MainMenus::Command command);
+    void performToolbarItem(const QString &identifier);
+    void setFormatView(int segment);
+    void addMultiple();
+    // Validation of the menus and the toolbar against the current state.
+    void validateCommands();
+
+    Controller *controller() const { return m_controller; }
+    MainToolbar *mainToolbar() const { return m_toolbar; }
+    FilterBar *filterBar() const { return m_filterBar; }
+    AssignmentTableView *assignmentTable() const { return m_table; }
+    DetailsSidebar *sidebar() const { return m_sidebar; }
+    MainMenus *menus() const { return m_menus; }
+    SidebarPlacement *sidebarPlacement() const { return m_placement; }
+    AnimatingTabView *formattingTabView() const { return m_formats; }
+    QSplitter *splitView() const { return m_splitter; }
+    MultipleAssignmentsSheet *recurringSheet() const { return m_recurringSheet; }
+    // The contextual menu last built for the table (for tests), or nullptr.
+    QMenu *lastContextMenu() const { return m_contextMenu; }
+    bool isWorkingWindowKey() const;
+
+Q_SIGNALS:
+    void quitRequested();
+
+protected:
+    bool event(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildCentralArea();
+    void connectController();
+    void markUnavailable();
+    static void showWindow(QWidget *window);
+    void showContextMenu(const QPoint &globalPosition, bool onRow);
+    AssignmentList selectedRecords() const;
+    MainMenus::State menuState() const;
+
+    Controller *m_controller;
+    MainToolbar *m_toolbar;
+    MainMenus *m_menus;
+    FilterBar *m_filterBar = nullptr;
+    AssignmentTableView *m_table = nullptr;
+    DetailsSidebar *m_sidebar = nullptr;
+    QSplitter *m_splitter = nullptr;
+    AnimatingTabView *m_formats = nullptr;
+    SidebarPlacement *m_placement = nullptr;
+    QPointer<MultipleAssignmentsSheet> m_recurringSheet;
+    QPointer<QMenu> m_contextMenu;
+    bool m_refreshing = false;
+};

@@ -1,0 +1,195 @@
+#include "list/ui/SidebarForm.h"
+
+#include "list/ui/DateEditor.h"
+#include "list/ui/FilePicker.h"
+#include "store/Labels.h"
+#include "store/PreferenceKeys.h"
+#include "widgets/Icons.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QSlider>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTableView>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+using namespace PreferenceKeys;
+
+namespace {
+const QString NonePlaceholder = QStringLiteral("none");
+const QString NotesPlaceholder = QStringLiteral("notes");
+const QString CameraNotAvailable = QStringLiteral("The camera is not available yet");
+
+QComboBox *comboBox(const QString &name)
+{
+    auto *box = new QComboBox;
+    box->setObjectName(name);
+    box->setEditable(true);
+    box->setInsertPolicy(QComboBox::NoInsert);
+    box->lineEdit()->setPlaceholderText(NonePlaceholder);
+    box->setMaxVisibleItems(12);
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(8);
+    return box;
+}
+} // namespace
+
+SidebarForm::SidebarForm(QWidget *parent)
+    : QWidget(parent)
+{
+    setObjectName(QStringLiteral("sidebarForm"));
+    tabs = new QTabWidget(this);
+    tabs->setObjectName(QStringLiteral("sidebarTabs"));
+    tabs->setAccessibleName(tr("Assignment details"));
+    tabs->setDocumentMode(true);
+    tabs->tabBar()->setAccessibleName(tr("Sidebar tabs"));
+    tabs->addTab(buildDetails(), tr("Details"));
+    tabs->addTab(buildNotes(), tr("Notes"));
+    tabs->addTab(buildSubprojects(), tr("Subprojects"));
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(tabs);
+    applyLabels();
+}
+
+QWidget *SidebarForm::buildDetails()
+{
+    auto *page = new QWidget;
+    page->setObjectName(QStringLiteral("detailsTab"));
+    nameField = new QLineEdit;
+    nameField->setObjectName(QStringLiteral("nameField"));
+    nameField->setAccessibleName(tr("Name"));
+    dateEditor = new DateEditor(tr("Due date"), QStringLiteral("date"));
+    courseField = comboBox(QStringLiteral("courseField"));
+    textbookField = comboBox(QStringLiteral("textbookField"));
+    typeField = comboBox(QStringLiteral("typeField"));
+    completedCheckbox = new QCheckBox;
+    completedCheckbox->setObjectName(QStringLiteral("completedCheckbox"));
+    gradeField = new QLineEdit;
+    gradeField->setObjectName(QStringLiteral("gradeField"));
+    prioritySlider = new QSlider(Qt::Horizontal);
+    prioritySlider->setObjectName(QStringLiteral("prioritySlider"));
+    prioritySlider->setAccessibleName(tr("Priority"));
+    prioritySlider->setRange(PriorityMinimum, PriorityMaximum);
+    prioritySlider->setTickPosition(QSlider::TicksBelow);
+    prioritySlider->setPageStep(1);
+    filePicker = new FilePicker;
+    snapshotButton = new QToolButton;
+    snapshotButton->setObjectName(QStringLiteral("snapshotButton"));
+    snapshotButton->setAccessibleName(tr("Snapshot"));
+    snapshotButton->setIconSize(QSize(96, 72));
+    snapshotButton->setMinimumSize(100, 76);
+    snapshotButton->setToolTip(CameraNotAvailable);
+    snapshotButton->setEnabled(false);
+    contactsField = new QLineEdit;
+    contactsField->setObjectName(QStringLiteral("contactsField"));
+    contactsField->setAccessibleName(tr("Contacts"));
+    contactsField->setPlaceholderText(NonePlaceholder);
+    contactsField->setToolTip(tr("Contacts, separated by commas"));
+
+    courseCaption = new QLabel;
+    textbookCaption = new QLabel;
+    typeCaption = new QLabel;
+    gradeCaption = new QLabel;
+    completedCaption = new QLabel;
+    auto *form = new QFormLayout(page);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form->addRow(tr("Name:"), nameField);
+    form->addRow(tr("Due:"), dateEditor);
+    form->addRow(courseCaption, courseField);
+    form->addRow(textbookCaption, textbookField);
+    form->addRow(typeCaption, typeField);
+    form->addRow(completedCaption, completedCheckbox);
+    form->addRow(gradeCaption, gradeField);
+    form->addRow(tr("Priority:"), prioritySlider);
+    form->addRow(tr("File:"), filePicker);
+    form->addRow(tr("Contacts:"), contactsField);
+    form->addRow(tr("Snapshot:"), snapshotButton);
+    return page;
+}
+
+QWidget *SidebarForm::buildNotes()
+{
+    auto *page = new QWidget;
+    page->setObjectName(QStringLiteral("notesTab"));
+    notesField = new QPlainTextEdit;
+    notesField->setObjectName(QStringLiteral("notesField"));
+    notesField->setAccessibleName(tr("Notes"));
+    notesField->setPlaceholderText(NotesPlaceholder);
+    notesField->setTabChangesFocus(true);
+    auto *layout = new QVBoxLayout(page);
+    layout->addWidget(notesField);
+    return page;
+}
+
+QWidget *SidebarForm::buildSubprojects()
+{
+    auto *page = new QWidget;
+    page->setObjectName(QStringLiteral("subprojectsTab"));
+    subprojectsTable = new QTableView;
+    subprojectsTable->setObjectName(QStringLiteral("subprojectsTable"));
+    subprojectsTable->setAccessibleName(tr("Subprojects"));
+    subprojectsTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    subprojectsTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    subprojectsTable->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed
+                                      | QAbstractItemView::AnyKeyPressed);
+    subprojectsTable->verticalHeader()->hide();
+    subprojectsTable->setShowGrid(false);
+    subprojectsTable->setAlternatingRowColors(true);
+    subprojectsTable->horizontalHeader()->setStretchLastSection(true);
+    subprojectsTable->horizontalHeader()->setSortIndicatorShown(true);
+    addSubprojectButton = new QToolButton;
+    addSubprojectButton->setObjectName(QStringLiteral("addSubprojectButton"));
+    addSubprojectButton->setAccessibleName(tr("Add a subproject"));
+    addSubprojectButton->setToolTip(tr("Add a subproject"));
+    addSubprojectButton->setIcon(Icons::themed(QStringLiteral("list-add"), QStringLiteral("main-plus")));
+    removeSubprojectButton = new QToolButton;
+    removeSubprojectButton->setObjectName(QStringLiteral("removeSubprojectButton"));
+    removeSubprojectButton->setAccessibleName(tr("Delete the subproject"));
+    removeSubprojectButton->setToolTip(tr("Delete the selected subproject"));
+    removeSubprojectButton->setIcon(Icons::themed(QStringLiteral("list-remove"), QStringLiteral("main-minus")));
+    removeSubprojectButton->setEnabled(false);
+    auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(0);
+    buttons->addWidget(addSubprojectButton);
+    buttons->addWidget(removeSubprojectButton);
+    buttons->addStretch(1);
+    auto *layout = new QVBoxLayout(page);
+    layout->addWidget(subprojectsTable, 1);
+    layout->addLayout(buttons);
+    return page;
+}
+
+void SidebarForm::applyLabels()
+{
+    const std::pair<QLabel *, QString> captions[] = {{courseCaption, LabelKeys::Course},
+                                                     {textbookCaption, LabelKeys::Textbook},
+                                                     {typeCaption, LabelKeys::Type},
+                                                     {gradeCaption, LabelKeys::Grade},
+                                                     {completedCaption, LabelKeys::Completed}};
+    for (const auto &[caption, key] : captions)
+        caption->setText(Labels::label(key) + QLatin1Char(':'));
+    courseField->setAccessibleName(Labels::label(LabelKeys::Course));
+    textbookField->setAccessibleName(Labels::label(LabelKeys::Textbook));
+    typeField->setAccessibleName(Labels::label(LabelKeys::Type));
+    gradeField->setAccessibleName(Labels::label(LabelKeys::Grade));
+    completedCheckbox->setAccessibleName(Labels::label(LabelKeys::Completed));
+}
+
+void SidebarForm::showSnapshot(const QByteArray &tiff)
+{
+    QPixmap image;
+    if (!tiff.isEmpty())
+        image.loadFromData(tiff);
+    snapshotButton->setIcon(image.isNull() ? QIcon() : QIcon(image));
+    snapshotButton->setText(image.isNull() ? tr("No snapshot") : QString());
+    snapshotButton->setToolButtonStyle(image.isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QByteArray>
+#include <QWidget>
+
+class DateEditor;
+class FilePicker;
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QSlider;
+class QTableView;
+class QToolButton;
+class QTabWidget;
+
+// The editors of the details sidebar on their three tabs (Details, Notes, Subprojects). Only
+// builds and lays out; DetailsSidebar wires them to the list.
+class SidebarForm : public QWidget
+{
+    Q_OBJECT
+public:
+    static constexpr int DetailsTab = 0;
+    static constexpr int NotesTab = 1;
+    static constexpr int SubprojectsTab = 2;
+    static constexpr int PriorityMinimum = 1;
+    static constexpr int PriorityMaximum = 5;
+
+    explicit SidebarForm(QWidget *parent = nullptr);
+
+    // The course, textbook, type and grade captions read the user's labels.
+    void applyLabels();
+    // Shows the snapshot image (TIFF data; empty for none).
+    void showSnapshot(const QByteArray &tiff);
+
+    QTabWidget *tabs = nullptr;
+    QLineEdit *nameField = nullptr;
+    DateEditor *dateEditor = nullptr;
+    QComboBox *courseField = nullptr;
+    QComboBox *textbookField = nullptr;
+    QComboBox *typeField = nullptr;
+    QCheckBox *completedCheckbox = nullptr;
+    QLineEdit *gradeField = nullptr;
+    QSlider *prioritySlider = nullptr;
+    FilePicker *filePicker = nullptr;
+    QToolButton *snapshotButton = nullptr;
+    QLineEdit *contactsField = nullptr;
+    QPlainTextEdit *notesField = nullptr;
+    QTableView *subprojectsTable = nullptr;
+    QToolButton *addSubprojectButton = nullptr;
+    QToolButton *removeSubprojectButton = nullptr;
+
+    QLabel *courseCaption = nullptr;
+    QLabel *textbookCaption = nullptr;
+    QLabel *typeCaption = nullptr;
+    QLabel *gradeCaption = nullptr;
+    QLabel *completedCaption = nullptr;
+
+private:
+    QWidget *buildDetails();
+    QWidget *buildNotes();
+    QWidget *buildSubprojects();
+};

@@ -1,0 +1,132 @@
+#pragma once
+
+#include "CalendarViewTestSupport.h"
+#include "calendar/ui/CalendarController.h"
+#include "list/Controller.h"
+#include "list/SidebarValues.h"
+#include "list/ToolbarState.h"
+#include "platform/DateText.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "store/PreferenceKeys.h"
+#include "store/Preferences.h"
+
+#include <QDir>
+
+// The main window's toolbar as the list reads it, showing a calendar format.
+struct CalendarToolbar : ToolbarState {
+    QString text;
+    QString placeholder;
+    int format = 2;
+    bool isSearchItemVisible() const override { return true; }
+    QString searchText() const override { return text; }
+    QString searchPlaceholder() const override { return placeholder; }
+    void setSearchPlaceholder(const QString &value) override { placeholder = value; }
+    int formatSegment() const override { return format; }
+};
+
+// The details sidebar: what the list shows is what its next edit reads.
+struct CalendarSidebar : SidebarEditor {
+    SidebarValues values;
+    SidebarValues sidebarValues() const override { return values; }
+    void setSidebarValues(const SidebarValues &shown) override { values = shown; }
+};
+
+namespace CalendarControllerTest {
+
+inline QString stored(int year, int month, int day, int hour = 0, int minute = 0)
+{
+    return DateText::toStoredForm(QDateTime(QDate(year, month, day), QTime(hour, minute)));
+}
+
+inline AssignmentRef record(const QString &name, const QString &date = QString(), const QVariantMap &more = {})
+{
+    QVariantMap fields = more;
+    fields.insert(AssignmentKeys::Name, name);
+    if (!date.isNull())
+        fields.insert(AssignmentKeys::Date, date);
+    return Assignments::make(fields);
+}
+
+inline void setGeneral(const QString &key, const QVariant &value)
+{
+    UserDefaults defaults;
+    QVariantMap general = defaults.dictionary(PreferenceKeys::General);
+    general.insert(key, value);
+    defaults.set(PreferenceKeys::General, general);
+}
+
+inline QVariantList readStore()
+{
+    return PropertyList::readFile(Paths::assignmentsFile()).value_or(QVariant()).toList();
+}
+
+inline QVariantMap storedNamed(const QString &name)
+{
+    for (const QVariant &entry : readStore())
+        if (entry.toMap().value(AssignmentKeys::Name).toString() == name)
+            return entry.toMap();
+    return {};
+}
+
+// The list over a store on disk, with the calendars joined to it and the monthly one shown.
+struct Fixture {
+    CalendarToolbar toolbar;
+    CalendarSidebar sidebar;
+    std::unique_ptr<Controller> controller;
+    std::unique_ptr<CalendarController> calendar;
+
+    explicit Fixture(const AssignmentList &records, const QSize &size = QSize(700, 451))
+    {
+        Preferences::setAllDefaults();
+        // "All" in the filter bar (Default View 2 wraps to the first view).
+        setGeneral(PreferenceKeys::GeneralKeys::DefaultView, 2);
+        QDir().mkpath(Paths::dataFolder());
+        PropertyList::writeFile(Paths::assignmentsFile(), Assignments::toVariantList(records));
+        controller = std::make_unique<Controller>();
+        controller->setToolbar(&toolbar);
+        controller->setSidebar(&sidebar);
+        calendar = std::make_unique<CalendarController>();
+        calendar->setController(controller.get());
+        for (BVCalendarView *view : {calendar->monthlyView(), calendar->weeklyView()})
+            view->resize(size);
+        calendar->monthlyView()->show();
+        [[maybe_unused]] const bool exposed = QTest::qWaitForWindowExposed(calendar->monthlyView());
+        controller->setUp();
+    }
+
+    ~Fixture()
+    {
+        calendar.reset();
+        controller.reset();
+    }
+
+    BVCalendarView *monthly() const { return calendar->monthlyView(); }
+    BVCalendarView *weekly() const { return calendar->weeklyView(); }
+
+    AssignmentRef shown(const QString &name) const
+    {
+        for (const AssignmentRef &r : controller->displayAssignments())
+            if (r->string(AssignmentKeys::Name) == name)
+                return r;
+        return nullptr;
+    }
+
+    // The name of the list's only selected row, or "" without one.
+    QString listSelection() const
+    {
+        const int row = controller->singleSelectedRow();
+        return row < 0 ? QString() : controller->displayAssignments()[row]->string(AssignmentKeys::Name);
+    }
+
+    QStringList titlesOn(BVCalendarView *view, const QDate &day) const
+    {
+        QStringList titles;
+        for (const CalendarEntry &entry : view->data().entries(day))
+            titles.append(entry.title);
+        return titles;
+    }
+};
+
+} // namespace CalendarControllerTest

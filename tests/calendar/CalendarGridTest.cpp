@@ -1,0 +1,190 @@
+#include "calendar/CalendarGrid.h"
+#include "calendar/CalendarLayout.h"
+#include "TestEnvironment.h"
+
+#include <gtest/gtest.h>
+
+using CalendarGrid::Mode;
+
+namespace {
+QDate day(int year, int month, int dayOfMonth)
+{
+    return QDate(year, month, dayOfMonth);
+}
+} // namespace
+
+TEST(CalendarGridTest, MonthRowCounts)
+{
+    // February 2009 starts on a Sunday and has 28 days: exactly four weeks.
+    EXPECT_EQ(CalendarGrid::rowCount(day(2009, 2, 14), Mode::Monthly), 4);
+    // January 2011: 31 days starting on a Saturday reach into a sixth week.
+    EXPECT_EQ(day(2011, 1, 1).dayOfWeek(), Qt::Saturday);
+    EXPECT_EQ(CalendarGrid::rowCount(day(2011, 1, 31), Mode::Monthly), 6);
+    // November 2026 starts on a Sunday with 30 days: five.
+    EXPECT_EQ(CalendarGrid::rowCount(day(2026, 11, 22), Mode::Monthly), 5);
+    // A month whose first week begins in the month before: March 2009 (the 1st a Sunday) and
+    // April 2009 (the 1st a Wednesday).
+    EXPECT_EQ(CalendarGrid::rowCount(day(2009, 4, 1), Mode::Monthly), 5);
+    // A 30-day month starting on a Saturday needs six rows too; December across the year end.
+    EXPECT_EQ(CalendarGrid::rowCount(day(2012, 9, 10), Mode::Monthly), 6);
+    EXPECT_EQ(CalendarGrid::rowCount(day(2026, 12, 31), Mode::Monthly), 5);
+    EXPECT_EQ(CalendarGrid::rowCount(day(2026, 12, 31), Mode::Weekly), 1);
+}
+
+TEST(CalendarGridTest, FirstAndLastDays)
+{
+    // March 2008 opens on a Saturday: the grid starts on the Sunday before, in February.
+    EXPECT_EQ(CalendarGrid::firstDay(day(2008, 3, 17), Mode::Monthly), day(2008, 2, 24));
+    EXPECT_EQ(CalendarGrid::lastDay(day(2008, 3, 17), Mode::Monthly), day(2008, 3, 31));
+    EXPECT_EQ(CalendarGrid::lastDay(day(2008, 2, 3), Mode::Monthly), day(2008, 2, 29));
+    EXPECT_EQ(CalendarGrid::lastDay(day(2009, 2, 3), Mode::Monthly), day(2009, 2, 28));
+    // A week runs from the Sunday on or before the focus to the Saturday after it.
+    EXPECT_EQ(CalendarGrid::firstDay(day(2026, 11, 25), Mode::Weekly), day(2026, 11, 22));
+    EXPECT_EQ(CalendarGrid::firstDay(day(2026, 11, 22), Mode::Weekly), day(2026, 11, 22));
+    EXPECT_EQ(CalendarGrid::lastDay(day(2026, 11, 22), Mode::Weekly), day(2026, 11, 28));
+}
+
+TEST(CalendarGridTest, SlotsOfAFourRowMonthIncludeTheWeekBelowTheGrid)
+{
+    const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2009, 2, 10), Mode::Monthly);
+    // Four rows of seven, then one more week laid below the grid; cells 35 to 41 stay unused.
+    ASSERT_EQ(slots.size(), 35);
+    for (int i = 0; i < slots.size(); ++i) {
+        EXPECT_EQ(slots[i].cell, i);
+        EXPECT_EQ(slots[i].column, i % 7);
+        EXPECT_EQ(slots[i].date, day(2009, 2, 1).addDays(i));
+    }
+    EXPECT_EQ(slots[0].row, 3);
+    EXPECT_EQ(slots[27].row, 0);
+    EXPECT_EQ(slots[28].row, -1);
+    EXPECT_EQ(slots[28].date, day(2009, 3, 1));
+    EXPECT_TRUE(slots[27].enabled);
+    EXPECT_FALSE(slots[28].enabled);
+}
+
+TEST(CalendarGridTest, SlotsOfASixRowMonthFillAllCells)
+{
+    const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2011, 1, 1), Mode::Monthly);
+    ASSERT_EQ(slots.size(), CalendarGrid::CellCount);
+    EXPECT_EQ(slots.first().date, day(2010, 12, 26));
+    EXPECT_FALSE(slots.first().enabled);
+    EXPECT_EQ(slots[6].date, day(2011, 1, 1));
+    EXPECT_TRUE(slots[6].enabled);
+    EXPECT_EQ(slots.last().date, day(2011, 2, 5));
+    EXPECT_EQ(slots.last().row, 0);
+    EXPECT_FALSE(slots.last().enabled);
+}
+
+TEST(CalendarGridTest, WeekCrossingTheYearEndDisablesTheOtherMonth)
+{
+    const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2026, 12, 30), Mode::Weekly);
+    ASSERT_EQ(slots.size(), 14);
+    EXPECT_EQ(slots[0].date, day(2026, 12, 27));
+    EXPECT_EQ(slots[0].row, 0);
+    EXPECT_TRUE(slots[4].enabled);  // Thursday 31 December
+    EXPECT_FALSE(slots[5].enabled); // Friday 1 January
+    EXPECT_EQ(slots[5].date, day(2027, 1, 1));
+    EXPECT_EQ(slots[7].row, -1);
+    EXPECT_EQ(slots[7].date, day(2027, 1, 3));
+}
+
+TEST(CalendarGridTest, CellColours)
+{
+    const QDate focus = day(2026, 11, 10);
+    const QDate today = day(2026, 11, 22);
+    const QColor grey = CalendarGrid::cellColor(day(2026, 12, 1), focus, today, Mode::Monthly);
+    EXPECT_NEAR(grey.redF(), 0.96, 0.002);
+    EXPECT_NEAR(grey.alphaF(), 1.0, 0.002);
+    const QColor todayColour = CalendarGrid::cellColor(today, focus, today, Mode::Monthly);
+    EXPECT_NEAR(todayColour.redF(), 0.92, 0.002);
+    EXPECT_NEAR(todayColour.greenF(), 0.95, 0.002);
+    EXPECT_NEAR(todayColour.blueF(), 0.98, 0.002);
+    EXPECT_NEAR(todayColour.alphaF(), 0.9, 0.002);
+    const QColor focusColour = CalendarGrid::cellColor(focus, focus, today, Mode::Monthly);
+    EXPECT_NEAR(focusColour.blueF(), 0.98, 0.002);
+    EXPECT_NEAR(focusColour.alphaF(), 1.0, 0.002);
+    EXPECT_EQ(CalendarGrid::cellColor(day(2026, 11, 11), focus, today, Mode::Monthly), QColor(Qt::white));
+    // Another month in a week view is not greyed.
+    EXPECT_EQ(CalendarGrid::cellColor(day(2026, 12, 1), focus, today, Mode::Weekly), QColor(Qt::white));
+    // Today in another month stays grey in the month view: the month rule comes first.
+    EXPECT_EQ(CalendarGrid::cellColor(today, day(2026, 12, 5), today, Mode::Monthly), grey);
+}
+
+TEST(CalendarGridTest, NavigationKeepsTheDayOfTheMonthWhereItCan)
+{
+    const QDateTime now = TestEnvironment::pinnedNow();
+    const QDateTime jan31(day(2009, 1, 31), QTime(0, 0));
+    EXPECT_EQ(CalendarGrid::navigate(jan31, ">", Mode::Monthly, now)->date(), day(2009, 2, 28));
+    EXPECT_EQ(CalendarGrid::navigate(jan31, "<", Mode::Monthly, now)->date(), day(2008, 12, 31));
+    const QDateTime dec15(day(2008, 12, 15), QTime(0, 0));
+    EXPECT_EQ(CalendarGrid::navigate(dec15, ">", Mode::Monthly, now)->date(), day(2009, 1, 15));
+    EXPECT_EQ(CalendarGrid::navigate(dec15, ">", Mode::Weekly, now)->date(), day(2008, 12, 22));
+    EXPECT_EQ(CalendarGrid::navigate(dec15, "<", Mode::Weekly, now)->date(), day(2008, 12, 8));
+    // "today" brings the time of day with it.
+    EXPECT_EQ(*CalendarGrid::navigate(dec15, "today", Mode::Weekly, now), now);
+    EXPECT_FALSE(CalendarGrid::navigate(dec15, "Today", Mode::Monthly, now).has_value());
+    EXPECT_FALSE(CalendarGrid::navigate(dec15, "next", Mode::Monthly, now).has_value());
+}
+
+TEST(CalendarGridTest, DateKeysFollowTheLocalDay)
+{
+    const QDateTime morning(day(2026, 11, 22), QTime(0, 0, 1));
+    const QDateTime evening(day(2026, 11, 22), QTime(23, 59, 59));
+    EXPECT_EQ(CalendarGrid::dateKey(morning), CalendarGrid::dateKey(evening));
+    // 03:00 UTC on the 23rd is still the 22nd in New York.
+    const QDateTime utc(day(2026, 11, 23), QTime(3, 0), Qt::UTC);
+    EXPECT_EQ(CalendarGrid::dateKey(utc), day(2026, 11, 22));
+    EXPECT_EQ(CalendarGrid::dateWithoutTime(evening), QDateTime(day(2026, 11, 22), QTime(0, 0)));
+}
+
+TEST(CalendarGridTest, LayoutOfAFiveRowMonth)
+{
+    const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2026, 11, 22), Mode::Monthly);
+    const CalendarLayout layout = CalendarLayout::compute(QSizeF(700, 451), 5, false, slots);
+    EXPECT_DOUBLE_EQ(layout.columnWidth, 100);
+    EXPECT_DOUBLE_EQ(layout.rowHeight, 80);
+    EXPECT_EQ(layout.title, QRectF(150, 4, 400, 25));
+    EXPECT_EQ(layout.previousButton, QRectF(596, 5, 20, 20));
+    EXPECT_EQ(layout.nextButton, QRectF(619, 5, 20, 20));
+    EXPECT_EQ(layout.todayButton, QRectF(647, 5, 50, 20));
+    EXPECT_DOUBLE_EQ(layout.lineY, 30);
+    EXPECT_EQ(layout.weekdays[0], QRectF(0, 31, 101, 20));
+    EXPECT_EQ(layout.weekdays[6], QRectF(600, 31, 101, 20));
+    ASSERT_EQ(layout.cells.size(), 42);
+    // The top row meets the weekday names; the bottom row ends at the view's bottom edge.
+    EXPECT_EQ(layout.cells[0], QRectF(0, 50, 101, 81));
+    EXPECT_EQ(layout.cells[34], QRectF(600, 370, 101, 81));
+    // The extra week starts one pixel above the bottom edge.
+    EXPECT_EQ(layout.cells[35], QRectF(0, 450, 101, 81));
+}
+
+TEST(CalendarGridTest, LayoutWithHiddenWeekends)
+{
+    const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2009, 2, 1), Mode::Monthly);
+    CalendarLayout layout = CalendarLayout::compute(QSizeF(500, 251), 4, true, slots);
+    EXPECT_DOUBLE_EQ(layout.columnWidth, 100);
+    EXPECT_DOUBLE_EQ(layout.leftShift, 100);
+    EXPECT_DOUBLE_EQ(layout.rowHeight, 50);
+    // Sunday lies left of the view, Monday to Friday fill it, Saturday lies right of it.
+    EXPECT_EQ(layout.cells[0], QRectF(-100, 50, 101, 51));
+    EXPECT_EQ(layout.cells[1], QRectF(0, 50, 101, 51));
+    EXPECT_EQ(layout.cells[5], QRectF(400, 50, 101, 51));
+    EXPECT_EQ(layout.cells[6].left(), 500);
+    EXPECT_EQ(layout.weekdays[1].left(), 0);
+    EXPECT_EQ(layout.weekdays[6].left(), 500);
+    // A width that does not divide by five: the shift is a whole number, the columns are not.
+    layout = CalendarLayout::compute(QSizeF(503, 251), 4, true, slots);
+    EXPECT_DOUBLE_EQ(layout.leftShift, 100);
+    EXPECT_NEAR(layout.cells[1].left(), 0.6, 1e-9);
+    // Friday's right border overlaps the view's edge as every cell overlaps its neighbour.
+    EXPECT_NEAR(layout.cells[5].right(), 504.6, 1e-9);
+}
+
+TEST(CalendarGridTest, WeeklyLayoutUsesTheWholeGridHeight)
+{
+    const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2026, 11, 22), Mode::Weekly);
+    const CalendarLayout layout = CalendarLayout::compute(QSizeF(700, 451), 1, false, slots);
+    EXPECT_DOUBLE_EQ(layout.rowHeight, 400);
+    EXPECT_EQ(layout.cells[0], QRectF(0, 50, 101, 401));
+    EXPECT_EQ(layout.cells[7], QRectF(0, 450, 101, 401));
+}
