@@ -4,6 +4,7 @@
 #include "list/ui/MainWindow.h"
 #include "store/Preferences.h"
 #include "sync/Syncing.h"
+#include "sync/ui/SyncProgressSheet.h"
 #include "widgets/DialogPresenters.h"
 
 #include <QApplication>
@@ -27,6 +28,7 @@ Application::~Application() = default;
 int Application::run()
 {
     DialogPresenters::install();
+    SyncProgressSheet::install();
     auto *signals_ = new QuitSignals(this);
     connect(signals_, &QuitSignals::quitRequested, this, [this](int signal) {
         qCInfo(lcApp) << "Quitting on signal" << signal;
