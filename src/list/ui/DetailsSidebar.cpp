@@ -49,6 +49,16 @@ QString joined(const QVariantList &contacts)
 }
 } // namespace
 
+void DetailsSidebar::focusName()
+{
+    applyFill();
+    if (page() != AssignmentPage)
+        return;
+    m_form->tabs->setCurrentIndex(SidebarForm::DetailsTab);
+    m_form->nameField->setFocus(Qt::OtherFocusReason);
+    m_form->nameField->selectAll();
+}
+
 DetailsSidebar::DetailsSidebar(Controller *controller, QWidget *parent)
     : QWidget(parent)
     , m_controller(controller)
@@ -132,14 +142,7 @@ DetailsSidebar::DetailsSidebar(Controller *controller, QWidget *parent)
         if (!m_editing)
             setSidebarValues(SidebarValues());
     });
-    connect(controller, &Controller::focusNameField, this, [this] {
-        applyFill();
-        if (page() != AssignmentPage)
-            return;
-        m_form->tabs->setCurrentIndex(SidebarForm::DetailsTab);
-        m_form->nameField->setFocus(Qt::OtherFocusReason);
-        m_form->nameField->selectAll();
-    });
+    connect(controller, &Controller::focusNameField, this, &DetailsSidebar::focusName);
     connect(controller, &Controller::subprojectsChanged, m_subprojects, &SubprojectsModel::reload);
     connect(controller, &Controller::showSubprojectsTab, this, [this] {
         applyFill();

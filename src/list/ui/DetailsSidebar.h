@@ -38,6 +38,8 @@ public:
     // How many of the three tabs can be chosen.
     int enabledTabCount() const;
     void showTab(int tab);
+    // The Details tab with the name field focused, for the record being edited.
+    void focusName();
 
     // Hands the editors' values to the list (the program loses focus, the window closes).
     void commitEdit() { edit(SidebarEditing::Sender::None); }

@@ -41,15 +41,6 @@ void FormatControl::setSelectedSegment(int segment)
         button->setChecked(true);
 }
 
-void FormatControl::setCalendarsAvailable(bool available)
-{
-    for (int segment : {1, 2}) {
-        QAbstractButton *button = m_group->button(segment);
-        button->setEnabled(available);
-        button->setToolTip(available ? QString() : NotAvailableTip);
-    }
-}
-
 QToolButton *FormatControl::segmentButton(int segment) const
 {
     return qobject_cast<QToolButton *>(m_group->button(segment));

@@ -14,14 +14,12 @@ public:
     static inline const QString ListTitle = QStringLiteral("List");
     static inline const QString WeeklyTitle = QStringLiteral("Weekly");
     static inline const QString MonthlyTitle = QStringLiteral("Monthly");
-    static inline const QString NotAvailableTip = QStringLiteral("The calendar views are not available yet");
 
     explicit FormatControl(QWidget *parent = nullptr);
 
     int selectedSegment() const;
     // Selects without sending formatChosen.
     void setSelectedSegment(int segment);
-    void setCalendarsAvailable(bool available);
     QToolButton *segmentButton(int segment) const;
 
 Q_SIGNALS:

@@ -264,11 +264,6 @@ void MainToolbar::setFormatSegment(int segment)
     m_format->setSelectedSegment(segment);
 }
 
-void MainToolbar::setCalendarFormatsAvailable(bool available)
-{
-    m_format->setCalendarsAvailable(available);
-}
-
 void MainToolbar::setUnavailable(const QString &identifier, const QString &why)
 {
     m_unavailable.insert(identifier, why);

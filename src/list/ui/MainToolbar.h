@@ -55,8 +55,6 @@ public:
     void setFormatSegment(int segment);
     // An item with nothing behind it yet: disabled, with a tool tip that says why.
     void setUnavailable(const QString &identifier, const QString &why);
-    // Weekly and monthly calendars can be chosen only when the calendar views exist.
-    void setCalendarFormatsAvailable(bool available);
 
 Q_SIGNALS:
     void itemTriggered(const QString &identifier);

@@ -23,6 +23,8 @@
 #include "store/ui/PreferencesWindow.h"
 #include "sync/Syncing.h"
 #include "widgets/AnimatingTabView.h"
+#include "calendar/ui/BVCalendarView.h"
+#include "calendar/ui/CalendarController.h"
 #include "widgets/DialogPresenters.h"
 #include "widgets/Icons.h"
 
@@ -59,7 +61,6 @@ MainWindow::MainWindow(QWidget *parent)
     m_controller->setToolbar(m_toolbar);
     buildCentralArea();
     connectController();
-    markUnavailable();
     resize(InitialSize);
     validateCommands();
 }
@@ -69,6 +70,7 @@ MainWindow::~MainWindow()
     // The controller outlives the widgets that registered with it; it must not call them.
     m_controller->setSidebar(nullptr);
     m_controller->setToolbar(nullptr);
+    m_controller->setCalendar(nullptr);
 }
 
 void MainWindow::buildCentralArea()
@@ -79,6 +81,17 @@ void MainWindow::buildCentralArea()
     m_formats->setObjectName(QStringLiteral("formattingTabView"));
     m_formats->setAccessibleName(tr("Assignments view"));
     m_formats->addTab(m_table, FormatControl::ListTitle);
+    // The weekly and monthly calendars show the same displayed assignments as the list.
+    // Each main window has its own pair (the program has one window; tests make many).
+    m_calendars = new CalendarController(this);
+    m_calendars->setController(m_controller);
+    m_controller->setCalendar(m_calendars);
+    m_formats->addTab(m_calendars->weeklyView(), FormatControl::WeeklyTitle);
+    m_formats->addTab(m_calendars->monthlyView(), FormatControl::MonthlyTitle);
+    connect(m_calendars, &CalendarController::openAssignmentRequested, this, [this] {
+        m_placement->setDrawerOpen(true);
+        m_sidebar->focusName();
+    });
 
     auto *mainView = new QWidget;
     mainView->setObjectName(QStringLiteral("mainView"));
@@ -137,16 +150,6 @@ void MainWindow::connectController()
         if (state != Qt::ApplicationActive)
             m_sidebar->commitEdit();
     });
-}
-
-void MainWindow::markUnavailable()
-{
-    // Windows that other parts of the program have not delivered yet.
-    const QString calendarWhy = tr("The calendar views are not available yet");
-    for (Command command : {Command::FormatWeekly, Command::FormatMonthly, Command::GoToToday, Command::NextMonth,
-                            Command::PreviousMonth})
-        m_menus->setUnavailable(command, calendarWhy);
-    m_toolbar->setCalendarFormatsAvailable(false);
 }
 
 // --- start-up ----------------------------------------------------------------------------------------
@@ -382,20 +385,35 @@ void MainWindow::perform(Command command)
         showWindow(CoursesAndTextbooks::sharedController());
         break;
     case Command::GoToToday:
+        changeCalendarDate(QStringLiteral("today"));
+        break;
     case Command::NextMonth:
+        changeCalendarDate(QStringLiteral(">"));
+        break;
     case Command::PreviousMonth:
-        // Nothing behind these yet; their items stay disabled.
+        changeCalendarDate(QStringLiteral("<"));
         break;
     }
     validateCommands();
 }
 
+void MainWindow::changeCalendarDate(const QString &title)
+{
+    if (BVCalendarView *view = m_calendars->activeView(); view && m_formats->currentIndex() > 0)
+        view->changeDateIncrementally(title);
+}
+
 void MainWindow::setFormatView(int segment)
 {
-    // Only the list exists until the calendar views arrive; the format control cannot choose them.
     if (segment < 0 || segment >= m_formats->count())
         segment = 0;
     m_toolbar->setFormatSegment(segment);
+    // The list leaves the active calendar as it is; the calendars make themselves active.
+    if (segment == 1)
+        m_calendars->setActiveCalendar(QStringLiteral("Weekly"));
+    else if (segment == 2)
+        m_calendars->setActiveCalendar(QStringLiteral("Monthly"));
+    m_calendars->updateCalendar();
     // The transition the user chose plays on every switch.
     const QVariant transition = UserDefaults().groupValue(General, GeneralKeys::MainWindowTransition);
     m_formats->setTransition(transition.isValid() ? int(transition.toLongLong()) : AnimatingTabView::kDefaultTransition);

@@ -60,6 +60,7 @@ public:
     MainMenus *menus() const { return m_menus; }
     SidebarPlacement *sidebarPlacement() const { return m_placement; }
     AnimatingTabView *formattingTabView() const { return m_formats; }
+    class CalendarController *calendarController() const { return m_calendars; }
     QSplitter *splitView() const { return m_splitter; }
     MultipleAssignmentsSheet *recurringSheet() const { return m_recurringSheet; }
     // The contextual menu last built for the table (for tests), or nullptr.
@@ -76,7 +77,7 @@ protected:
 private:
     void buildCentralArea();
     void connectController();
-    void markUnavailable();
+    void changeCalendarDate(const QString &title);
     static void showWindow(QWidget *window);
     void showContextMenu(const QPoint &globalPosition, bool onRow);
     AssignmentList selectedRecords() const;
@@ -90,6 +91,7 @@ private:
     DetailsSidebar *m_sidebar = nullptr;
     QSplitter *m_splitter = nullptr;
     AnimatingTabView *m_formats = nullptr;
+    class CalendarController *m_calendars = nullptr;
     SidebarPlacement *m_placement = nullptr;
     QPointer<MultipleAssignmentsSheet> m_recurringSheet;
     QPointer<QMenu> m_contextMenu;
