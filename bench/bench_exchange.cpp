@@ -17,6 +17,7 @@
 #include <QSaveFile>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
+#include "support/StoreGenerator.h"
 
 #include <chrono>
 
@@ -24,23 +25,11 @@ namespace {
 
 constexpr int RecordCount = 10000;
 
+// The realistic generated store; records past RecordCount stand for a backup's own records.
 QVariantMap record(int i)
 {
-    QVariantMap fields{{"Name", QStringLiteral("Chapter %1 reading, questions 1-20").arg(i)},
-                       {"Date", QStringLiteral("2026-%1-%2 23:59:00 -0500")
-                                    .arg(1 + i % 12, 2, 10, QLatin1Char('0'))
-                                    .arg(1 + i % 28, 2, 10, QLatin1Char('0'))},
-                       {"Course", QStringLiteral("Course %1").arg(i % 7)},
-                       {"Type", "Homework"},
-                       {"Priority", 1.0 + i % 3},
-                       {"Completed", i % 4 == 0},
-                       {"Date Created", 1700000000.25 + i},
-                       {"Date Updated", "2026-11-01 08:00:00 -0500"}};
-    if (i % 3 == 0)
-        fields.insert("Notes", QStringLiteral("Remember the worksheet; pages %1, %2").arg(i).arg(i + 4));
-    if (i % 5 == 0)
-        fields.insert("Textbook", "Calculus: Early Transcendentals");
-    return fields;
+    static const QVariantList records = StoreGenerator::assignments(2 * RecordCount);
+    return records[i].toMap();
 }
 
 const AssignmentList &assignments()

@@ -23,6 +23,7 @@
 #include <QDir>
 #include <QItemSelectionModel>
 #include <QTemporaryDir>
+#include "support/StoreGenerator.h"
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -40,29 +41,6 @@ struct Toolbar : ToolbarState {
     int formatSegment() const override { return 0; }
 };
 
-const QStringList Courses = {"Calculus", "Chemistry", "English", "History", "Art", "Biology", "Physics"};
-
-QVariantMap generated(int i)
-{
-    QVariantMap fields{{"Name", QStringLiteral("Chapter %1 reading, questions 1-20").arg(i)},
-                       {"Date", QStringLiteral("2026-%1-%2 23:59:00 -0500")
-                                    .arg(1 + i % 12, 2, 10, QLatin1Char('0'))
-                                    .arg(1 + i % 28, 2, 10, QLatin1Char('0'))},
-                       {"Course", Courses[i % Courses.size()]},
-                       {"Type", i % 2 ? "Homework" : "Reading"},
-                       {"Priority", 1.0 + i % 3},
-                       {"Completed", i % 4 == 0},
-                       {"Date Created", 1700000000.25 + i},
-                       {"Date Updated", "2026-11-01 08:00:00 -0500"}};
-    if (i % 3 == 0)
-        fields.insert("Notes", QStringLiteral("Remember the worksheet; pages %1, %2").arg(i).arg(i + 4));
-    if (i % 5 == 0)
-        fields.insert("Textbook", "Calculus: Early Transcendentals");
-    if (i % 7 == 0)
-        fields.insert("Grade", "B+");
-    return fields;
-}
-
 // One home folder per store size, with the store on disk and a controller that has loaded it.
 struct World {
     QTemporaryDir home;
@@ -74,13 +52,17 @@ struct World {
         qputenv("HOME", QFile::encodeName(home.path()));
         UserDefaults::dropCaches();
         QDir().mkpath(Paths::dataFolder());
-        QVariantList records;
-        records.reserve(count);
-        for (int i = 0; i < count; ++i)
-            records.append(generated(i));
+        const QVariantList records = StoreGenerator::assignments(count);
         PropertyList::writeFile(Paths::assignmentsFile(), records);
+        // The courses the records name, in the order they first appear, for the filter bar.
+        QStringList names;
+        for (const QVariant &record : records) {
+            const QString course = record.toMap().value("Course").toString();
+            if (!course.isEmpty() && !names.contains(course))
+                names.append(course);
+        }
         QVariantList courses;
-        for (const QString &course : Courses)
+        for (const QString &course : names)
             courses.append(QVariantMap{{"Type", "Course"}, {"Name", course}, {"Display Name", course}});
         PropertyList::writeFile(Paths::coursesFile(), courses);
         UserDefaults().set(PreferenceKeys::General, QVariantMap{{"Default View", 2}, {"Date Format", "%A, %B %e, %Y"}});

@@ -13,6 +13,7 @@
 #include <pugixml.hpp>
 
 #include "platform/PropertyList.h"
+#include "support/BenchMeasure.h"
 #include "support/StoreGenerator.h"
 
 #include <QDateTime>
@@ -266,57 +267,12 @@ void Serialise(benchmark::State &state)
     report(state, s, own, floor);
 }
 
-qint64 statusKilobytes(const char *field)
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray prefix = QByteArray(field) + ':';
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith(prefix))
-            return line.mid(prefix.size()).trimmed().split(' ').first().toLongLong();
-    }
-    return -1;
-}
-
-// Peak RSS growth of `operation`, measured in a child process so that nothing the benchmark
-// itself holds or has freed can hide or inflate it.
-template<typename Operation>
-qint64 peakGrowthBytes(Operation &&operation)
-{
-    int channel[2];
-    if (pipe(channel) != 0)
-        return -1;
-    const pid_t child = fork();
-    if (child == 0) {
-        close(channel[0]);
-        malloc_trim(0);
-        // Resets VmHWM to the current RSS where the kernel allows it; a fresh child starts there anyway.
-        if (FILE *refs = std::fopen("/proc/self/clear_refs", "w")) {
-            std::fputs("5", refs);
-            std::fclose(refs);
-        }
-        const qint64 before = statusKilobytes("VmRSS");
-        operation();
-        const qint64 growth = (statusKilobytes("VmHWM") - before) * 1024;
-        [[maybe_unused]] const auto written = write(channel[1], &growth, sizeof growth);
-        _exit(0);
-    }
-    close(channel[1]);
-    qint64 growth = -1;
-    if (read(channel[0], &growth, sizeof growth) != sizeof growth)
-        growth = -1;
-    close(channel[0]);
-    waitpid(child, nullptr, 0);
-    return growth;
-}
-
 void PeakMemory(benchmark::State &state, bool pugixml)
 {
     Store &s = store(int(state.range(0)));
     qint64 growth = 0;
     for (auto _ : state) {
-        growth = peakGrowthBytes([&] {
+        growth = BenchMeasure::peakGrowthBytes([&] {
             if (pugixml) {
                 const QVariant value = readWithPugixml(s.path);
                 benchmark::DoNotOptimize(value.toList().size());

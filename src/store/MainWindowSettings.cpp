@@ -1,5 +1,6 @@
 #include "store/MainWindowSettings.h"
 
+#include "list/ColumnCatalogue.h"
 #include "platform/ColorString.h"
 #include "platform/UserDefaults.h"
 #include "store/CoursesStore.h"
@@ -21,24 +22,19 @@ const QString WidthKey = QStringLiteral("Width");
 
 const QStringList &columnIdentifiers()
 {
-    static const QStringList identifiers = {
-        QStringLiteral("Completed"), QStringLiteral("Name"),  QStringLiteral("Date"),     QStringLiteral("Days Left"),
-        QStringLiteral("Course"),    QStringLiteral("Textbook"), QStringLiteral("Type"),  QStringLiteral("Grade"),
-        QStringLiteral("Priority"),  QStringLiteral("Notes"), QStringLiteral("Contacts"), QStringLiteral("File"),
-        QStringLiteral("Snapshot"),
-    };
+    static const QStringList identifiers = [] {
+        QStringList all;
+        for (const ColumnCatalogue::Column &column : ColumnCatalogue::all())
+            all.append(column.identifier);
+        return all;
+    }();
     return identifiers;
 }
 
 qint64 initialWidth(const QString &identifier)
 {
-    // The fixed-width columns are as wide as their content; the text columns start at 100.
-    static const QHash<QString, qint64> widths = {
-        {QStringLiteral("Completed"), 20}, {QStringLiteral("Days Left"), 30}, {QStringLiteral("Priority"), 40},
-        {QStringLiteral("Notes"), 20},     {QStringLiteral("Contacts"), 20},  {QStringLiteral("File"), 20},
-        {QStringLiteral("Snapshot"), 20},
-    };
-    return widths.value(identifier, 100);
+    const ColumnCatalogue::Column *column = ColumnCatalogue::find(identifier);
+    return column ? column->initialWidth : 100;
 }
 
 QStringList shownColumns()

@@ -1,6 +1,7 @@
 #include "store/Preferences.h"
 
 #include "BuildInfo.h"
+#include "list/ColumnCatalogue.h"
 #include "platform/Alerts.h"
 #include "platform/ColorString.h"
 #include "platform/Paths.h"
@@ -56,12 +57,8 @@ const QString PreferencesErrorMessage = QStringLiteral(
 // Widths a column gets when an earlier version left none.
 qint64 initialWidth(const QString &identifier)
 {
-    static const QHash<QString, qint64> widths = {
-        {QStringLiteral("Completed"), 20}, {QStringLiteral("Days Left"), 30}, {QStringLiteral("Priority"), 40},
-        {QStringLiteral("Notes"), 20},     {QStringLiteral("Contacts"), 20},  {QStringLiteral("File"), 20},
-        {QStringLiteral("Snapshot"), 20},
-    };
-    return widths.value(identifier, 100);
+    const ColumnCatalogue::Column *column = ColumnCatalogue::find(identifier);
+    return column ? column->initialWidth : 100;
 }
 
 QVariantMap column(const QString &identifier, qint64 width)

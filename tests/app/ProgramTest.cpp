@@ -92,7 +92,8 @@ TEST(Program, StartUpRepairsTheStoreAndWritesEveryPreferenceGroup)
 
 TEST(Program, AnUnreadableStoreIsByteIdenticalAfterAStartAndAQuit)
 {
-    const QByteArray garbage("\x00\x01 this is <not> a property list \xff", 36);
+    static const char bytes[] = "\x00\x01 this is <not> a property list \xff";
+    const QByteArray garbage(bytes, sizeof bytes - 1);
     TestEnvironment::writeFile(Paths::assignmentsFile(), garbage);
     ASSERT_EQ(runProgram(), 0);
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), garbage);
