@@ -4,41 +4,20 @@
 
 ExportFields ExportFields::of(const QVariantMap &record)
 {
+    // One search per key. Walking the whole record in order looks cheaper but is not: stepping from
+    // node to node of the tree costs more than the few searches an export needs.
+    auto find = [&record](const QString &key) -> const QVariant * {
+        const auto it = record.constFind(key);
+        return it == record.constEnd() ? nullptr : &it.value();
+    };
     ExportFields found;
-    for (auto it = record.constBegin(); it != record.constEnd(); ++it) {
-        const QString &key = it.key();
-        const QVariant *value = &it.value();
-        // The length tells most keys apart before any characters are compared.
-        switch (key.size()) {
-        case 4:
-            if (key == AssignmentKeys::Name)
-                found.name = value;
-            else if (key == AssignmentKeys::Date)
-                found.date = value;
-            else if (key == AssignmentKeys::Type)
-                found.type = value;
-            break;
-        case 5:
-            if (key == AssignmentKeys::Grade)
-                found.grade = value;
-            else if (key == AssignmentKeys::Notes)
-                found.notes = value;
-            break;
-        case 6:
-            if (key == AssignmentKeys::Course)
-                found.course = value;
-            break;
-        case 8:
-            if (key == AssignmentKeys::Textbook)
-                found.textbook = value;
-            break;
-        case 9:
-            if (key == AssignmentKeys::Completed)
-                found.completed = value;
-            break;
-        default:
-            break;
-        }
-    }
+    found.name = find(AssignmentKeys::Name);
+    found.date = find(AssignmentKeys::Date);
+    found.course = find(AssignmentKeys::Course);
+    found.textbook = find(AssignmentKeys::Textbook);
+    found.type = find(AssignmentKeys::Type);
+    found.grade = find(AssignmentKeys::Grade);
+    found.completed = find(AssignmentKeys::Completed);
+    found.notes = find(AssignmentKeys::Notes);
     return found;
 }

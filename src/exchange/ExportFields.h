@@ -3,7 +3,7 @@
 #include <QVariant>
 #include <QVariantMap>
 
-// The fields an export writes, found in one walk over a record instead of one tree search per key:
+// The fields an export writes, each searched for once per record instead of once per use:
 // over ten thousand records the searches were the largest cost of an export. A field the record does
 // not have is a null pointer.
 struct ExportFields {
