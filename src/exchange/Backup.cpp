@@ -6,6 +6,7 @@
 #include "platform/FilePanels.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
+#include "platform/PropertyListXmlReader.h"
 #include "store/Assignment.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
@@ -14,10 +15,12 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QSaveFile>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <unistd.h>
 
 Q_LOGGING_CATEGORY(lcBackup, "quillory.exchange.backup")
@@ -50,6 +53,120 @@ FileState readList(const QString &path, QVariantList &list, QString *error = nul
     }
     list = parsed->toList();
     return FileState::Read;
+}
+
+bool isXmlSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+qsizetype skipSpace(QByteArrayView bytes, qsizetype at)
+{
+    while (at < bytes.size() && isXmlSpace(bytes[at]))
+        ++at;
+    return at;
+}
+
+// The root <array> element of an XML property list exactly as the file holds it, when the document
+// around it is the plain one: an optional XML declaration in UTF-8, an optional DOCTYPE without an
+// internal subset (entities it declared would not reach another document), <plist ...>, the array,
+// </plist>, with nothing but blanks in between. Whitespace inside a property list means nothing,
+// so the element can be nested as it is in another document. Anything else gives nullopt.
+std::optional<QByteArrayView> plainRootArray(QByteArrayView bytes)
+{
+    qsizetype at = skipSpace(bytes, 0);
+    auto follows = [&](QByteArrayView text) { return bytes.sliced(at).startsWith(text); };
+    if (follows("<?xml")) {
+        const qsizetype end = bytes.indexOf("?>", at);
+        if (end < 0)
+            return std::nullopt;
+        const QByteArray declaration = bytes.sliced(at, end - at).toByteArray().toLower();
+        if (declaration.contains("encoding") && !declaration.contains("\"utf-8\"")
+            && !declaration.contains("'utf-8'"))
+            return std::nullopt;
+        at = skipSpace(bytes, end + 2);
+    }
+    if (follows("<!DOCTYPE")) {
+        const qsizetype end = bytes.indexOf('>', at);
+        if (end < 0 || bytes.sliced(at, end - at).contains('['))
+            return std::nullopt;
+        at = skipSpace(bytes, end + 1);
+    }
+    if (!follows("<plist") || at + 6 >= bytes.size() || !(isXmlSpace(bytes[at + 6]) || bytes[at + 6] == '>'))
+        return std::nullopt;
+    const qsizetype open = bytes.indexOf('>', at);
+    if (open < 0 || bytes[open - 1] == '/')
+        return std::nullopt;
+    const qsizetype begin = skipSpace(bytes, open + 1);
+
+    qsizetype end = bytes.size();
+    while (end > begin && isXmlSpace(bytes[end - 1]))
+        --end;
+    const QByteArrayView close("</plist>");
+    if (!bytes.sliced(begin, end - begin).endsWith(close))
+        return std::nullopt;
+    end -= close.size();
+    while (end > begin && isXmlSpace(bytes[end - 1]))
+        --end;
+    const QByteArrayView element = bytes.sliced(begin, end - begin);
+    const bool opensArray = element.startsWith("<array")
+        && (element.size() > 6 && (element[6] == '>' || element[6] == '/' || isXmlSpace(element[6])));
+    if (!opensArray || !(element.endsWith("</array>") || element.endsWith("/>")))
+        return std::nullopt;
+    return element;
+}
+
+// One data file's root array, ready to go into a backup document at depth one. The file is checked
+// by the property-list reader's rules in any case, so a file that does not read stops the backup as
+// it always has; when it is a plain XML property list its own bytes are nested, which spares making
+// and writing every record again. A missing file is an empty list.
+struct DataFilePiece {
+    QFile file;
+    QByteArray read;        // the file's bytes when they could not be mapped
+    QByteArrayView element; // the nested bytes, pointing into the mapping or `read`
+    QByteArray written;     // or the list written out again
+};
+
+bool prepareDataFile(DataFilePiece &piece, const QString &path, QString *error)
+{
+    if (!QFileInfo::exists(path)) {
+        PropertyList::appendValue(piece.written, QVariantList{}, 1);
+        return true;
+    }
+    piece.file.setFileName(path);
+    QByteArrayView bytes;
+    if (piece.file.open(QIODevice::ReadOnly)) {
+        const qint64 size = piece.file.size();
+        if (uchar *mapped = size > 0 ? piece.file.map(0, size) : nullptr) {
+            bytes = QByteArrayView(reinterpret_cast<const char *>(mapped), qsizetype(size));
+        } else {
+            piece.read = piece.file.readAll();
+            bytes = piece.read;
+        }
+    }
+    auto failed = [&](const QString &why) {
+        if (error)
+            *error = QStringLiteral("%1: %2").arg(path, why);
+        return false;
+    };
+    if (piece.file.error() != QFileDevice::NoError)
+        return failed(piece.file.errorString());
+
+    if (const auto element = plainRootArray(bytes)) {
+        PropertyListXmlReader checker(bytes);
+        checker.setCheckOnly(true);
+        if (checker.read(nullptr)) {
+            piece.element = *element;
+            return true;
+        }
+    }
+    // Not plain, or not good: the full reading says why, or gives the list to write out again.
+    QString why;
+    const auto parsed = PropertyList::parse(bytes, &why);
+    if (!parsed || parsed->typeId() != QMetaType::QVariantList)
+        return failed(parsed ? QStringLiteral("the root is not an array") : why);
+    PropertyList::appendValue(piece.written, *parsed, 1);
+    return true;
 }
 
 QByteArray localPath(const QString &path)
@@ -94,14 +211,38 @@ void Backup::exportToBackup()
 
 bool Backup::exportBackupToFile(const QString &path, QString *error)
 {
-    QVariantList root;
-    for (const QString &file : {Paths::assignmentsFile(), Paths::coursesFile(), Paths::universalTypesFile()}) {
-        QVariantList list;
-        if (readList(file, list, error) == FileState::Unreadable)
+    const QStringList files = {Paths::assignmentsFile(), Paths::coursesFile(), Paths::universalTypesFile()};
+    std::array<DataFilePiece, 3> pieces;
+    for (int i = 0; i < 3; ++i) {
+        if (!prepareDataFile(pieces[i], files.at(i), error))
             return false;
-        root.append(QVariant(list));
     }
-    return PropertyList::writeFile(path, root, error);
+    QSaveFile out(path);
+    auto failed = [&] {
+        if (error)
+            *error = QStringLiteral("%1: %2").arg(path, out.errorString());
+        return false;
+    };
+    if (!out.open(QIODevice::WriteOnly))
+        return failed();
+    bool written = out.write(PropertyList::documentHeader() + "<array>\n") >= 0;
+    for (const DataFilePiece &piece : pieces) {
+        if (piece.element.isEmpty()) {
+            written = written && out.write(piece.written) == piece.written.size();
+        } else {
+            written = written && out.write("\t", 1) == 1
+                && out.write(piece.element.data(), piece.element.size()) == piece.element.size()
+                && out.write("\n", 1) == 1;
+        }
+    }
+    written = written && out.write("</array>\n" + PropertyList::documentFooter()) >= 0;
+    if (!written) {
+        failed();
+        out.cancelWriting();
+        return false;
+    }
+    // commit() puts the backup on disk before it takes its name.
+    return out.commit() || failed();
 }
 
 Backup::ImportOutcome Backup::importFromBackup()

@@ -393,7 +393,8 @@ bool PropertyListXmlReader::readValue(QVariant &value, const char *tag, std::str
     if (name == "string") {
         if (!readText(name, selfClosing, text))
             return false;
-        value = makeString(text);
+        if (!m_checkOnly)
+            value = makeString(text);
         return true;
     }
     if (name == "integer")
@@ -441,7 +442,8 @@ bool PropertyListXmlReader::readArray(QVariant &value)
         QVariant item;
         if (!readValue(item, tag, name, selfClosing))
             return false;
-        list.emplaceBack(std::move(item));
+        if (!m_checkOnly)
+            list.emplaceBack(std::move(item));
         if (m_releasePages)
             releasePassedPages();
     }
@@ -478,22 +480,26 @@ bool PropertyListXmlReader::readDict(QVariant &value)
         Text text;
         if (!readText(name, selfClosing, text))
             return false;
-        QString key = makeString(text);
+        // Only an error message needs the key when the values are not made.
+        QString key = m_checkOnly ? QString() : makeString(text);
         if (!skipBetweenElements())
             return false;
         if (atEnd())
             return failAt(open, QStringLiteral("the document ends inside <dict>"));
         const char *valueTag = m_p;
         if (startsWith("</", 2))
-            return failAt(valueTag, QStringLiteral("the key \"%1\" has no value").arg(key));
+            return failAt(valueTag,
+                          QStringLiteral("the key \"%1\" has no value").arg(m_checkOnly ? makeString(text) : key));
         if (!readStartTag(name, selfClosing))
             return false;
         if (name == "key")
-            return failAt(valueTag, QStringLiteral("the key \"%1\" has no value").arg(key));
+            return failAt(valueTag,
+                          QStringLiteral("the key \"%1\" has no value").arg(m_checkOnly ? makeString(text) : key));
         QVariant item;
         if (!readValue(item, valueTag, name, selfClosing))
             return false;
-        map.insert_or_assign(map.end(), std::move(key), std::move(item));
+        if (!m_checkOnly)
+            map.insert_or_assign(map.end(), std::move(key), std::move(item));
         if (m_releasePages)
             releasePassedPages();
     }

@@ -5,11 +5,13 @@
 #include "sync/SyncLog.h"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QList>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 namespace {
 
@@ -57,20 +59,65 @@ void logError(const char *what, GError *error)
         g_error_free(error);
 }
 
+// When the service cannot be reached (no session bus, no keyring running), every search fails the
+// same way and each try costs a bus connection attempt and a warning. After a failure the same bus
+// is left alone for a while: searches in that time find nothing, as the failed one did. Another
+// bus address (a keyring started since) is tried at once.
+class SearchBackoff
+{
+public:
+    bool shouldSkip()
+    {
+        std::lock_guard lock(m_mutex);
+        return m_failed && m_address == busAddress() && !m_retryAt.hasExpired();
+    }
+    void failed()
+    {
+        std::lock_guard lock(m_mutex);
+        m_failed = true;
+        m_address = busAddress();
+        m_retryAt = QDeadlineTimer(RetryAfterMilliseconds);
+    }
+    void succeeded()
+    {
+        std::lock_guard lock(m_mutex);
+        m_failed = false;
+    }
+
+private:
+    static constexpr qint64 RetryAfterMilliseconds = 30000;
+    static QByteArray busAddress() { return qgetenv("DBUS_SESSION_BUS_ADDRESS"); }
+
+    std::mutex m_mutex;
+    bool m_failed = false;
+    QByteArray m_address;
+    QDeadlineTimer m_retryAt;
+};
+
+SearchBackoff &searchBackoff()
+{
+    static SearchBackoff backoff;
+    return backoff;
+}
+
 // The matching items, oldest first. The caller owns the references.
 QList<SecretItem *> search(const QString &itemName, const QString &itemKind, const QString &username,
                            bool loadSecrets)
 {
+    if (searchBackoff().shouldSkip())
+        return {};
     Attributes attributes(itemName, itemKind, username);
     GError *error = nullptr;
     const int flags = SECRET_SEARCH_ALL | SECRET_SEARCH_UNLOCK | (loadSecrets ? SECRET_SEARCH_LOAD_SECRETS : 0);
     GList *found = secret_service_search_sync(nullptr, genericPasswordSchema(), attributes.table,
                                               SecretSearchFlags(flags), nullptr, &error);
     if (error) {
+        searchBackoff().failed();
         logError("keychain search failed:", error);
         g_list_free_full(found, g_object_unref);
         return {};
     }
+    searchBackoff().succeeded();
     QList<SecretItem *> items;
     for (GList *node = found; node; node = node->next)
         items.append(SECRET_ITEM(node->data));

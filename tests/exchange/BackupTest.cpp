@@ -101,6 +101,53 @@ TEST(BackupExport, WritesTheThreeDataFilesAsOneArrayAndEmptyListsForMissingFiles
     EXPECT_EQ(root.at(0).toList().at(0).toMap().value("Priority").typeId(), QMetaType::Double);
 }
 
+TEST(BackupExport, NestsEachDataFileAsItIsAndReadsBackAsTheParsedLists)
+{
+    const QVariantList assignments = {assignment("Essay", "2026-11-01 09:00:00 -0400", "a < b & \"c\""),
+                                      assignment("Ölfarben ✓", "2026-11-02 09:00:00 -0400")};
+    writeList(Paths::assignmentsFile(), assignments);
+    // Written by another hand: no DOCTYPE, single quotes, a comment and odd blanks inside.
+    const QByteArray courses = "<?xml version='1.0' encoding='utf-8'?>\n<plist version=\"1.0\">"
+                               "<array >\r\n <!-- kept -->\n\t\t<dict><key>Type</key><string>Course</string>"
+                               "<key>Name</key>   <string>Math</string></dict></array>\n</plist>\n\n";
+    TestEnvironment::writeFile(Paths::coursesFile(), courses);
+    // Binary: nothing to nest, so the list is written out again. An array holding "Math".
+    QByteArray binary = "bplist00";
+    binary += QByteArray("\xA1\x01\x54Math\x08\x0A", 9);
+    QByteArray trailer(32, '\0');
+    trailer[6] = 1;
+    trailer[7] = 1;
+    trailer[15] = 2;
+    trailer[31] = 15;
+    TestEnvironment::writeFile(Paths::universalTypesFile(), binary + trailer);
+
+    const QString path = TestEnvironment::home() + QStringLiteral("/backup.plist");
+    QString error;
+    ASSERT_TRUE(Backup::sharedController()->exportBackupToFile(path, &error)) << error.toStdString();
+    const QByteArray written = TestEnvironment::readFile(path);
+    const QByteArray own = TestEnvironment::readFile(Paths::assignmentsFile());
+    const qsizetype from = own.indexOf("<array>"), to = own.lastIndexOf("</array>") + 8;
+    EXPECT_TRUE(written.contains(own.mid(from, to - from)));
+    EXPECT_TRUE(written.contains("<!-- kept -->"));
+    EXPECT_TRUE(written.startsWith(PropertyList::documentHeader()));
+    const QVariantList expected = {PropertyList::parse(own)->toList(), PropertyList::parse(courses)->toList(),
+                                   QVariantList{QStringLiteral("Math")}};
+    EXPECT_EQ(readList(path), expected);
+
+    // A DOCTYPE with an internal subset is not carried into the backup; the list is written anew.
+    const QByteArray withSubset = "<?xml version=\"1.0\"?><!DOCTYPE plist [ <!ELEMENT plist ANY> ]>"
+                                  "<plist><array><string>Lab</string></array></plist>";
+    TestEnvironment::writeFile(Paths::coursesFile(), withSubset);
+    ASSERT_TRUE(Backup::sharedController()->exportBackupToFile(path, &error)) << error.toStdString();
+    EXPECT_FALSE(TestEnvironment::readFile(path).contains("ELEMENT"));
+    EXPECT_EQ(readList(path).value(1).toList(), QVariantList{QStringLiteral("Lab")});
+
+    // A document that is the right shape outside but broken inside stops the backup as before.
+    TestEnvironment::writeFile(Paths::coursesFile(), "<plist><array><string>Lab</array></plist>");
+    EXPECT_FALSE(Backup::sharedController()->exportBackupToFile(path, &error));
+    EXPECT_TRUE(error.contains(Paths::coursesFile())) << error.toStdString();
+}
+
 TEST(BackupExport, RefusesToBackUpADataFileItCannotRead)
 {
     TestEnvironment::writeFile(Paths::assignmentsFile(), "this is not a property list");
