@@ -358,10 +358,16 @@ void SyncArchive::mergeUnpacked(const QString &dataFolder)
         qCWarning(lcSync) << problem;
 }
 
-void SyncArchive::cleanUp()
+void SyncArchive::removeArchiveFile()
 {
+    // A link planted at the path is not ours to remove.
     if (kindOf(ArchivePath) == Kind::File)
         removeArchive();
+}
+
+void SyncArchive::cleanUp()
+{
+    removeArchiveFile();
     removeUnpackFolder();
 }
 
