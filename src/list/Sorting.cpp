@@ -5,7 +5,9 @@
 #include <QHash>
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <type_traits>
 #include <vector>
 
 namespace Sorting {
@@ -102,15 +104,6 @@ std::vector<Entry> entriesFor(const AssignmentList &list, const Order &order)
     return entries;
 }
 
-// The fast form of the keys: the column and the date as ranks among their distinct values (so
-// most comparisons compare two integers), the name as the record's cached lowered text.
-struct RankedEntry {
-    qint64 column = -1; // -1: missing
-    qint64 date = -1;
-    const QString *name = nullptr;
-    qsizetype index = 0;
-};
-
 // Ranks of one key over the list: equal values share a rank, ranks follow the key's order, and a
 // missing value is -1. nullopt when the values cannot be ranked as one kind (numbers mixed with
 // text), which the general comparison handles.
@@ -180,17 +173,6 @@ std::optional<std::vector<qint64>> rankKey(const AssignmentList &list, const QSt
     return ranks;
 }
 
-int compareRanked(const RankedEntry &a, const RankedEntry &b)
-{
-    if (a.column != b.column)
-        return a.column < b.column ? -1 : 1;
-    if (a.date != b.date)
-        return a.date < b.date ? -1 : 1;
-    if (!a.name || !b.name)
-        return int(a.name != nullptr) - int(b.name != nullptr);
-    return a.name->compare(*b.name);
-}
-
 template<typename E, typename Compare>
 void sortEntries(std::vector<E> &entries, AssignmentList &list, Compare compare, bool ascending)
 {
@@ -230,24 +212,103 @@ bool isSorted(const AssignmentList &list, const Order &order)
     return true;
 }
 
-void sort(AssignmentList &list, const Order &order)
+struct KeyCache::Data {
+    std::vector<const Assignment *> records;
+    std::vector<quint64> revisions;
+    // Ranks by key, "t" or "v" (text or value) before the key's name; nullopt when the key cannot
+    // be ranked. A node map: the sort holds references to three entries while adding them.
+    std::map<QString, std::optional<std::vector<qint64>>> ranks;
+
+    // Makes the cache describe `list`, dropping every rank when the records or their revisions differ.
+    void follow(const AssignmentList &list)
+    {
+        bool same = records.size() == size_t(list.size());
+        for (qsizetype i = 0; same && i < list.size(); ++i)
+            same = records[size_t(i)] == list[i].get() && revisions[size_t(i)] == list[i]->revision();
+        if (same)
+            return;
+        records.resize(size_t(list.size()));
+        revisions.resize(size_t(list.size()));
+        for (qsizetype i = 0; i < list.size(); ++i) {
+            records[size_t(i)] = list[i].get();
+            revisions[size_t(i)] = list[i]->revision();
+        }
+        ranks.clear();
+    }
+
+    const std::optional<std::vector<qint64>> &ranksOf(const AssignmentList &list, const QString &key, bool byValue)
+    {
+        const QString id = (byValue ? QLatin1Char('v') : QLatin1Char('t')) + key;
+        auto it = ranks.find(id);
+        if (it == ranks.end())
+            it = ranks.emplace(id, rankKey(list, key, byValue)).first;
+        return it->second;
+    }
+
+    // The list was reordered: position j now holds what position order[j] held.
+    void permute(const std::vector<qsizetype> &order)
+    {
+        const auto apply = [&order](auto &values) {
+            std::remove_reference_t<decltype(values)> moved(values.size());
+            for (size_t j = 0; j < order.size(); ++j)
+                moved[j] = values[size_t(order[j])];
+            values = std::move(moved);
+        };
+        apply(records);
+        apply(revisions);
+        for (auto &[id, values] : ranks)
+            if (values)
+                apply(*values);
+    }
+};
+
+KeyCache::KeyCache() : d(std::make_unique<Data>()) {}
+KeyCache::~KeyCache() = default;
+
+KeyCache::Data &dataOf(KeyCache &cache)
+{
+    return *cache.d;
+}
+
+void sort(AssignmentList &list, const Order &order, KeyCache *cache)
 {
     if (list.size() < 2)
         return;
-    const std::optional<std::vector<qint64>> columnRanks
-        = rankKey(list, order.column, comparesByValue(order.column));
-    const std::optional<std::vector<qint64>> dateRanks = rankKey(list, AssignmentKeys::Date, true);
-    if (columnRanks && dateRanks) {
-        std::vector<RankedEntry> entries(size_t(list.size()));
-        for (qsizetype i = 0; i < list.size(); ++i) {
-            const QString &name = list[i]->lowered(AssignmentKeys::Name);
-            entries[size_t(i)] = {(*columnRanks)[size_t(i)], (*dateRanks)[size_t(i)], name.isNull() ? nullptr : &name, i};
+    KeyCache local;
+    KeyCache::Data &keys = dataOf(cache ? *cache : local);
+    keys.follow(list);
+    const auto &columnRanks = keys.ranksOf(list, order.column, comparesByValue(order.column));
+    const auto &dateRanks = keys.ranksOf(list, AssignmentKeys::Date, true);
+    const auto &nameRanks = keys.ranksOf(list, AssignmentKeys::Name, false);
+    // Three ranks, each plus one so a missing value is 0, in 21 bits each.
+    constexpr int Bits = 21;
+    if (columnRanks && dateRanks && nameRanks && list.size() < (qsizetype(1) << Bits) - 1) {
+        const size_t count = size_t(list.size());
+        std::vector<std::pair<quint64, qsizetype>> packed(count);
+        for (size_t i = 0; i < count; ++i) {
+            const quint64 key = (quint64((*columnRanks)[i] + 1) << (2 * Bits))
+                | (quint64((*dateRanks)[i] + 1) << Bits) | quint64((*nameRanks)[i] + 1);
+            // Descending reverses the keys; equal keys keep their order either way, as in a stable sort.
+            packed[i] = {order.ascending ? key : ~key, qsizetype(i)};
         }
-        sortEntries(entries, list, compareRanked, order.ascending);
+        if (std::is_sorted(packed.begin(), packed.end()))
+            return;
+        std::sort(packed.begin(), packed.end());
+        std::vector<qsizetype> permutation(count);
+        AssignmentList sorted;
+        sorted.reserve(list.size());
+        for (size_t j = 0; j < count; ++j) {
+            permutation[j] = packed[j].second;
+            sorted.append(list[packed[j].second]);
+        }
+        list = std::move(sorted);
+        keys.permute(permutation);
         return;
     }
     std::vector<Entry> entries = entriesFor(list, order);
     sortEntries(entries, list, compareEntries, order.ascending);
+    // The general path does not keep the cache in step with the new order.
+    keys.follow(list);
 }
 
 } // namespace Sorting
