@@ -17,10 +17,13 @@
 #include <QLoggingCategory>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <optional>
+#include <thread>
 #include <unistd.h>
 
 Q_LOGGING_CATEGORY(lcBackup, "quillory.exchange.backup")
@@ -116,57 +119,102 @@ std::optional<QByteArrayView> plainRootArray(QByteArrayView bytes)
     return element;
 }
 
-// One data file's root array, ready to go into a backup document at depth one. The file is checked
-// by the property-list reader's rules in any case, so a file that does not read stops the backup as
-// it always has; when it is a plain XML property list its own bytes are nested, which spares making
-// and writing every record again. A missing file is an empty list.
+// One data file's root array, ready to go into a backup document at depth one. Every file is
+// checked by the property-list reader's own rules, so a file that does not read stops the backup as
+// it always has; a plain XML property list has its own bytes nested, which spares making and writing
+// every record again. A missing file is an empty list.
 struct DataFilePiece {
+    QString path;
     QFile file;
     QByteArray read;        // the file's bytes when they could not be mapped
-    QByteArrayView element; // the nested bytes, pointing into the mapping or `read`
+    QByteArrayView bytes;   // the whole file, mapped or read
+    QByteArrayView element; // the bytes to nest, when the file is plain
     QByteArray written;     // or the list written out again
 };
 
-bool prepareDataFile(DataFilePiece &piece, const QString &path, QString *error)
+bool failedPiece(const DataFilePiece &piece, const QString &why, QString *error)
 {
-    if (!QFileInfo::exists(path)) {
+    if (error)
+        *error = QStringLiteral("%1: %2").arg(piece.path, why);
+    return false;
+}
+
+bool openDataFile(DataFilePiece &piece, QString *error)
+{
+    if (!QFileInfo::exists(piece.path)) {
         PropertyList::appendValue(piece.written, QVariantList{}, 1);
         return true;
     }
-    piece.file.setFileName(path);
-    QByteArrayView bytes;
+    piece.file.setFileName(piece.path);
     if (piece.file.open(QIODevice::ReadOnly)) {
         const qint64 size = piece.file.size();
         if (uchar *mapped = size > 0 ? piece.file.map(0, size) : nullptr) {
-            bytes = QByteArrayView(reinterpret_cast<const char *>(mapped), qsizetype(size));
+            piece.bytes = QByteArrayView(reinterpret_cast<const char *>(mapped), qsizetype(size));
         } else {
             piece.read = piece.file.readAll();
-            bytes = piece.read;
+            piece.bytes = piece.read;
         }
     }
-    auto failed = [&](const QString &why) {
-        if (error)
-            *error = QStringLiteral("%1: %2").arg(path, why);
-        return false;
-    };
     if (piece.file.error() != QFileDevice::NoError)
-        return failed(piece.file.errorString());
+        return failedPiece(piece, piece.file.errorString(), error);
+    if (const auto element = plainRootArray(piece.bytes))
+        piece.element = *element;
+    return true;
+}
 
-    if (const auto element = plainRootArray(bytes)) {
-        PropertyListXmlReader checker(bytes);
-        checker.setCheckOnly(true);
-        if (checker.read(nullptr)) {
-            piece.element = *element;
-            return true;
-        }
-    }
-    // Not plain, or not good: the full reading says why, or gives the list to write out again.
+bool plainPieceReads(const DataFilePiece &piece)
+{
+    PropertyListXmlReader checker(piece.bytes);
+    checker.setCheckOnly(true);
+    return checker.read(nullptr).has_value();
+}
+
+// The full reading: it says why a file does not read, or gives the list to write out again.
+bool rewritePiece(DataFilePiece &piece, QString *error)
+{
+    piece.element = {};
     QString why;
-    const auto parsed = PropertyList::parse(bytes, &why);
+    const auto parsed = PropertyList::parse(piece.bytes, &why);
     if (!parsed || parsed->typeId() != QMetaType::QVariantList)
-        return failed(parsed ? QStringLiteral("the root is not an array") : why);
+        return failedPiece(piece, parsed ? QStringLiteral("the root is not an array") : why, error);
     PropertyList::appendValue(piece.written, *parsed, 1);
     return true;
+}
+
+// Writes the document and gives it its name only when `accepted` says so once every byte is out.
+bool writeBackupDocument(const QString &path, const std::array<DataFilePiece, 3> &pieces,
+                         const std::function<bool()> &accepted, QString *error)
+{
+    QSaveFile out(path);
+    auto failed = [&] {
+        if (error)
+            *error = QStringLiteral("%1: %2").arg(path, out.errorString());
+        return false;
+    };
+    if (!out.open(QIODevice::WriteOnly))
+        return failed();
+    bool written = out.write(PropertyList::documentHeader() + "<array>\n") >= 0;
+    for (const DataFilePiece &piece : pieces) {
+        if (piece.element.isEmpty()) {
+            written = written && out.write(piece.written) == piece.written.size();
+        } else {
+            written = written && out.write("\t", 1) == 1
+                && out.write(piece.element.data(), piece.element.size()) == piece.element.size()
+                && out.write("\n", 1) == 1;
+        }
+    }
+    written = written && out.write("</array>\n" + PropertyList::documentFooter()) >= 0;
+    if (!written) {
+        failed();
+        out.cancelWriting();
+        return false;
+    }
+    if (!accepted()) {
+        out.cancelWriting();
+        return false;
+    }
+    // commit() puts the backup on disk before it takes its name.
+    return out.commit() || failed();
 }
 
 QByteArray localPath(const QString &path)
@@ -214,35 +262,36 @@ bool Backup::exportBackupToFile(const QString &path, QString *error)
     const QStringList files = {Paths::assignmentsFile(), Paths::coursesFile(), Paths::universalTypesFile()};
     std::array<DataFilePiece, 3> pieces;
     for (int i = 0; i < 3; ++i) {
-        if (!prepareDataFile(pieces[i], files.at(i), error))
+        pieces[i].path = files.at(i);
+        if (!openDataFile(pieces[i], error))
+            return false;
+        if (pieces[i].element.isEmpty() && pieces[i].written.isEmpty() && !rewritePiece(pieces[i], error))
             return false;
     }
-    QSaveFile out(path);
-    auto failed = [&] {
-        if (error)
-            *error = QStringLiteral("%1: %2").arg(path, out.errorString());
-        return false;
+    // Checking the plain files is work for the processor, writing the document mostly waiting for
+    // the disk: they go side by side, and the document is kept only when every check passed. A
+    // thread of its own, not the pool's: the backup itself may be running on the pool.
+    std::array<bool, 3> reads = {true, true, true};
+    std::thread checks([&pieces, &reads] {
+        for (int i = 0; i < 3; ++i)
+            reads[i] = pieces[i].element.isEmpty() || plainPieceReads(pieces[i]);
+    });
+    bool joined = false;
+    auto allRead = [&] {
+        checks.join();
+        joined = true;
+        return std::all_of(reads.begin(), reads.end(), [](bool ok) { return ok; });
     };
-    if (!out.open(QIODevice::WriteOnly))
-        return failed();
-    bool written = out.write(PropertyList::documentHeader() + "<array>\n") >= 0;
-    for (const DataFilePiece &piece : pieces) {
-        if (piece.element.isEmpty()) {
-            written = written && out.write(piece.written) == piece.written.size();
-        } else {
-            written = written && out.write("\t", 1) == 1
-                && out.write(piece.element.data(), piece.element.size()) == piece.element.size()
-                && out.write("\n", 1) == 1;
-        }
+    const bool written = writeBackupDocument(path, pieces, allRead, error);
+    if (!joined)
+        checks.join();
+    if (written || std::all_of(reads.begin(), reads.end(), [](bool ok) { return ok; }))
+        return written;
+    for (int i = 0; i < 3; ++i) {
+        if (!reads[i] && !rewritePiece(pieces[i], error))
+            return false;
     }
-    written = written && out.write("</array>\n" + PropertyList::documentFooter()) >= 0;
-    if (!written) {
-        failed();
-        out.cancelWriting();
-        return false;
-    }
-    // commit() puts the backup on disk before it takes its name.
-    return out.commit() || failed();
+    return writeBackupDocument(path, pieces, [] { return true; }, error);
 }
 
 Backup::ImportOutcome Backup::importFromBackup()

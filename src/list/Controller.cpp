@@ -438,11 +438,11 @@ void Controller::applyOrder(const Sorting::Order &order)
     // With no filter or search narrowing the list the two lists hold the same records in the same
     // order: one sort serves both.
     const bool same = m_display.size() == m_all.size() && std::equal(m_display.cbegin(), m_display.cend(), m_all.cbegin());
-    Sorting::sort(m_all, order);
+    Sorting::sort(m_all, order, &m_allKeys);
     if (same)
         m_display = m_all;
     else
-        Sorting::sort(m_display, order);
+        Sorting::sort(m_display, order, &m_displayKeys);
     allChanged();
     m_appliedOrder = order;
     m_displayOrder = order;

@@ -181,6 +181,9 @@ private:
     Sorting::Order m_sortIndicator{QStringLiteral("Date"), true};
     // The orders allAssignments, filteredAssignments and displayAssignments are known to be in.
     std::optional<Sorting::Order> m_appliedOrder;
+    // The sort keys of allAssignments and of displayAssignments, kept between sorts.
+    Sorting::KeyCache m_allKeys;
+    Sorting::KeyCache m_displayKeys;
     std::optional<Sorting::Order> m_filteredOrder;
     std::optional<Sorting::Order> m_displayOrder;
     std::pair<QString, QString> m_lastSearch;

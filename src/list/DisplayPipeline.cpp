@@ -2,9 +2,13 @@
 
 #include "list/ListTexts.h"
 
+#include <QStringMatcher>
+
 namespace {
-// Joins the fields of one record; no search text can hold it, so no match spans two fields.
+// Separates the fields of one record; no search text that lacks it can match across two fields.
 constexpr QChar FieldSeparator = QChar(0x1F);
+// The buffer is rebuilt from the current records once stale text outweighs them this much.
+constexpr qsizetype CompactSlack = 1 << 20;
 } // namespace
 
 const std::vector<DisplayPipeline::Field> &DisplayPipeline::fields()
@@ -38,58 +42,138 @@ AssignmentList DisplayPipeline::filter(const AssignmentList &all, const QString 
     return filtered;
 }
 
-const QString &DisplayPipeline::joinedText(qsizetype index, const Assignment &record)
+DisplayPipeline::Span DisplayPipeline::append(const Assignment &record)
 {
-    Joined &joined = m_joined[size_t(index)];
-    if (joined.record == &record && joined.revision == record.revision())
-        return joined.text;
-    if (joined.record) // keep what the slot held for when its record comes back
-        m_byRevision.emplace(joined.revision, std::move(joined.text));
-    if (const auto it = m_byRevision.find(record.revision()); it != m_byRevision.end()) {
-        joined = {record.revision(), &record, it->second};
-        return joined.text;
-    }
-    QString text;
+    Span span;
+    span.begin = m_text.size();
+    int f = 0;
     for (const Field &field : fields()) {
-        const QString &value = record.lowered(field.key);
-        if (value.isNull())
-            continue;
-        if (!text.isEmpty())
-            text += FieldSeparator;
-        text += value;
+        if (f > 0)
+            m_text += FieldSeparator;
+        // An absent field is stored empty: a non-empty text cannot match it either.
+        m_text += record.lowered(field.key);
+        span.ends[size_t(f++)] = m_text.size();
     }
-    joined = {record.revision(), &record, std::move(text)};
-    return joined.text;
+    m_text += FieldSeparator;
+    return span;
+}
+
+void DisplayPipeline::compact()
+{
+    QString text;
+    text.reserve(m_liveLength);
+    for (Entry &entry : m_entries) {
+        const qsizetype shift = text.size() - entry.span.begin;
+        const qsizetype length = entry.span.ends.back() + 1 - entry.span.begin;
+        text.append(QStringView(m_text).mid(entry.span.begin, length));
+        entry.span.begin += shift;
+        for (qsizetype &end : entry.span.ends)
+            end += shift;
+    }
+    m_text = std::move(text);
+    m_byRevision.clear();
+}
+
+bool DisplayPipeline::refresh(const AssignmentList &filtered)
+{
+    bool same = m_entries.size() == size_t(filtered.size());
+    if (same) {
+        for (qsizetype i = 0; i < filtered.size(); ++i) {
+            const Entry &entry = m_entries[size_t(i)];
+            const Assignment &record = *filtered[i];
+            if (entry.record != &record || entry.revision != record.revision()) {
+                same = false;
+                break;
+            }
+        }
+    }
+    if (same)
+        return true;
+
+    // Entries follow the filtered list by position; whatever a slot held is kept by revision for
+    // when its record comes back.
+    for (const Entry &entry : m_entries)
+        if (entry.record)
+            m_byRevision.emplace(entry.revision, entry.span);
+    m_entries.assign(size_t(filtered.size()), Entry{});
+    m_liveLength = 0;
+    for (qsizetype i = 0; i < filtered.size(); ++i) {
+        const Assignment &record = *filtered[i];
+        Entry &entry = m_entries[size_t(i)];
+        entry.record = &record;
+        entry.revision = record.revision();
+        if (const auto it = m_byRevision.find(record.revision()); it != m_byRevision.end())
+            entry.span = it->second;
+        else
+            entry.span = append(record);
+        m_liveLength += entry.span.ends.back() + 1 - entry.span.begin;
+    }
+    if (m_text.size() > 2 * m_liveLength + CompactSlack)
+        compact();
+    return false;
 }
 
 AssignmentList DisplayPipeline::search(const AssignmentList &filtered, const QString &loweredText,
                                        const QString &scope)
 {
-    if (loweredText.isEmpty())
+    if (loweredText.isEmpty()) {
+        m_lastValid = false;
         return filtered;
-
-    AssignmentList display;
-    const bool everyField = scope.isEmpty();
-    if (everyField && !loweredText.contains(FieldSeparator)) {
-        // Entries follow the filtered list by position; a changed list rebuilds the ones that moved.
-        m_joined.resize(size_t(filtered.size()));
-        if (m_byRevision.size() > 4 * m_joined.size() + 1024)
-            m_byRevision.clear();
-        for (qsizetype i = 0; i < filtered.size(); ++i)
-            if (joinedText(i, *filtered[i]).contains(loweredText))
-                display.append(filtered[i]);
-        return display;
     }
-    for (const AssignmentRef &record : filtered) {
-        for (const Field &field : fields()) {
-            if (!everyField && scope != field.scope)
-                continue;
-            const QString &value = record->lowered(field.key);
-            if (!value.isNull() && value.contains(loweredText)) {
-                display.append(record);
-                break;
-            }
+
+    const bool unchanged = refresh(filtered);
+    int only = -1;
+    if (!scope.isEmpty()) {
+        for (int f = 0; f < FieldCount; ++f)
+            if (fields()[size_t(f)].scope == scope)
+                only = f;
+        if (only < 0) { // a scope no field has: nothing matches
+            m_lastValid = false;
+            return {};
         }
     }
+    const bool narrowing = unchanged && m_lastValid && scope == m_lastScope && loweredText.contains(m_lastText);
+
+    const QStringMatcher matcher(loweredText, Qt::CaseSensitive);
+    // A text holding the separator could match across two fields; such a text is searched field
+    // by field.
+    const bool fieldByField = only < 0 && loweredText.contains(FieldSeparator);
+    const QChar *text = m_text.constData();
+    const auto matches = [&](const Span &span) {
+        if (only >= 0) {
+            const qsizetype begin = only == 0 ? span.begin : span.ends[size_t(only - 1)] + 1;
+            return matcher.indexIn(text + begin, span.ends[size_t(only)] - begin) >= 0;
+        }
+        if (!fieldByField)
+            return matcher.indexIn(text + span.begin, span.ends.back() - span.begin) >= 0;
+        qsizetype begin = span.begin;
+        for (const qsizetype end : span.ends) {
+            if (matcher.indexIn(text + begin, end - begin) >= 0)
+                return true;
+            begin = end + 1;
+        }
+        return false;
+    };
+
+    std::vector<qsizetype> hits;
+    if (narrowing) {
+        hits.reserve(m_lastHits.size());
+        for (const qsizetype i : m_lastHits)
+            if (matches(m_entries[size_t(i)].span))
+                hits.push_back(i);
+    } else {
+        for (qsizetype i = 0; i < qsizetype(m_entries.size()); ++i)
+            if (matches(m_entries[size_t(i)].span))
+                hits.push_back(i);
+    }
+
+    AssignmentList display;
+    display.reserve(qsizetype(hits.size()));
+    for (const qsizetype i : hits)
+        display.append(filtered[i]);
+    m_lastText = loweredText;
+    m_lastScope = scope;
+    m_lastHits = std::move(hits);
+    m_lastValid = true;
     return display;
 }

@@ -4,15 +4,21 @@
 
 #include <QString>
 
+#include <array>
 #include <unordered_map>
 #include <vector>
 
 // The two derivations between the controller's lists: the view and course filter
 // (allAssignments -> filteredAssignments) and the search (filteredAssignments ->
-// displayAssignments). The search keeps, beside the filtered list, the lower-cased text of each
-// record's six searchable fields joined into one string, so a keystroke costs one substring test
-// per record; each entry is checked against its record's revision, so an edited record is never
-// searched by stale text.
+// displayAssignments).
+//
+// The search keeps the lower-cased text of each record's six searchable fields in one shared
+// buffer, with the bounds of every field, so a keystroke costs one substring search per record
+// (a Boyer-Moore matcher built once per keystroke) over memory read in order, and a scope searches
+// only its own field. Each entry is checked against its record's revision, so an edited record is
+// never searched by stale text. When the text grows from the last one over the same records, only
+// the last matches are searched again: a record that did not contain the shorter text cannot
+// contain the longer one.
 class DisplayPipeline
 {
 public:
@@ -30,17 +36,36 @@ public:
         const QString &scope;
     };
     static const std::vector<Field> &fields();
+    static constexpr int FieldCount = 6;
 
 private:
-    struct Joined {
-        quint64 revision = 0;
-        const Assignment *record = nullptr;
-        QString text;
+    // Where one record's text lies in m_text: field f spans [ends[f-1] + 1, ends[f]) with
+    // ends[-1] = begin - 1; fields are separated by one separator character.
+    struct Span {
+        qsizetype begin = 0;
+        std::array<qsizetype, FieldCount> ends{};
     };
-    const QString &joinedText(qsizetype index, const Assignment &record);
+    struct Entry {
+        const Assignment *record = nullptr;
+        quint64 revision = 0;
+        Span span;
+    };
 
-    std::vector<Joined> m_joined;
-    // Texts of records that were filtered out or moved since, so a filter change does not join
-    // every record again; pruned when it outgrows the records.
-    std::unordered_map<quint64, QString> m_byRevision;
+    // Brings m_entries in line with `filtered`; false when any entry had to change.
+    bool refresh(const AssignmentList &filtered);
+    Span append(const Assignment &record);
+    void compact();
+
+    QString m_text;
+    std::vector<Entry> m_entries;
+    // Texts in m_text of records that were filtered out or moved since, so a filter change or a
+    // sort does not join every record again; dropped when the buffer is compacted.
+    std::unordered_map<quint64, Span> m_byRevision;
+    qsizetype m_liveLength = 0;
+
+    // The last search, for narrowing: its text, scope and the positions that matched.
+    QString m_lastText;
+    QString m_lastScope;
+    std::vector<qsizetype> m_lastHits;
+    bool m_lastValid = false;
 };

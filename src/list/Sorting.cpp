@@ -5,7 +5,10 @@
 #include <QHash>
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <type_traits>
+#include <unordered_map>
 #include <vector>
 
 namespace Sorting {
@@ -102,19 +105,55 @@ std::vector<Entry> entriesFor(const AssignmentList &list, const Order &order)
     return entries;
 }
 
-// The fast form of the keys: the column and the date as ranks among their distinct values (so
-// most comparisons compare two integers), the name as the record's cached lowered text.
-struct RankedEntry {
-    qint64 column = -1; // -1: missing
-    qint64 date = -1;
-    const QString *name = nullptr;
-    qsizetype index = 0;
+// Ranks of one key over a list: equal values share a rank, ranks follow the key's order, and a
+// missing value is -1. A rank is the value's index among the sorted distinct values kept beside
+// them, which may also hold values no record has any more: ranks need only keep the order.
+struct Ranked {
+    std::vector<qint64> ranks;
+    std::vector<double> numbers;
+    std::vector<QString> texts;
+
+    // Gives the value a rank, inserting it among the distinct values when new (every higher rank
+    // moves up by one). False when it would mix numbers with text.
+    bool place(size_t position, const Key &key)
+    {
+        if (key.kind == Key::Missing) {
+            ranks[position] = -1;
+            return true;
+        }
+        qint64 rank = 0;
+        bool inserted = false;
+        if (key.kind == Key::Number) {
+            if (!texts.empty())
+                return false;
+            const auto it = std::lower_bound(numbers.begin(), numbers.end(), key.number);
+            rank = it - numbers.begin();
+            if (it == numbers.end() || key.number < *it) {
+                numbers.insert(it, key.number);
+                inserted = true;
+            }
+        } else {
+            if (!numbers.empty())
+                return false;
+            const auto it = std::lower_bound(texts.begin(), texts.end(), key.text);
+            rank = it - texts.begin();
+            if (it == texts.end() || key.text < *it) {
+                texts.insert(it, key.text);
+                inserted = true;
+            }
+        }
+        if (inserted)
+            for (qint64 &other : ranks)
+                if (other >= rank)
+                    ++other;
+        ranks[position] = rank;
+        return true;
+    }
 };
 
-// Ranks of one key over the list: equal values share a rank, ranks follow the key's order, and a
-// missing value is -1. nullopt when the values cannot be ranked as one kind (numbers mixed with
-// text), which the general comparison handles.
-std::optional<std::vector<qint64>> rankKey(const AssignmentList &list, const QString &key, bool byValue)
+// nullopt when the values cannot be ranked as one kind (numbers mixed with text), which the
+// general comparison handles.
+std::optional<Ranked> rankKey(const AssignmentList &list, const QString &key, bool byValue)
 {
     std::vector<qint64> ids(size_t(list.size()), -1);
     bool sawNumber = false;
@@ -156,39 +195,31 @@ std::optional<std::vector<qint64>> rankKey(const AssignmentList &list, const QSt
     }
     if (sawNumber && sawText)
         return std::nullopt;
-    std::vector<qint64> ranks(size_t(list.size()), -1);
+    Ranked ranked;
+    ranked.ranks.assign(size_t(list.size()), -1);
     if (sawNumber) {
         std::sort(numbers.begin(), numbers.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
-        qint64 rank = -1;
         for (size_t j = 0; j < numbers.size(); ++j) {
             if (j == 0 || numbers[j - 1].first < numbers[j].first)
-                ++rank;
-            ranks[size_t(numbers[j].second)] = rank;
+                ranked.numbers.push_back(numbers[j].first);
+            ranked.ranks[size_t(numbers[j].second)] = qint64(ranked.numbers.size()) - 1;
         }
-        return ranks;
+        return ranked;
     }
     std::vector<qint64> order(texts.size());
     for (size_t j = 0; j < order.size(); ++j)
         order[j] = qint64(j);
     std::sort(order.begin(), order.end(), [&texts](qint64 a, qint64 b) { return texts[size_t(a)] < texts[size_t(b)]; });
     std::vector<qint64> rankOfId(texts.size());
-    for (size_t j = 0; j < order.size(); ++j)
+    ranked.texts.reserve(texts.size());
+    for (size_t j = 0; j < order.size(); ++j) {
         rankOfId[size_t(order[j])] = qint64(j);
+        ranked.texts.push_back(std::move(texts[size_t(order[j])]));
+    }
     for (size_t i = 0; i < ids.size(); ++i)
         if (ids[i] >= 0)
-            ranks[i] = rankOfId[size_t(ids[i])];
-    return ranks;
-}
-
-int compareRanked(const RankedEntry &a, const RankedEntry &b)
-{
-    if (a.column != b.column)
-        return a.column < b.column ? -1 : 1;
-    if (a.date != b.date)
-        return a.date < b.date ? -1 : 1;
-    if (!a.name || !b.name)
-        return int(a.name != nullptr) - int(b.name != nullptr);
-    return a.name->compare(*b.name);
+            ranked.ranks[i] = rankOfId[size_t(ids[i])];
+    return ranked;
 }
 
 template<typename E, typename Compare>
@@ -230,24 +261,154 @@ bool isSorted(const AssignmentList &list, const Order &order)
     return true;
 }
 
-void sort(AssignmentList &list, const Order &order)
+struct KeyCache::Data {
+    std::vector<const Assignment *> records;
+    std::vector<quint64> revisions;
+    // Ranks by key, "t" or "v" (text or value) before the key's name; nullopt when the key cannot
+    // be ranked. A node map: the sort holds references to three entries while adding them.
+    std::map<QString, std::optional<Ranked>> ranks;
+
+    static Key keyOf(const Assignment &record, const QString &id)
+    {
+        const QString key = id.mid(1);
+        return id.front() == QLatin1Char('v') ? valueKey(record, key) : textKey(record, key);
+    }
+
+    // Makes the cache describe `list`. Records still there keep their ranks wherever they moved;
+    // a few new or changed ones are ranked among them; many start every key afresh.
+    void follow(const AssignmentList &list)
+    {
+        const size_t count = size_t(list.size());
+        bool same = records.size() == count;
+        for (size_t i = 0; same && i < count; ++i)
+            same = records[i] == list[qsizetype(i)].get() && revisions[i] == list[qsizetype(i)]->revision();
+        if (same)
+            return;
+
+        // Where each record was before, or -1.
+        std::vector<qsizetype> from(count, -1);
+        std::unordered_map<quint64, size_t> byRevision;
+        size_t fresh = 0;
+        for (size_t i = 0; i < count; ++i) {
+            const Assignment *record = list[qsizetype(i)].get();
+            if (i < records.size() && records[i] == record && revisions[i] == record->revision()) {
+                from[i] = qsizetype(i);
+                continue;
+            }
+            if (byRevision.empty() && !records.empty()) {
+                byRevision.reserve(records.size());
+                for (size_t j = 0; j < records.size(); ++j)
+                    byRevision.emplace(revisions[j], j);
+            }
+            const auto it = byRevision.find(record->revision());
+            if (it != byRevision.end() && records[it->second] == record)
+                from[i] = qsizetype(it->second);
+            else
+                ++fresh;
+        }
+        if (fresh > count / 8 + 16) {
+            ranks.clear();
+        } else {
+            for (auto it = ranks.begin(); it != ranks.end();) {
+                std::optional<Ranked> &ranked = it->second;
+                bool kept = ranked && ranked->numbers.size() + ranked->texts.size() < 2 * count + 1024;
+                if (kept) {
+                    std::vector<qint64> moved(count, -1);
+                    for (size_t i = 0; i < count; ++i)
+                        if (from[i] >= 0)
+                            moved[i] = ranked->ranks[size_t(from[i])];
+                    ranked->ranks = std::move(moved);
+                    for (size_t i = 0; kept && i < count; ++i)
+                        if (from[i] < 0)
+                            kept = ranked->place(i, keyOf(*list[qsizetype(i)], it->first));
+                }
+                it = kept ? std::next(it) : ranks.erase(it); // ranked afresh when next asked for
+            }
+        }
+        records.resize(count);
+        revisions.resize(count);
+        for (size_t i = 0; i < count; ++i) {
+            records[i] = list[qsizetype(i)].get();
+            revisions[i] = list[qsizetype(i)]->revision();
+        }
+    }
+
+    const std::optional<Ranked> &ranksOf(const AssignmentList &list, const QString &key, bool byValue)
+    {
+        const QString id = (byValue ? QLatin1Char('v') : QLatin1Char('t')) + key;
+        auto it = ranks.find(id);
+        if (it == ranks.end())
+            it = ranks.emplace(id, rankKey(list, key, byValue)).first;
+        return it->second;
+    }
+
+    // The list was reordered: position j now holds what position order[j] held.
+    void permute(const std::vector<qsizetype> &order)
+    {
+        const auto apply = [&order](auto &values) {
+            std::remove_reference_t<decltype(values)> moved(values.size());
+            for (size_t j = 0; j < order.size(); ++j)
+                moved[j] = values[size_t(order[j])];
+            values = std::move(moved);
+        };
+        apply(records);
+        apply(revisions);
+        for (auto &[id, ranked] : ranks)
+            if (ranked)
+                apply(ranked->ranks);
+    }
+};
+
+KeyCache::KeyCache() : d(std::make_unique<Data>()) {}
+KeyCache::~KeyCache() = default;
+
+KeyCache::Data &dataOf(KeyCache &cache)
+{
+    return *cache.d;
+}
+
+void sort(AssignmentList &list, const Order &order, KeyCache *cache)
 {
     if (list.size() < 2)
         return;
-    const std::optional<std::vector<qint64>> columnRanks
-        = rankKey(list, order.column, comparesByValue(order.column));
-    const std::optional<std::vector<qint64>> dateRanks = rankKey(list, AssignmentKeys::Date, true);
-    if (columnRanks && dateRanks) {
-        std::vector<RankedEntry> entries(size_t(list.size()));
-        for (qsizetype i = 0; i < list.size(); ++i) {
-            const QString &name = list[i]->lowered(AssignmentKeys::Name);
-            entries[size_t(i)] = {(*columnRanks)[size_t(i)], (*dateRanks)[size_t(i)], name.isNull() ? nullptr : &name, i};
+    KeyCache local;
+    KeyCache::Data &keys = dataOf(cache ? *cache : local);
+    keys.follow(list);
+    const auto &columnRanks = keys.ranksOf(list, order.column, comparesByValue(order.column));
+    const auto &dateRanks = keys.ranksOf(list, AssignmentKeys::Date, true);
+    const auto &nameRanks = keys.ranksOf(list, AssignmentKeys::Name, false);
+    // Three ranks, each plus one so a missing value is 0, in 21 bits each.
+    constexpr int Bits = 21;
+    const auto fits = [](const std::optional<Ranked> &ranked) {
+        return ranked && qint64(ranked->numbers.size() + ranked->texts.size()) < (qint64(1) << Bits) - 1;
+    };
+    if (fits(columnRanks) && fits(dateRanks) && fits(nameRanks)) {
+        const size_t count = size_t(list.size());
+        std::vector<std::pair<quint64, qsizetype>> packed(count);
+        for (size_t i = 0; i < count; ++i) {
+            const quint64 key = (quint64(columnRanks->ranks[i] + 1) << (2 * Bits))
+                | (quint64(dateRanks->ranks[i] + 1) << Bits) | quint64(nameRanks->ranks[i] + 1);
+            // Descending reverses the keys; equal keys keep their order either way, as in a stable sort.
+            packed[i] = {order.ascending ? key : ~key, qsizetype(i)};
         }
-        sortEntries(entries, list, compareRanked, order.ascending);
+        if (std::is_sorted(packed.begin(), packed.end()))
+            return;
+        std::sort(packed.begin(), packed.end());
+        std::vector<qsizetype> permutation(count);
+        AssignmentList sorted;
+        sorted.reserve(list.size());
+        for (size_t j = 0; j < count; ++j) {
+            permutation[j] = packed[j].second;
+            sorted.append(list[packed[j].second]);
+        }
+        list = std::move(sorted);
+        keys.permute(permutation);
         return;
     }
     std::vector<Entry> entries = entriesFor(list, order);
     sortEntries(entries, list, compareEntries, order.ascending);
+    // The general path does not keep the cache in step with the new order.
+    keys.follow(list);
 }
 
 } // namespace Sorting

@@ -63,5 +63,7 @@ public:
     static bool archiveExists();
     // Removes the archive (never what a link there points to).
     static void removeArchive();
+    // The archive when it is a plain file, as cleanUp() removes it.
+    static void removeArchiveFile();
     static void removeUnpackFolder();
 };

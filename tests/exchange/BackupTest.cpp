@@ -146,6 +146,10 @@ TEST(BackupExport, NestsEachDataFileAsItIsAndReadsBackAsTheParsedLists)
     TestEnvironment::writeFile(Paths::coursesFile(), "<plist><array><string>Lab</array></plist>");
     EXPECT_FALSE(Backup::sharedController()->exportBackupToFile(path, &error));
     EXPECT_TRUE(error.contains(Paths::coursesFile())) << error.toStdString();
+    // So does an empty one: it holds no list at all.
+    TestEnvironment::writeFile(Paths::coursesFile(), QByteArray());
+    EXPECT_FALSE(Backup::sharedController()->exportBackupToFile(path, &error));
+    EXPECT_EQ(readList(path).value(1).toList(), QVariantList{QStringLiteral("Lab")}) << "the last good backup stays";
 }
 
 TEST(BackupExport, RefusesToBackUpADataFileItCannotRead)

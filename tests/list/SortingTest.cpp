@@ -112,3 +112,55 @@ TEST(Sorting, ACachedKeyFollowsAChangedRecord)
     Sorting::sort(list, {"Name", true});
     EXPECT_EQ(names(list), (QStringList{"b", "z"}));
 }
+
+// Sorting through a kept cache of keys, between edits in place, additions, removals and other
+// orders, always gives what a stable sort of the list as it stands gives.
+TEST(Sorting, KeptKeysFollowEveryChangeOfTheList)
+{
+    QRandomGenerator random(23);
+    const QStringList texts = {"Math", "math", "Art", "", "ärt", "History"};
+    const auto randomRecord = [&] {
+        QVariantMap fields;
+        if (random.bounded(5))
+            fields.insert(Course, texts[random.bounded(int(texts.size()))]);
+        if (random.bounded(4))
+            fields.insert(Date, stored(2026, 1 + random.bounded(3), 1 + random.bounded(5)));
+        if (random.bounded(3))
+            fields.insert(Priority, double(random.bounded(4)));
+        return record(texts[random.bounded(int(texts.size()))] + QString::number(random.bounded(3)), fields);
+    };
+    AssignmentList list;
+    for (int i = 0; i < 120; ++i)
+        list.append(randomRecord());
+    const QStringList columns = {"Course", "Date", "Priority", "Name", "Type"};
+    Sorting::KeyCache cache;
+    for (int step = 0; step < 300; ++step) {
+        switch (random.bounded(6)) {
+        case 0:
+            list[random.bounded(int(list.size()))]->set(Course, texts[random.bounded(int(texts.size()))]);
+            break;
+        case 1:
+            list[random.bounded(int(list.size()))]->set(Date, stored(2026, 2, 1 + random.bounded(28)));
+            break;
+        case 2:
+            list.append(randomRecord());
+            break;
+        case 3:
+            list.removeAt(random.bounded(int(list.size())));
+            break;
+        case 4:
+            std::shuffle(list.begin(), list.end(), random);
+            break;
+        default:
+            break;
+        }
+        const QString column = columns[random.bounded(int(columns.size()))];
+        const bool ascending = random.bounded(2);
+        AssignmentList expected = list;
+        std::stable_sort(expected.begin(), expected.end(), [&](const AssignmentRef &a, const AssignmentRef &b) {
+            return (ascending ? 1 : -1) * referenceCompare(*a, *b, column) < 0;
+        });
+        Sorting::sort(list, {column, ascending}, &cache);
+        ASSERT_EQ(list, expected) << step << " " << column.toStdString() << ascending;
+    }
+}
