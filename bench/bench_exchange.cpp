@@ -106,7 +106,7 @@ void BM_TextExport(benchmark::State &state)
 {
     const QString path = Paths::dataFolder() + QStringLiteral("/export.txt");
     measure(state, [&] {
-        const QByteArray bytes = TextExport::textForAssignments(assignments()).toUtf8();
+        const QByteArray bytes = TextExport::textFileBytes(assignments());
         QSaveFile file(path);
         file.open(QIODevice::WriteOnly);
         file.write(bytes);

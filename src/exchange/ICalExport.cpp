@@ -1,6 +1,7 @@
 #include "exchange/ICalExport.h"
 
 #include "exchange/ExportFields.h"
+#include "exchange/Utf8Builder.h"
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
@@ -77,7 +78,8 @@ bool isTrue(const QVariant &value)
     }
 }
 
-void appendDay(QString &out, const QDate &day)
+template<typename Out>
+void appendDay(Out &out, const QDate &day)
 {
     // "%Y%m%d", written by hand: this runs once or twice per entry of a long export.
     const int year = day.year();
@@ -194,7 +196,8 @@ QString ICalExport::createNotesFromObject(const QVariantMap &record) const
     return notes;
 }
 
-void ICalExport::appendNotes(QString &out, const ExportFields &fields) const
+template<typename Out>
+void ICalExport::appendNotes(Out &out, const ExportFields &fields) const
 {
     auto part = [&](const QVariant *value, const QString &word, bool labelled) {
         if (!value)
@@ -294,7 +297,7 @@ QString ICalExport::slowCustomName(const QVariantMap &record) const
     return name;
 }
 
-void ICalExport::appendEvent(QString &out, const QVariantMap &record, const QDate &today) const
+void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const QDate &today) const
 {
     const ExportFields fields = ExportFields::of(record);
     const QDate day = dayOf(fields.date, today);
@@ -316,7 +319,7 @@ void ICalExport::appendEvent(QString &out, const QVariantMap &record, const QDat
     out += EndEvent;
 }
 
-void ICalExport::appendToDo(QString &out, const QVariantMap &record, const QDate &today) const
+void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const QDate &today) const
 {
     const ExportFields fields = ExportFields::of(record);
     out += BeginToDo;
@@ -342,8 +345,8 @@ void ICalExport::appendToDo(QString &out, const QVariantMap &record, const QDate
 
 QByteArray ICalExport::fileText(const AssignmentList &records, const QDate &today)
 {
-    QString out;
-    out.reserve(Header.size() + Trailer.size() + records.size() * 200);
+    // About 400 bytes an entry; the builder grows when the notes are longer.
+    Utf8Builder out(Header.size() + Trailer.size() + records.size() * 400);
     out += Header;
     const bool events = m_exportFormat == Events;
     const bool toDos = !events && m_exportFormat == ToDos;
@@ -358,7 +361,7 @@ QByteArray ICalExport::fileText(const AssignmentList &records, const QDate &toda
         }
     }
     out += Trailer;
-    return out.toUtf8();
+    return out.take();
 }
 
 bool ICalExport::performExport(const AssignmentList &records)

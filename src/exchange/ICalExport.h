@@ -10,6 +10,8 @@
 #include <QString>
 #include <QVariantMap>
 
+class Utf8Builder;
+
 // The iCalendar text of an export and its hand-over to the calendar.
 //
 // The text is what calendars have always been given by this program: fixed header lines, one all-day
@@ -49,8 +51,8 @@ public:
     static void resetCountersForTest();
 
 private:
-    void appendEvent(QString &out, const QVariantMap &record, const QDate &today) const;
-    void appendToDo(QString &out, const QVariantMap &record, const QDate &today) const;
+    void appendEvent(Utf8Builder &out, const QVariantMap &record, const QDate &today) const;
+    void appendToDo(Utf8Builder &out, const QVariantMap &record, const QDate &today) const;
 
     QString m_exportName;
     QString m_exportFormat;
@@ -68,5 +70,6 @@ private:
     bool m_nameUsesDate = false;
     QString slowCustomName(const QVariantMap &record) const;
     QString customName(const QVariantMap &record, const ExportFields &fields) const;
-    void appendNotes(QString &out, const ExportFields &fields) const;
+    template<typename Out>
+    void appendNotes(Out &out, const ExportFields &fields) const;
 };

@@ -2,6 +2,7 @@
 
 #include "exchange/DueDateTexts.h"
 #include "exchange/ExportFields.h"
+#include "exchange/Utf8Builder.h"
 
 #include "BuildInfo.h"
 #include "platform/Alerts.h"
@@ -79,7 +80,11 @@ QString TextExport::stringByReplacingAmpersands(const QString &text)
     return escaped.replace(QLatin1Char('&'), EscapedAmpersand);
 }
 
-QString TextExport::textForAssignments(const AssignmentList &records)
+namespace {
+
+// The text file's text, written into `text` (a QString, or UTF-8 straight away for the file).
+template<typename Out>
+void writeText(Out &text, const AssignmentList &records)
 {
     using namespace PreferenceKeys;
     const QString course = Labels::label(LabelKeys::Course) + Separator;
@@ -88,12 +93,13 @@ QString TextExport::textForAssignments(const AssignmentList &records)
     const QString grade = Labels::label(LabelKeys::Grade) + Separator;
     DueDateTexts dueDates(dateFormat());
 
-    QString text = ProgramName + version() + QStringLiteral("\n\n");
-    text.reserve(records.size() * 160 + text.size());
+    text += ProgramName;
+    text += version();
+    text += QStringLiteral("\n\n");
     for (const AssignmentRef &record : records) {
         if (!record)
             continue;
-        // One walk over the record: a long export spends much of its time finding keys.
+        // Each field searched for once: a long export spends much of its time finding keys.
         const ExportFields fields = ExportFields::of(record->fields());
         auto line = [&](const QString &word, const QVariant *value, const QString *absent) {
             if (!value && !absent)
@@ -116,7 +122,24 @@ QString TextExport::textForAssignments(const AssignmentList &records)
         line(NotesWord, fields.notes, nullptr);
         text += QLatin1Char('\n');
     }
+}
+
+} // namespace
+
+QString TextExport::textForAssignments(const AssignmentList &records)
+{
+    QString text;
+    text.reserve(records.size() * 160 + 32);
+    writeText(text, records);
     return text;
+}
+
+QByteArray TextExport::textFileBytes(const AssignmentList &records)
+{
+    // About 250 bytes an entry; the builder grows when the notes are longer.
+    Utf8Builder bytes(records.size() * 250 + 32);
+    writeText(bytes, records);
+    return bytes.take();
 }
 
 QString TextExport::emailBody(const AssignmentList &records)
@@ -161,7 +184,7 @@ bool TextExport::exportAssignmentsToText(const AssignmentList &records, const st
         showProgress();
 
     QSaveFile file(path);
-    const QByteArray bytes = textForAssignments(records).toUtf8();
+    const QByteArray bytes = textFileBytes(records);
     bool written = false;
     if (file.open(QIODevice::WriteOnly)) {
         if (file.write(bytes) == bytes.size())

@@ -2,6 +2,7 @@
 
 #include "store/Assignment.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QUrl>
 
@@ -23,6 +24,8 @@ public:
     // The text file: "Quillory <version>", a blank line, then one entry per record, each followed by
     // a blank line. Uses the user's labels and date format.
     static QString textForAssignments(const AssignmentList &records);
+    // The same text in UTF-8, as the file holds it, built without a UTF-16 copy of the whole.
+    static QByteArray textFileBytes(const AssignmentList &records);
     // The e-mail body, with fixed words and every "&" of the user's text as "&amp;".
     static QString emailBody(const AssignmentList &records);
     // "mailto:?subject=Homework Assignment&body=..." escaped for a URL, the user's "&" as "%26".
