@@ -1,5 +1,6 @@
 #include "exchange/ICalExport.h"
 
+#include "exchange/ExportFields.h"
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
@@ -55,6 +56,11 @@ const QString DefaultDateFormat = QString::fromLatin1(DateText::StoredFormat);
 std::atomic<int> g_eventCounter{0};
 std::atomic<int> g_toDoCounter{0};
 
+QString text(const QVariant *value)
+{
+    return value ? value->toString() : QString();
+}
+
 bool isTrue(const QVariant &value)
 {
     switch (value.typeId()) {
@@ -75,7 +81,14 @@ void appendDay(QString &out, const QDate &day)
 {
     // "%Y%m%d", written by hand: this runs once or twice per entry of a long export.
     const int year = day.year();
-    out += QString::number(year).rightJustified(4, QLatin1Char('0'));
+    if (year < 0 || year > 9999) {
+        out += QString::number(year).rightJustified(4, QLatin1Char('0'));
+    } else {
+        out += QLatin1Char(char('0' + year / 1000));
+        out += QLatin1Char(char('0' + year / 100 % 10));
+        out += QLatin1Char(char('0' + year / 10 % 10));
+        out += QLatin1Char(char('0' + year % 10));
+    }
     const int month = day.month();
     const int dayOfMonth = day.day();
     out += QLatin1Char(char('0' + month / 10));
@@ -99,12 +112,11 @@ int digits(const QString &text, qsizetype from, qsizetype count)
 
 // The day of a stored date as its text says it: "%Y-%m-%d %H:%M:%S", the offset taking no part.
 // Read by hand: a long export reads one per entry.
-QDate dayOf(const QVariantMap &record, const QDate &today)
+QDate dayOf(const QVariant *date, const QDate &today)
 {
-    const auto it = record.constFind(AssignmentKeys::Date);
-    if (it == record.constEnd())
+    if (!date)
         return today;
-    const QString text = it->toString();
+    const QString text = date->toString();
     if (text.size() >= 19 && text.at(4) == u'-' && text.at(7) == u'-' && text.at(10) == u' ' && text.at(13) == u':'
         && text.at(16) == u':') {
         const int hour = digits(text, 11, 2);
@@ -118,6 +130,18 @@ QDate dayOf(const QVariantMap &record, const QDate &today)
     return today;
 }
 
+QString legacyDateFormat()
+{
+    const UserDefaults defaults;
+    return defaults.contains(LegacyDateFormatKey) ? defaults.string(LegacyDateFormatKey) : DefaultDateFormat;
+}
+
+// The summary's codes in the order they are replaced, and private-use characters standing for them.
+constexpr int CodeCount = 7;
+constexpr const char *Codes[CodeCount] = {"%n", "%d", "%c", "%t", "%a", "%b", "%g"};
+constexpr int DateCode = 1;
+constexpr char16_t MarkBase = 0xE000;
+
 } // namespace
 
 ICalExport::ICalExport(QString exportName, QString exportFormat)
@@ -127,41 +151,128 @@ ICalExport::ICalExport(QString exportName, QString exportFormat)
     , m_textbookLabel(Labels::label(PreferenceKeys::LabelKeys::Textbook))
     , m_typeLabel(Labels::label(PreferenceKeys::LabelKeys::Type))
     , m_gradeLabel(Labels::label(PreferenceKeys::LabelKeys::Grade))
+    , m_legacyDateFormat(legacyDateFormat())
+    , m_dateTexts(m_legacyDateFormat)
 {
-    const UserDefaults defaults;
-    m_legacyDateFormat = defaults.contains(LegacyDateFormatKey) ? defaults.string(LegacyDateFormatKey)
-                                                                : DefaultDateFormat;
+    // The codes are replaced one after the other, each in the text the earlier ones left. Doing
+    // that once with stand-in characters gives where each value goes; it is the same for every
+    // record as long as no value brings a "%" of its own and no "%" of the format stands right
+    // before a value (which would read the value's first letter as a code).
+    QString withMarks = m_exportName;
+    bool usable = true;
+    for (int code = 0; code < CodeCount; ++code) {
+        if (withMarks.contains(QChar(MarkBase + code)))
+            usable = false;
+    }
+    for (int code = 0; code < CodeCount && usable; ++code)
+        withMarks.replace(QLatin1String(Codes[code]), QString(QChar(MarkBase + code)));
+    QString literal;
+    for (qsizetype i = 0; i < withMarks.size() && usable; ++i) {
+        const char16_t c = withMarks.at(i).unicode();
+        if (c < MarkBase || c >= MarkBase + CodeCount) {
+            literal += withMarks.at(i);
+            continue;
+        }
+        if (literal.endsWith(QLatin1Char('%')))
+            usable = false;
+        if (!literal.isEmpty())
+            m_namePieces.append({literal, -1});
+        literal.clear();
+        m_namePieces.append({QString(), int(c - MarkBase)});
+        m_nameUsesDate = m_nameUsesDate || c - MarkBase == DateCode;
+    }
+    if (!literal.isEmpty())
+        m_namePieces.append({literal, -1});
+    if (!usable)
+        m_namePieces.clear();
 }
 
 QString ICalExport::createNotesFromObject(const QVariantMap &record) const
 {
     QString notes;
-    auto part = [&](const QString &key, const QString &word) {
-        const auto it = record.constFind(key);
-        if (it == record.constEnd())
-            return;
-        notes += word;
-        notes += it->toString();
-        notes += EscapedNewline;
-    };
-    part(AssignmentKeys::Name, NameWord);
-    part(AssignmentKeys::Course, m_courseLabel + Separator);
-    part(AssignmentKeys::Textbook, m_textbookLabel + Separator);
-    part(AssignmentKeys::Type, m_typeLabel + Separator);
-    part(AssignmentKeys::Grade, m_gradeLabel + Separator);
-    part(AssignmentKeys::Notes, NotesWord);
+    appendNotes(notes, ExportFields::of(record));
     return notes;
+}
+
+void ICalExport::appendNotes(QString &out, const ExportFields &fields) const
+{
+    auto part = [&](const QVariant *value, const QString &word, bool labelled) {
+        if (!value)
+            return;
+        out += word;
+        if (labelled)
+            out += Separator;
+        out += value->toString();
+        out += EscapedNewline;
+    };
+    part(fields.name, NameWord, false);
+    part(fields.course, m_courseLabel, true);
+    part(fields.textbook, m_textbookLabel, true);
+    part(fields.type, m_typeLabel, true);
+    part(fields.grade, m_gradeLabel, true);
+    part(fields.notes, NotesWord, false);
 }
 
 QString ICalExport::createCustomName(const QVariantMap &record) const
 {
-    QString name = m_exportName;
-    if (name == DefaultName) { // the common case of a long export
-        const QString plain = record.value(AssignmentKeys::Name).toString();
-        // A name holding a code of its own goes the long way: later codes search earlier values.
-        if (!plain.contains(QLatin1Char('%')))
-            return plain;
+    return customName(record, ExportFields::of(record));
+}
+
+QString ICalExport::customName(const QVariantMap &record, const ExportFields &fields) const
+{
+    if (m_namePieces.isEmpty())
+        return slowCustomName(record);
+    QString values[CodeCount];
+    for (const NamePiece &piece : m_namePieces) {
+        if (piece.code < 0 || !values[piece.code].isNull())
+            continue;
+        QString &value = values[piece.code];
+        switch (piece.code) {
+        case 0:
+            value = text(fields.name);
+            break;
+        case DateCode: {
+            if (!fields.date)
+                return slowCustomName(record);
+            const auto text = m_dateTexts.text(fields.date->toString());
+            if (!text)
+                return slowCustomName(record);
+            value = *text;
+            break;
+        }
+        case 2:
+            value = text(fields.course);
+            break;
+        case 3:
+            value = text(fields.textbook);
+            break;
+        case 4:
+            value = fields.completed && isTrue(*fields.completed) ? Complete : Incomplete;
+            break;
+        case 5:
+            value = text(fields.type);
+            break;
+        default:
+            value = text(fields.grade);
+            break;
+        }
+        // A value holding a "%" could make a code for a later replacement: the long way is exact.
+        if (value.contains(QLatin1Char('%')))
+            return slowCustomName(record);
+        if (value.isNull())
+            value = QLatin1String("");
     }
+    if (m_namePieces.size() == 1 && m_namePieces.front().code >= 0)
+        return values[m_namePieces.front().code];
+    QString name;
+    for (const NamePiece &piece : m_namePieces)
+        name += piece.code < 0 ? piece.text : values[piece.code];
+    return name;
+}
+
+QString ICalExport::slowCustomName(const QVariantMap &record) const
+{
+    QString name = m_exportName;
 
     auto replace = [&](const char *code, const QString &value) {
         name.replace(QLatin1String(code), value);
@@ -169,17 +280,11 @@ QString ICalExport::createCustomName(const QVariantMap &record) const
     replace("%n", record.value(AssignmentKeys::Name).toString());
     if (record.contains(AssignmentKeys::Date)) {
         const QString stored = record.value(AssignmentKeys::Date).toString();
-        auto known = m_dateTexts.constFind(stored);
-        if (known == m_dateTexts.constEnd()) {
-            const auto moment = DateText::fromStoredForm(stored);
-            if (!moment)
-                qCWarning(lcICal) << "Unreadable due date" << stored << "left out of the summary";
-            // A null text marks a date that cannot be read: "%d" then stays as it is.
-            known = m_dateTexts.insert(stored, moment ? DateText::format(moment->toLocalTime(), m_legacyDateFormat)
-                                                      : QString());
-        }
-        if (!known->isNull())
-            replace("%d", *known);
+        // A date that cannot be read leaves "%d" as it is.
+        if (const auto text = m_dateTexts.text(stored))
+            replace("%d", *text);
+        else
+            qCWarning(lcICal) << "Unreadable due date" << stored << "left out of the summary";
     }
     replace("%c", record.value(AssignmentKeys::Course).toString());
     replace("%t", record.value(AssignmentKeys::Textbook).toString());
@@ -191,17 +296,18 @@ QString ICalExport::createCustomName(const QVariantMap &record) const
 
 void ICalExport::appendEvent(QString &out, const QVariantMap &record, const QDate &today) const
 {
-    const QDate day = dayOf(record, today);
+    const ExportFields fields = ExportFields::of(record);
+    const QDate day = dayOf(fields.date, today);
     out += BeginEvent;
     out += StartLine;
     appendDay(out, day);
     out += EndLine;
     appendDay(out, day.addDays(1));
     out += SummaryLine;
-    out += createCustomName(record);
+    out += customName(record, fields);
     out += QLatin1Char('\n');
     out += DescriptionLine;
-    out += createNotesFromObject(record);
+    appendNotes(out, fields);
     out += QLatin1Char('\n');
     out += UidLine;
     out += QString::number(++g_eventCounter);
@@ -212,19 +318,20 @@ void ICalExport::appendEvent(QString &out, const QVariantMap &record, const QDat
 
 void ICalExport::appendToDo(QString &out, const QVariantMap &record, const QDate &today) const
 {
+    const ExportFields fields = ExportFields::of(record);
     out += BeginToDo;
-    if (isTrue(record.value(AssignmentKeys::Completed))) {
+    if (fields.completed && isTrue(*fields.completed)) {
         out += StatusCompleted;
         out += CompletedLine;
         appendDay(out, today);
     }
     out += DueLine;
-    appendDay(out, dayOf(record, today));
+    appendDay(out, dayOf(fields.date, today));
     out += SummaryLine;
-    out += createCustomName(record);
+    out += customName(record, fields);
     out += QLatin1Char('\n');
     out += DescriptionLine;
-    out += createNotesFromObject(record);
+    appendNotes(out, fields);
     out += QLatin1Char('\n');
     out += UidLine;
     out += QString::number(++g_toDoCounter);

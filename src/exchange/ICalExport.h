@@ -1,5 +1,7 @@
 #pragma once
 
+#include "exchange/DueDateTexts.h"
+#include "exchange/ExportFields.h"
 #include "store/Assignment.h"
 
 #include <QByteArray>
@@ -55,5 +57,16 @@ private:
     QString m_courseLabel, m_textbookLabel, m_typeLabel, m_gradeLabel;
     QString m_legacyDateFormat;
     // Summary texts of due dates already met in this export (assignments share dates often).
-    mutable QHash<QString, QString> m_dateTexts;
+    mutable DueDateTexts m_dateTexts;
+    // The summary format read once: literal text and the codes' places, in the order the codes'
+    // replacements leave them. Empty when the format cannot be taken apart this way.
+    struct NamePiece {
+        QString text;
+        int code = -1; // index into the codes, or -1 for literal text
+    };
+    QList<NamePiece> m_namePieces;
+    bool m_nameUsesDate = false;
+    QString slowCustomName(const QVariantMap &record) const;
+    QString customName(const QVariantMap &record, const ExportFields &fields) const;
+    void appendNotes(QString &out, const ExportFields &fields) const;
 };

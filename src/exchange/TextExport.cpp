@@ -1,5 +1,8 @@
 #include "exchange/TextExport.h"
 
+#include "exchange/DueDateTexts.h"
+#include "exchange/ExportFields.h"
+
 #include "BuildInfo.h"
 #include "platform/Alerts.h"
 #include "platform/DateText.h"
@@ -53,34 +56,20 @@ bool isTrue(const QVariant &value)
 }
 
 // The due date as the list shows it: "Date Format" of the General preferences, local time.
-class DueDateText
+QString dateFormat()
 {
-public:
-    DueDateText()
-    {
-        const QVariant format =
-            UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
-        m_format = format.typeId() == QMetaType::QString ? format.toString() : DefaultDateFormat;
-    }
-    // Assignments share due dates often (a week's readings, a series), so each text is worked out once.
-    QString operator()(const QString &stored)
-    {
-        const auto known = m_cache.constFind(stored);
-        if (known != m_cache.constEnd())
-            return *known;
-        QString text = stored;
-        if (const auto moment = DateText::fromStoredForm(stored))
-            text = DateText::format(moment->toLocalTime(), m_format);
-        else
-            qCWarning(lcText) << "Unreadable due date" << stored << "written as it is stored";
-        m_cache.insert(stored, text);
-        return text;
-    }
+    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
+    return format.typeId() == QMetaType::QString ? format.toString() : DefaultDateFormat;
+}
 
-private:
-    QString m_format;
-    QHash<QString, QString> m_cache;
-};
+// An unreadable due date is written as it is stored.
+QString dueDateText(DueDateTexts &texts, const QString &stored)
+{
+    if (auto text = texts.text(stored))
+        return *std::move(text);
+    qCWarning(lcText) << "Unreadable due date" << stored << "written as it is stored";
+    return stored;
+}
 
 } // namespace
 
@@ -97,29 +86,34 @@ QString TextExport::textForAssignments(const AssignmentList &records)
     const QString textbook = Labels::label(LabelKeys::Textbook) + Separator;
     const QString type = Labels::label(LabelKeys::Type) + Separator;
     const QString grade = Labels::label(LabelKeys::Grade) + Separator;
-    DueDateText dueDate;
+    DueDateTexts dueDates(dateFormat());
 
     QString text = ProgramName + version() + QStringLiteral("\n\n");
     text.reserve(records.size() * 160 + text.size());
     for (const AssignmentRef &record : records) {
         if (!record)
             continue;
-        const QVariantMap &fields = record->fields();
-        auto value = [&](const QString &key) { return fields.value(key).toString(); };
-        text += fields.contains(AssignmentKeys::Name) ? value(AssignmentKeys::Name) : Untitled;
-        text += isTrue(fields.value(AssignmentKeys::Completed)) ? CompleteSuffix : IncompleteSuffix;
-        if (fields.contains(AssignmentKeys::Date))
-            text += DueDate + dueDate(value(AssignmentKeys::Date)) + QLatin1Char('\n');
-        text += course + (fields.contains(AssignmentKeys::Course) ? value(AssignmentKeys::Course) : None)
-            + QLatin1Char('\n');
-        text += textbook + (fields.contains(AssignmentKeys::Textbook) ? value(AssignmentKeys::Textbook) : None)
-            + QLatin1Char('\n');
-        if (fields.contains(AssignmentKeys::Type))
-            text += type + value(AssignmentKeys::Type) + QLatin1Char('\n');
-        if (fields.contains(AssignmentKeys::Grade))
-            text += grade + value(AssignmentKeys::Grade) + QLatin1Char('\n');
-        if (fields.contains(AssignmentKeys::Notes))
-            text += NotesWord + value(AssignmentKeys::Notes) + QLatin1Char('\n');
+        // One walk over the record: a long export spends much of its time finding keys.
+        const ExportFields fields = ExportFields::of(record->fields());
+        auto line = [&](const QString &word, const QVariant *value, const QString *absent) {
+            if (!value && !absent)
+                return;
+            text += word;
+            text += value ? value->toString() : *absent;
+            text += QLatin1Char('\n');
+        };
+        text += fields.name ? fields.name->toString() : Untitled;
+        text += fields.completed && isTrue(*fields.completed) ? CompleteSuffix : IncompleteSuffix;
+        if (fields.date) {
+            text += DueDate;
+            text += dueDateText(dueDates, fields.date->toString());
+            text += QLatin1Char('\n');
+        }
+        line(course, fields.course, &None);
+        line(textbook, fields.textbook, &None);
+        line(type, fields.type, nullptr);
+        line(grade, fields.grade, nullptr);
+        line(NotesWord, fields.notes, nullptr);
         text += QLatin1Char('\n');
     }
     return text;
@@ -127,7 +121,7 @@ QString TextExport::textForAssignments(const AssignmentList &records)
 
 QString TextExport::emailBody(const AssignmentList &records)
 {
-    DueDateText dueDate;
+    DueDateTexts dueDates(dateFormat());
     QString body = ProgramName + version() + HomeworkHeading;
     for (const AssignmentRef &record : records) {
         if (!record)
@@ -137,7 +131,7 @@ QString TextExport::emailBody(const AssignmentList &records)
         body += escaped(AssignmentKeys::Name);
         body += isTrue(fields.value(AssignmentKeys::Completed)) ? CompleteSuffix : IncompleteSuffix;
         if (fields.contains(AssignmentKeys::Date))
-            body += DueDate + dueDate(fields.value(AssignmentKeys::Date).toString()) + QLatin1Char('\n');
+            body += DueDate + dueDateText(dueDates, fields.value(AssignmentKeys::Date).toString()) + QLatin1Char('\n');
         body += CourseWord + (fields.contains(AssignmentKeys::Course) ? escaped(AssignmentKeys::Course) : None)
             + QLatin1Char('\n');
         body += TextbookWord + (fields.contains(AssignmentKeys::Textbook) ? escaped(AssignmentKeys::Textbook) : None)

@@ -15,6 +15,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -251,12 +252,16 @@ std::optional<QString> SyncArchive::checkMembers(const QString &archivePath)
     // --absolute-names lists the names as stored, leading "/" and ".." included, which is what
     // needs checking; the warnings tar prints go elsewhere.
     const QString asStored = QStringLiteral("--absolute-names");
-    const auto names = CommandLine::run(TarPath, {asStored, QStringLiteral("-tf"), archivePath}, false);
-    if (names.exitStatus != 0)
-        return UnreadableArchive.arg(CommandLine::run(TarPath, {QStringLiteral("-tf"), archivePath}).output.trimmed());
+    // The two listings read the same file and do not depend on each other: they run side by side.
+    CommandLine::Outcome names;
+    std::thread namesListing(
+        [&] { names = CommandLine::run(TarPath, {asStored, QStringLiteral("-tf"), archivePath}, false); });
     // The long listing's words ("link to") follow the locale: read it in the C locale.
     const auto details = CommandLine::run(TarPath, {asStored, QStringLiteral("-tvf"), archivePath}, false,
                                           {QStringLiteral("LC_ALL=C")});
+    namesListing.join();
+    if (names.exitStatus != 0)
+        return UnreadableArchive.arg(CommandLine::run(TarPath, {QStringLiteral("-tf"), archivePath}).output.trimmed());
     const QStringList nameLines = names.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     const QStringList detailLines = details.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     if (details.exitStatus != 0 || nameLines.size() != detailLines.size())

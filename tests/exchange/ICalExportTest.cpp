@@ -155,6 +155,25 @@ TEST_F(ICalExportTest, SummaryCodesAreReplacedInOrder)
               "Due Art");
 }
 
+// The summary format is taken apart once; where a "%" meets a value the codes are replaced one by one,
+// and both ways must agree with replacing the codes in order.
+TEST_F(ICalExportTest, SummaryCodesMetByPercentSignsAreReplacedInOrderToo)
+{
+    const QString date = "2026-12-01 09:15:00 -0500";
+    auto name = [&](const QString &format, const QVariantMap &record) {
+        return ICalExport(format, ICalExport::ToDos).createCustomName(record);
+    };
+    // "%" + "dog" + "d" makes a "%d" for the date.
+    EXPECT_EQ(name("%%nd", {{"Name", "dog"}, {"Date", date}}), "2026-12-01 09:15:00 -0500ogd");
+    EXPECT_EQ(name("%n%d", {{"Name", "50%"}, {"Date", date}}), "50%2026-12-01 09:15:00 -0500");
+    EXPECT_EQ(name("%c %n", {{"Name", "%c"}, {"Course", "Art"}}), "Art Art");
+    EXPECT_EQ(name("%n-%n %a%g", {{"Name", "x"}, {"Completed", 1}}), "x-x Complete");
+    EXPECT_EQ(name(QString(QChar(0xE000)) + "%n", {{"Name", "x"}}), QString(QChar(0xE000)) + "x");
+    EXPECT_EQ(name("%d|%d", {{"Name", "x"}, {"Date", "not a date"}}), "%d|%d");
+    EXPECT_EQ(name("%t%b", {{"Textbook", "Calc"}, {"Type", "Lab"}}), "CalcLab");
+    EXPECT_EQ(name("", {{"Name", "x"}}), "");
+}
+
 TEST_F(ICalExportTest, TheLegacyTopLevelDateFormatShapesTheSummaryDate)
 {
     UserDefaults().set("Date Format", "%m/%d/%y");
