@@ -1,6 +1,7 @@
 // What the assignment list costs on large stores (10,000 and 100,000 records): a search keystroke,
-// a filter change, a sort by "Course", an add (filter, sort and save), the window refresh when
-// nothing on disk changed, and the text and colour of one screenful of cells (40 rows x 6 columns).
+// a filter change, a sort by "Course" (again on the same records, and right after one record
+// changed), an add (filter, sort and save), the window refresh when nothing on disk changed, and
+// the text and colour of one screenful of cells (40 rows x 6 columns).
 //
 // Every figure is also given as a ratio to a floor measured in the same run ("x_floor"): one pass
 // over the records that reads one field of each, the least any rebuild of the lists can cost. The
