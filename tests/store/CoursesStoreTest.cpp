@@ -1,4 +1,5 @@
 #include "TestEnvironment.h"
+#include "CourseRecords.h"
 
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -14,21 +15,8 @@
 
 namespace {
 
-QVariantMap course(const QString &name, QVariantMap extra = {})
-{
-    extra.insert(CourseKeys::Name, name);
-    extra.insert(CourseKeys::DisplayName, name);
-    extra.insert(CourseKeys::Type, CourseKeys::CourseType);
-    return extra;
-}
-
-QVariantMap textbook(const QString &name, const QString &owner)
-{
-    return {{CourseKeys::Name, name},
-            {CourseKeys::DisplayName, CourseKeys::Indent + name},
-            {CourseKeys::Type, CourseKeys::TextbookType},
-            {CourseKeys::Course, owner}};
-}
+using CourseRecords::course;
+using CourseRecords::textbook;
 
 QStringList names(const CoursesStore &store)
 {

@@ -1,4 +1,5 @@
 #include "TestEnvironment.h"
+#include "../CourseRecords.h"
 
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -31,21 +32,8 @@ namespace {
 
 using Page = CoursesAndTextbooks::Page;
 
-QVariantMap course(const QString &name, QVariantMap extra = {})
-{
-    extra.insert(CourseKeys::Name, name);
-    extra.insert(CourseKeys::DisplayName, name);
-    extra.insert(CourseKeys::Type, CourseKeys::CourseType);
-    return extra;
-}
-
-QVariantMap textbook(const QString &name, const QString &owner)
-{
-    return {{CourseKeys::Name, name},
-            {CourseKeys::DisplayName, CourseKeys::Indent + name},
-            {CourseKeys::Type, CourseKeys::TextbookType},
-            {CourseKeys::Course, owner}};
-}
+using CourseRecords::course;
+using CourseRecords::textbook;
 
 QVariantMap assignment(const QString &name, const QString &courseName, const QString &textbookName = QString())
 {
