@@ -11,6 +11,8 @@
 #include "store/Preferences.h"
 
 #include <QDir>
+#include <QProcess>
+#include <QScopeGuard>
 #include <QFileInfo>
 #include <gtest/gtest.h>
 
@@ -203,15 +205,24 @@ TEST(Preferences, AFailedMoveSaysSoAndLeavesTheOldFile)
 {
     const QString oldDomain = QStringLiteral("com.ostrelle.Quillory");
     writePreferences({{QStringLiteral("Marker"), QStringLiteral("old")}}, oldDomain);
-    // A read-only preferences folder makes the move fail (root ignores the permission).
-    QFile::setPermissions(Paths::preferencesFolder(), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
-    if (QFileInfo(Paths::preferencesFolder()).isWritable() || geteuid() == 0) {
-        QFile::setPermissions(Paths::preferencesFolder(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        GTEST_SKIP() << "running as root: a read-only folder cannot make the move fail";
+    // A folder whose entries cannot change makes the move fail: read-only for a user, immutable
+    // for root (who ignores permissions).
+    const QString folder = Paths::preferencesFolder();
+    const bool root = geteuid() == 0;
+    if (root) {
+        if (QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("+i"), folder}) != 0)
+            GTEST_SKIP() << "this file system cannot make a folder immutable";
+    } else {
+        QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
     }
+    const auto restore = qScopeGuard([&] {
+        if (root)
+            QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("-i"), folder});
+        else
+            QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    });
     Alerts::queueAnswer(QStringLiteral("OK"));
     EXPECT_EQ(Preferences::moveEarlierPreferencesFile(), Preferences::FileMove::Failed);
-    QFile::setPermissions(Paths::preferencesFolder(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     const auto asked = Alerts::takeAsked();
     ASSERT_EQ(asked.size(), 1);
     EXPECT_EQ(asked[0].title, QStringLiteral("Preferences Error"));
