@@ -297,6 +297,22 @@ QString ICalExport::slowCustomName(const QVariantMap &record) const
     return name;
 }
 
+// The lines every event and to-do ends with: summary, description, its number and the fixed stamp.
+void ICalExport::appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+                                           int uid) const
+{
+    out += SummaryLine;
+    out += customName(record, fields);
+    out += QLatin1Char('\n');
+    out += DescriptionLine;
+    appendNotes(out, fields);
+    out += QLatin1Char('\n');
+    out += UidLine;
+    out += QString::number(uid);
+    out += QLatin1Char('\n');
+    out += Stamp;
+}
+
 void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const QDate &today) const
 {
     const ExportFields fields = ExportFields::of(record);
@@ -306,16 +322,7 @@ void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const 
     appendDay(out, day);
     out += EndLine;
     appendDay(out, day.addDays(1));
-    out += SummaryLine;
-    out += customName(record, fields);
-    out += QLatin1Char('\n');
-    out += DescriptionLine;
-    appendNotes(out, fields);
-    out += QLatin1Char('\n');
-    out += UidLine;
-    out += QString::number(++g_eventCounter);
-    out += QLatin1Char('\n');
-    out += Stamp;
+    appendSummaryThroughStamp(out, record, fields, ++g_eventCounter);
     out += EndEvent;
 }
 
@@ -330,16 +337,7 @@ void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const Q
     }
     out += DueLine;
     appendDay(out, dayOf(fields.date, today));
-    out += SummaryLine;
-    out += customName(record, fields);
-    out += QLatin1Char('\n');
-    out += DescriptionLine;
-    appendNotes(out, fields);
-    out += QLatin1Char('\n');
-    out += UidLine;
-    out += QString::number(++g_toDoCounter);
-    out += QLatin1Char('\n');
-    out += Stamp;
+    appendSummaryThroughStamp(out, record, fields, ++g_toDoCounter);
     out += EndToDo;
 }
 

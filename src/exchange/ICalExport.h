@@ -53,6 +53,8 @@ public:
 private:
     void appendEvent(Utf8Builder &out, const QVariantMap &record, const QDate &today) const;
     void appendToDo(Utf8Builder &out, const QVariantMap &record, const QDate &today) const;
+    void appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+                                   int uid) const;
 
     QString m_exportName;
     QString m_exportFormat;

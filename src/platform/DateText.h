@@ -30,7 +30,7 @@ std::optional<QDate> storedDay(const QString &text);
 //   %M     minute 00-59    %S  second 00-59   %p  AM / PM   %j     day of year 001-366
 //   %z     offset "-0400"  %Z  zone abbreviation             %%     a percent sign
 // Any other "%x" is written as it stands, and so is a lone "%" at the end. The moment is written in its
-// own time spec (the program's dates are local). An invalid moment gives an empty text.
+// own time zone or offset (the program's dates are local). An invalid moment gives an empty text.
 QString format(const QDateTime &moment, const QString &percentFormat);
 
 // Reads back a day written with `percentFormat` (the same directives as format(); a weekday name in the

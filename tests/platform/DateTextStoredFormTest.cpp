@@ -25,7 +25,7 @@ TEST(DateTextStoredForm, WritesLocalTimeWithTheOffsetOfThatDay)
 {
     EXPECT_EQ(DateText::toStoredForm(local(2006, 9, 14)), stored("2006-09-14 00:00:00 -0400"));
     EXPECT_EQ(DateText::toStoredForm(local(2006, 12, 14, 23, 5, 9)), stored("2006-12-14 23:05:09 -0500"));
-    // A moment given in another spec is written as the local clock showed it.
+    // A moment given in UTC or another offset is written as the local clock showed it.
     EXPECT_EQ(DateText::toStoredForm(QDateTime(QDate(2006, 9, 14), QTime(4, 0), Qt::UTC)),
         stored("2006-09-14 00:00:00 -0400"));
     EXPECT_EQ(DateText::toStoredForm(QDateTime(QDate(2007, 1, 1), QTime(3, 0), Qt::OffsetFromUTC, 3600)),

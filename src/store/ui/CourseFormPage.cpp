@@ -53,26 +53,14 @@ CourseFormPage::CourseFormPage(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(12, 12, 12, 12);
 
-    m_name = named(new QLineEdit, QStringLiteral("courseName"), QString());
-    m_name->setPlaceholderText(NamePlaceholder);
-    QFont big = m_name->font();
-    big.setPointSizeF(big.pointSizeF() * 1.25);
-    big.setBold(true);
-    m_name->setFont(big);
+    m_name = titleField(QStringLiteral("courseName"), NamePlaceholder);
     layout->addWidget(m_name);
 
     auto *form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignRight);
-    for (int i = 1; i <= 6; ++i) {
-        auto *field = named(new QLineEdit, QStringLiteral("courseField%1").arg(i), QString());
-        auto *caption = new QLabel;
-        caption->setObjectName(QStringLiteral("courseField%1Caption").arg(i));
-        caption->setBuddy(field);
-        form->addRow(caption, field);
-        m_fields.append(field);
-        m_fieldCaptions.append(caption);
+    addNumberedFields(form, QStringLiteral("courseField"), 6, m_fields, m_fieldCaptions);
+    for (QLineEdit *field : std::as_const(m_fields))
         connect(field, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(false); });
-    }
     m_defaultTextbook = named(new QComboBox, QStringLiteral("courseDefaultTextbook"), QString());
     m_defaultTextbookCaption = new QLabel;
     m_defaultTextbookCaption->setObjectName(QStringLiteral("courseDefaultTextbookCaption"));

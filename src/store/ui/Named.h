@@ -23,3 +23,32 @@ inline QLabel *captionFor(QWidget *buddy, const QString &text)
     label->setBuddy(buddy);
     return label;
 }
+
+#include <QFormLayout>
+#include <QLineEdit>
+
+// The large bold name field heading the course and textbook forms.
+inline QLineEdit *titleField(const QString &objectName, const QString &placeholder)
+{
+    auto *field = named(new QLineEdit, objectName, QString());
+    field->setPlaceholderText(placeholder);
+    QFont big = field->font();
+    big.setPointSizeF(big.pointSizeF() * 1.25);
+    big.setBold(true);
+    field->setFont(big);
+    return field;
+}
+
+// The numbered free fields of a form ("<prefix>1" ... "<prefix><count>"), each with a caption that
+// the labels fill in later.
+inline void addNumberedFields(QFormLayout *form, const QString &prefix, int count, QList<QLineEdit *> &fields,
+                              QList<QLabel *> &captions)
+{
+    for (int i = 1; i <= count; ++i) {
+        auto *field = named(new QLineEdit, prefix + QString::number(i), QString());
+        auto *caption = captionFor(field, QString());
+        form->addRow(caption, field);
+        fields.append(field);
+        captions.append(caption);
+    }
+}

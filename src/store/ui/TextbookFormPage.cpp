@@ -29,12 +29,7 @@ TextbookFormPage::TextbookFormPage(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(12, 12, 12, 12);
 
-    m_name = named(new QLineEdit, QStringLiteral("textbookName"), QString());
-    m_name->setPlaceholderText(NamePlaceholder);
-    QFont big = m_name->font();
-    big.setPointSizeF(big.pointSizeF() * 1.25);
-    big.setBold(true);
-    m_name->setFont(big);
+    m_name = titleField(QStringLiteral("textbookName"), NamePlaceholder);
     layout->addWidget(m_name);
 
     auto *form = new QFormLayout;
@@ -47,16 +42,9 @@ TextbookFormPage::TextbookFormPage(QWidget *parent)
     m_courseCaption->setBuddy(m_course);
     form->addRow(m_courseCaption, m_course);
     connect(m_course, &QComboBox::activated, this, [this] { Q_EMIT editingEnded(false); });
-    for (int i = 1; i <= 5; ++i) {
-        auto *field = named(new QLineEdit, QStringLiteral("textbookField%1").arg(i), QString());
-        auto *caption = new QLabel;
-        caption->setObjectName(QStringLiteral("textbookField%1Caption").arg(i));
-        caption->setBuddy(field);
-        form->addRow(caption, field);
-        m_fields.append(field);
-        m_fieldCaptions.append(caption);
+    addNumberedFields(form, QStringLiteral("textbookField"), 5, m_fields, m_fieldCaptions);
+    for (QLineEdit *field : std::as_const(m_fields))
         connect(field, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(false); });
-    }
     layout->addLayout(form);
 
     m_notes = named(new QPlainTextEdit, QStringLiteral("textbookNotes"), NotesPlaceholder);
