@@ -1,23 +1,158 @@
 #include "exchange/ExportFields.h"
 
-#include "store/Assignment.h"
+#include <cstring>
+#ifndef LINES
+#define LINES 16
+#endif
+
+namespace {
+
+// The key compared with one an export writes, inline: this runs for every node of every record.
+template<qsizetype N>
+bool is(const QString &key, const char16_t (&name)[N])
+{
+    return std::memcmp(key.constData(), name, (N - 1) * sizeof(char16_t)) == 0;
+}
+
+// Files the value under its key when the key is one an export writes. The length tells most keys
+// apart before any characters are compared.
+void take(ExportFields &found, const QString &key, const QVariant *value)
+{
+    switch (key.size()) {
+    case 4:
+        if (is(key, u"Name"))
+            found.name = value;
+        else if (is(key, u"Date"))
+            found.date = value;
+        else if (is(key, u"Type"))
+            found.type = value;
+        break;
+    case 5:
+        if (is(key, u"Grade"))
+            found.grade = value;
+        else if (is(key, u"Notes"))
+            found.notes = value;
+        break;
+    case 6:
+        if (is(key, u"Course"))
+            found.course = value;
+        break;
+    case 8:
+        if (is(key, u"Textbook"))
+            found.textbook = value;
+        break;
+    case 9:
+        if (is(key, u"Completed"))
+            found.completed = value;
+        break;
+    default:
+        break;
+    }
+}
+
+void prefetchText(const QVariant *value)
+{
+    if (const QString *text = ExportFields::stringIn(value))
+        __builtin_prefetch(text->constData());
+}
+
+// A map is one pointer to its shared data, which holds the tree's header (root, first and last
+// node). Reading that pointer lets the data be asked for without waiting for it.
+static_assert(sizeof(QVariantMap) == sizeof(void *));
+const char *sharedDataOf(const QVariantMap &map)
+{
+    const char *data = nullptr;
+    std::memcpy(&data, &map, sizeof data);
+    return data;
+}
+
+void prefetchRecord(const AssignmentRef &record)
+{
+    __builtin_prefetch(record.get());
+}
+
+void prefetchMap(const AssignmentRef &record)
+{
+    if (!record)
+        return;
+    if (const char *data = sharedDataOf(record->fields())) {
+        __builtin_prefetch(data);
+        __builtin_prefetch(data + 48);
+        for (int line = 1; line <= LINES; ++line)
+            __builtin_prefetch(data - 64 * line, 0, 2);
+    }
+}
+
+// The first node of the tree, and the lines after it: a map read from a file has its nodes and
+// their texts allocated one after the other, in key order.
+void prefetchFirstNodes(const AssignmentRef &record)
+{
+    if (!record || record->fields().isEmpty())
+        return;
+    const char *first = reinterpret_cast<const char *>(&record->fields().constBegin().key());
+    for (int line = 0; line < 4; ++line)
+        __builtin_prefetch(first + 64 * line);
+}
+
+} // namespace
+
+void ExportFields::prefetchAhead(const AssignmentList &records, qsizetype from)
+{
+    auto stage = [&](qsizetype blocksAhead, void (*prefetch)(const AssignmentRef &)) {
+        const qsizetype start = from + blocksAhead * Block;
+        const qsizetype end = std::min(records.size(), start + Block);
+        for (qsizetype i = start; i < end; ++i)
+            prefetch(records[i]);
+    };
+    // Each stage reads only what the stage before asked for one block earlier.
+    stage(3, prefetchRecord);
+    stage(2, prefetchMap);
+    stage(1, prefetchFirstNodes);
+}
 
 ExportFields ExportFields::of(const QVariantMap &record)
 {
-    // One search per key. Walking the whole record in order looks cheaper but is not: stepping from
-    // node to node of the tree costs more than the few searches an export needs.
-    auto find = [&record](const QString &key) -> const QVariant * {
-        const auto it = record.constFind(key);
-        return it == record.constEnd() ? nullptr : &it.value();
-    };
     ExportFields found;
-    found.name = find(AssignmentKeys::Name);
-    found.date = find(AssignmentKeys::Date);
-    found.course = find(AssignmentKeys::Course);
-    found.textbook = find(AssignmentKeys::Textbook);
-    found.type = find(AssignmentKeys::Type);
-    found.grade = find(AssignmentKeys::Grade);
-    found.completed = find(AssignmentKeys::Completed);
-    found.notes = find(AssignmentKeys::Notes);
+    for (auto it = record.constBegin(); it != record.constEnd(); ++it)
+        take(found, it.key(), &it.value());
     return found;
+}
+
+void ExportFields::ofBlock(const AssignmentRef *records, qsizetype count, ExportFields *out)
+{
+    struct Cursor {
+        QVariantMap::const_iterator at, end;
+    };
+    Cursor cursors[Block];
+    for (qsizetype i = 0; i < count; ++i) {
+        out[i] = ExportFields();
+        if (records[i]) {
+            const QVariantMap &fields = records[i]->fields();
+            cursors[i] = {fields.constBegin(), fields.constEnd()};
+        } else {
+            cursors[i] = {};
+        }
+    }
+    // One node of each record in turn: the records' walks do not wait for one another.
+    for (bool more = true; more;) {
+        more = false;
+        for (qsizetype i = 0; i < count; ++i) {
+            Cursor &cursor = cursors[i];
+            if (cursor.at == cursor.end)
+                continue;
+            take(out[i], cursor.at.key(), &cursor.at.value());
+            ++cursor.at;
+            more = true;
+        }
+    }
+    for (qsizetype i = 0; i < count; ++i) {
+        const ExportFields &fields = out[i];
+        prefetchText(fields.name);
+        prefetchText(fields.date);
+        prefetchText(fields.course);
+        prefetchText(fields.textbook);
+        prefetchText(fields.type);
+        prefetchText(fields.grade);
+        prefetchText(fields.notes);
+    }
 }

@@ -57,11 +57,6 @@ const QString DefaultDateFormat = QString::fromLatin1(DateText::StoredFormat);
 std::atomic<int> g_eventCounter{0};
 std::atomic<int> g_toDoCounter{0};
 
-QString text(const QVariant *value)
-{
-    return value ? value->toString() : QString();
-}
-
 bool isTrue(const QVariant &value)
 {
     switch (value.typeId()) {
@@ -82,7 +77,10 @@ template<typename Out>
 void appendDay(Out &out, const QDate &day)
 {
     // "%Y%m%d", written by hand: this runs once or twice per entry of a long export.
-    const int year = day.year();
+    int year = 0;
+    int month = 0;
+    int dayOfMonth = 0;
+    day.getDate(&year, &month, &dayOfMonth);
     if (year < 0 || year > 9999) {
         out += QString::number(year).rightJustified(4, QLatin1Char('0'));
     } else {
@@ -91,8 +89,6 @@ void appendDay(Out &out, const QDate &day)
         out += QLatin1Char(char('0' + year / 10 % 10));
         out += QLatin1Char(char('0' + year % 10));
     }
-    const int month = day.month();
-    const int dayOfMonth = day.day();
     out += QLatin1Char(char('0' + month / 10));
     out += QLatin1Char(char('0' + month % 10));
     out += QLatin1Char(char('0' + dayOfMonth / 10));
@@ -205,7 +201,7 @@ void ICalExport::appendNotes(Out &out, const ExportFields &fields) const
         out += word;
         if (labelled)
             out += Separator;
-        out += value->toString();
+        ExportFields::append(out, value);
         out += EscapedNewline;
     };
     part(fields.name, NameWord, false);
@@ -218,59 +214,73 @@ void ICalExport::appendNotes(Out &out, const ExportFields &fields) const
 
 QString ICalExport::createCustomName(const QVariantMap &record) const
 {
-    return customName(record, ExportFields::of(record));
+    QString name;
+    appendCustomName(name, record, ExportFields::of(record));
+    return name;
 }
 
-QString ICalExport::customName(const QVariantMap &record, const ExportFields &fields) const
+template<typename Out>
+void ICalExport::appendCustomName(Out &out, const QVariantMap &record, const ExportFields &fields) const
 {
-    if (m_namePieces.isEmpty())
-        return slowCustomName(record);
-    QString values[CodeCount];
+    if (m_namePieces.isEmpty()) {
+        out += slowCustomName(record);
+        return;
+    }
+    // Each code's text, pointing into the record where it holds one; made texts are kept in `made`.
+    const QString *values[CodeCount] = {};
+    QString made[CodeCount];
+    static const QString Empty = QLatin1String("");
     for (const NamePiece &piece : m_namePieces) {
-        if (piece.code < 0 || !values[piece.code].isNull())
+        if (piece.code < 0 || values[piece.code])
             continue;
-        QString &value = values[piece.code];
+        const QVariant *field = nullptr;
         switch (piece.code) {
         case 0:
-            value = text(fields.name);
+            field = fields.name;
             break;
         case DateCode: {
-            if (!fields.date)
-                return slowCustomName(record);
-            const auto text = m_dateTexts.text(fields.date->toString());
-            if (!text)
-                return slowCustomName(record);
-            value = *text;
+            std::optional<QString> text;
+            if (fields.date)
+                text = m_dateTexts.text(fields.date->toString());
+            if (!text) {
+                out += slowCustomName(record);
+                return;
+            }
+            made[piece.code] = *std::move(text);
+            values[piece.code] = &made[piece.code];
             break;
         }
         case 2:
-            value = text(fields.course);
+            field = fields.course;
             break;
         case 3:
-            value = text(fields.textbook);
+            field = fields.textbook;
             break;
         case 4:
-            value = fields.completed && isTrue(*fields.completed) ? Complete : Incomplete;
+            values[piece.code] = fields.completed && isTrue(*fields.completed) ? &Complete : &Incomplete;
             break;
         case 5:
-            value = text(fields.type);
+            field = fields.type;
             break;
         default:
-            value = text(fields.grade);
+            field = fields.grade;
             break;
         }
+        if (!values[piece.code]) {
+            values[piece.code] = ExportFields::stringIn(field);
+            if (!values[piece.code]) {
+                made[piece.code] = field ? field->toString() : Empty;
+                values[piece.code] = &made[piece.code];
+            }
+        }
         // A value holding a "%" could make a code for a later replacement: the long way is exact.
-        if (value.contains(QLatin1Char('%')))
-            return slowCustomName(record);
-        if (value.isNull())
-            value = QLatin1String("");
+        if (values[piece.code]->contains(QLatin1Char('%'))) {
+            out += slowCustomName(record);
+            return;
+        }
     }
-    if (m_namePieces.size() == 1 && m_namePieces.front().code >= 0)
-        return values[m_namePieces.front().code];
-    QString name;
     for (const NamePiece &piece : m_namePieces)
-        name += piece.code < 0 ? piece.text : values[piece.code];
-    return name;
+        out += piece.code < 0 ? piece.text : *values[piece.code];
 }
 
 QString ICalExport::slowCustomName(const QVariantMap &record) const
@@ -302,7 +312,7 @@ void ICalExport::appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &
                                            int uid) const
 {
     out += SummaryLine;
-    out += customName(record, fields);
+    appendCustomName(out, record, fields);
     out += QLatin1Char('\n');
     out += DescriptionLine;
     appendNotes(out, fields);
@@ -313,9 +323,9 @@ void ICalExport::appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &
     out += Stamp;
 }
 
-void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const QDate &today) const
+void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+                             const QDate &today) const
 {
-    const ExportFields fields = ExportFields::of(record);
     const QDate day = dayOf(fields.date, today);
     out += BeginEvent;
     out += StartLine;
@@ -326,9 +336,9 @@ void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const 
     out += EndEvent;
 }
 
-void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const QDate &today) const
+void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+                            const QDate &today) const
 {
-    const ExportFields fields = ExportFields::of(record);
     out += BeginToDo;
     if (fields.completed && isTrue(*fields.completed)) {
         out += StatusCompleted;
@@ -343,28 +353,31 @@ void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const Q
 
 QByteArray ICalExport::fileText(const AssignmentList &records, const QDate &today)
 {
-    // About 400 bytes an entry; the builder grows when the notes are longer.
-    Utf8Builder out(Header.size() + Trailer.size() + records.size() * 400);
+    // About 400 bytes an entry; room for more costs nothing until it is written, and the builder
+    // grows when the notes are longer still.
+    Utf8Builder out(Header.size() + Trailer.size() + records.size() * 500);
+    write(out, records, today);
+    return out.take();
+}
+
+void ICalExport::write(Utf8Builder &out, const AssignmentList &records, const QDate &today)
+{
     out += Header;
     const bool events = m_exportFormat == Events;
     const bool toDos = !events && m_exportFormat == ToDos;
     if (events || toDos) {
-        for (const AssignmentRef &record : records) {
-            if (!record)
-                continue;
+        ExportFields::forEach(records, [&](const Assignment &record, const ExportFields &fields) {
             if (events)
-                appendEvent(out, record->fields(), today);
+                appendEvent(out, record.fields(), fields, today);
             else
-                appendToDo(out, record->fields(), today);
-        }
+                appendToDo(out, record.fields(), fields, today);
+        });
     }
     out += Trailer;
-    return out.take();
 }
 
 bool ICalExport::performExport(const AssignmentList &records)
 {
-    const QByteArray text = fileText(records, Clock::now().toLocalTime().date());
     const QString folder = Paths::dataFolder();
     if (!QFileInfo::exists(folder) && !QDir().mkpath(folder))
         qCWarning(lcICal) << "Cannot create the data folder" << folder;
@@ -373,7 +386,9 @@ bool ICalExport::performExport(const AssignmentList &records)
     QSaveFile file(path);
     bool written = false;
     if (file.open(QIODevice::WriteOnly)) {
-        if (file.write(text) == text.size())
+        Utf8Builder out(&file);
+        write(out, records, Clock::now().toLocalTime().date());
+        if (out.finish())
             written = file.commit();
         else
             file.cancelWriting();

@@ -51,8 +51,11 @@ public:
     static void resetCountersForTest();
 
 private:
-    void appendEvent(Utf8Builder &out, const QVariantMap &record, const QDate &today) const;
-    void appendToDo(Utf8Builder &out, const QVariantMap &record, const QDate &today) const;
+    void write(Utf8Builder &out, const AssignmentList &records, const QDate &today);
+    void appendEvent(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+                     const QDate &today) const;
+    void appendToDo(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+                    const QDate &today) const;
     void appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
                                    int uid) const;
 
@@ -71,7 +74,8 @@ private:
     QList<NamePiece> m_namePieces;
     bool m_nameUsesDate = false;
     QString slowCustomName(const QVariantMap &record) const;
-    QString customName(const QVariantMap &record, const ExportFields &fields) const;
+    template<typename Out>
+    void appendCustomName(Out &out, const QVariantMap &record, const ExportFields &fields) const;
     template<typename Out>
     void appendNotes(Out &out, const ExportFields &fields) const;
 };

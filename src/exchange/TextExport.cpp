@@ -96,19 +96,21 @@ void writeText(Out &text, const AssignmentList &records)
     text += ProgramName;
     text += version();
     text += QStringLiteral("\n\n");
-    for (const AssignmentRef &record : records) {
-        if (!record)
-            continue;
-        // Each field searched for once: a long export spends much of its time finding keys.
-        const ExportFields fields = ExportFields::of(record->fields());
+    ExportFields::forEach(records, [&](const Assignment &, const ExportFields &fields) {
         auto line = [&](const QString &word, const QVariant *value, const QString *absent) {
             if (!value && !absent)
                 return;
             text += word;
-            text += value ? value->toString() : *absent;
+            if (value)
+                ExportFields::append(text, value);
+            else
+                text += *absent;
             text += QLatin1Char('\n');
         };
-        text += fields.name ? fields.name->toString() : Untitled;
+        if (fields.name)
+            ExportFields::append(text, fields.name);
+        else
+            text += Untitled;
         text += fields.completed && isTrue(*fields.completed) ? CompleteSuffix : IncompleteSuffix;
         if (fields.date) {
             text += DueDate;
@@ -121,7 +123,7 @@ void writeText(Out &text, const AssignmentList &records)
         line(grade, fields.grade, nullptr);
         line(NotesWord, fields.notes, nullptr);
         text += QLatin1Char('\n');
-    }
+    });
 }
 
 } // namespace
@@ -136,10 +138,28 @@ QString TextExport::textForAssignments(const AssignmentList &records)
 
 QByteArray TextExport::textFileBytes(const AssignmentList &records)
 {
-    // About 250 bytes an entry; the builder grows when the notes are longer.
-    Utf8Builder bytes(records.size() * 250 + 32);
+    // About 280 bytes an entry; room for more costs nothing until it is written, and the builder
+    // grows when the notes are longer still.
+    Utf8Builder bytes(records.size() * 400 + 32);
     writeText(bytes, records);
     return bytes.take();
+}
+
+bool TextExport::writeTextFile(const QString &path, const AssignmentList &records, QString *error)
+{
+    QSaveFile file(path);
+    bool written = false;
+    if (file.open(QIODevice::WriteOnly)) {
+        Utf8Builder bytes(&file);
+        writeText(bytes, records);
+        if (bytes.finish())
+            written = file.commit();
+        else
+            file.cancelWriting();
+    }
+    if (!written && error)
+        *error = file.errorString();
+    return written;
 }
 
 QString TextExport::emailBody(const AssignmentList &records)
@@ -183,23 +203,16 @@ bool TextExport::exportAssignmentsToText(const AssignmentList &records, const st
     if (showProgress)
         showProgress();
 
-    QSaveFile file(path);
-    const QByteArray bytes = textFileBytes(records);
-    bool written = false;
-    if (file.open(QIODevice::WriteOnly)) {
-        if (file.write(bytes) == bytes.size())
-            written = file.commit();
-        else
-            file.cancelWriting();
-    }
+    QString error;
+    const bool written = writeTextFile(path, records, &error);
     if (written)
         Workspace::openFile(path);
     else
-        qCWarning(lcText) << "Writing" << path << "failed:" << file.errorString();
+        qCWarning(lcText) << "Writing" << path << "failed:" << error;
     if (hideProgress)
         hideProgress();
     if (!written)
-        Alerts::inform(ErrorTitle, WriteFailedMessage + QLatin1Char(' ') + file.errorString());
+        Alerts::inform(ErrorTitle, WriteFailedMessage + QLatin1Char(' ') + error);
     return written;
 }
 

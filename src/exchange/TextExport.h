@@ -26,6 +26,9 @@ public:
     static QString textForAssignments(const AssignmentList &records);
     // The same text in UTF-8, as the file holds it, built without a UTF-16 copy of the whole.
     static QByteArray textFileBytes(const AssignmentList &records);
+    // The same bytes written atomically to `path` as they are made; false, with the reason in
+    // `error`, when the file could not be written (nothing is left at `path` then).
+    static bool writeTextFile(const QString &path, const AssignmentList &records, QString *error = nullptr);
     // The e-mail body, with fixed words and every "&" of the user's text as "&amp;".
     static QString emailBody(const AssignmentList &records);
     // "mailto:?subject=Homework Assignment&body=..." escaped for a URL, the user's "&" as "%26".
