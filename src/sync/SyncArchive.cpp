@@ -9,8 +9,11 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QThreadPool>
 
+#include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -31,6 +34,10 @@ const QString MemberOutside = QStringLiteral("The downloaded archive holds a mem
 const QString LinkOutside = QStringLiteral("The downloaded archive holds a link pointing outside tmp/Quillory/: %1");
 const QString SpecialMember = QStringLiteral("The downloaded archive holds a special file: %1");
 const QString CopyFailed = QStringLiteral("%1 could not be copied into the data folder: %2");
+// Beside a file moved out of the unpacked tree: the data file it replaced.
+constexpr char ReplacedSuffix[] = ".replaced";
+// Where the unpack folder goes to be emptied in the background.
+constexpr char DiscardPrefix[] = "/tmp/.quillory-discard-";
 
 QByteArray local(const QString &path)
 {
@@ -215,8 +222,26 @@ void SyncArchive::removeArchive()
 void SyncArchive::removeUnpackFolder()
 {
     QString ignored;
-    if (kindOf(UnpackFolder) == Kind::Link)
+    uid_t owner = 0;
+    const Kind kind = kindOf(UnpackFolder, &owner);
+    if (kind == Kind::Link)
         return; // someone else's link: not ours to remove, and never followed
+    if (kind == Kind::Folder && owner == ::geteuid()) {
+        // After a download the folder holds the archive and the data files that were replaced, and
+        // freeing their megabytes takes a while. The folder leaves its fixed path at once, under a name nobody
+        // else can have taken (the rename never replaces anything), and is emptied on a pool
+        // thread; the program waits for that thread before it exits.
+        static std::atomic<int> counter{0};
+        const QByteArray discard = DiscardPrefix + QByteArray::number(::getpid()) + '-' + QByteArray::number(++counter);
+        if (::renameat2(AT_FDCWD, local(UnpackFolder).constData(), AT_FDCWD, discard.constData(), RENAME_NOREPLACE)
+            == 0) {
+            QThreadPool::globalInstance()->start([discard] {
+                std::error_code error;
+                fs::remove_all(fs::path(discard.toStdString()), error);
+            });
+            return;
+        }
+    }
     clearPath(UnpackFolder, &ignored);
 }
 
@@ -318,8 +343,17 @@ bool SyncArchive::mergeCopy(const QString &from, const QString &to, QString *pro
             if (!mergeCopy(entry.filePath(), target, problem, move))
                 complete = false;
         } else if (entry.isFile()) {
-            const bool moved = move && kindOf(target) != Kind::Folder
-                && ::rename(QFile::encodeName(entry.filePath()).constData(), QFile::encodeName(target).constData()) == 0;
+            bool moved = false;
+            if (move) {
+                const Kind replaced = kindOf(target);
+                const QByteArray source = QFile::encodeName(entry.filePath());
+                // The file replaced keeps a name beside the moved one until the source tree is
+                // removed: renaming over its last name would free its megabytes then and there,
+                // with the user waiting.
+                if (replaced == Kind::File)
+                    ::link(QFile::encodeName(target).constData(), source + ReplacedSuffix);
+                moved = replaced != Kind::Folder && ::rename(source.constData(), QFile::encodeName(target).constData()) == 0;
+            }
             if (!moved && !copyFileAtomically(entry.filePath(), target, problem))
                 complete = false;
         }
@@ -372,7 +406,15 @@ void SyncArchive::removeArchiveFile()
 
 void SyncArchive::cleanUp()
 {
-    removeArchiveFile();
+    // The archive joins the unpack folder, which leaves at once and is emptied in the background;
+    // removing it here would keep the user waiting while its megabytes are freed. Both must be ours:
+    // the folder one this program made, the archive a plain file.
+    uid_t owner = 0;
+    const bool folderOfOurs = kindOf(UnpackFolder, &owner) == Kind::Folder && owner == ::geteuid();
+    const QByteArray parked = local(UnpackFolder) + "/Quillory.tar";
+    if (!folderOfOurs || kindOf(ArchivePath) != Kind::File
+        || ::renameat2(AT_FDCWD, local(ArchivePath).constData(), AT_FDCWD, parked.constData(), RENAME_NOREPLACE) != 0)
+        removeArchiveFile();
     removeUnpackFolder();
 }
 

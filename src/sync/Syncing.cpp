@@ -141,9 +141,6 @@ void Syncing::downloadData()
     // Checking and unpacking touch only /tmp, so they too run while the backup is written.
     QString problem;
     const SyncArchive::Unpacked unpacked = goOn ? SyncArchive::unpack(&problem) : SyncArchive::Unpacked::NoArchive;
-    // Unpacked or refused, the archive has served; letting the file system free it runs beside the
-    // wait for the backup and the merge.
-    QFuture<void> archiveRemoved = QtConcurrent::run(&SyncArchive::removeArchiveFile);
     pending.waitForFinished();
     const BackupOutcome backedUp = pending.result();
     // What the download replaces must be in a backup first; without one the user decides.
@@ -154,7 +151,6 @@ void Syncing::downloadData()
         showErrorDialog(problem);
     if (merge)
         SyncArchive::mergeUnpacked(Paths::dataFolder());
-    archiveRemoved.waitForFinished();
     SyncArchive::cleanUp();
     hideProgressSheet();
 }

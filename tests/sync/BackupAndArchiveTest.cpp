@@ -10,10 +10,12 @@
 #include "sync/Syncing.h"
 #include "sync/SyncingKeys.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include <sys/stat.h>
 
@@ -178,6 +180,11 @@ TEST_F(SyncTest, DownloadWithoutTransferRestoresTheArchiveAndKeepsLocalOnlyFiles
         QStringLiteral("changed later")));
     EXPECT_FALSE(SyncArchive::archiveExists());
     EXPECT_FALSE(QFileInfo::exists(SyncArchive::UnpackFolder));
+    // The archive and the replaced files are freed on a pool thread, which leaves nothing behind.
+    QThreadPool::globalInstance()->waitForDone();
+    const QString discarded = QStringLiteral(".quillory-discard-%1-*").arg(QCoreApplication::applicationPid());
+    EXPECT_EQ(QDir(QStringLiteral("/tmp")).entryList({discarded}, QDir::AllEntries | QDir::Hidden | QDir::System),
+              QStringList());
 }
 
 TEST_F(SyncTest, SymbolicLinksAtTheTemporaryPathsAreNeverFollowed)
