@@ -239,11 +239,16 @@ void ICalExport::appendCustomName(Out &out, const QVariantMap &record, const Exp
             field = fields.name;
             break;
         case DateCode: {
-            std::optional<QString> text;
-            if (fields.date)
-                text = m_dateTexts.text(fields.date->toString());
+            if (!fields.date) {
+                // Without a date "%d" stays as it is; it cannot turn into a later code, whose "%"
+                // would have to be followed by another letter.
+                static const QString Kept = QStringLiteral("%d");
+                values[piece.code] = &Kept;
+                continue;
+            }
+            std::optional<QString> text = m_dateTexts.text(fields.date->toString());
             if (!text) {
-                out += slowCustomName(record);
+                out += slowCustomName(record); // which says why the date is left out
                 return;
             }
             made[piece.code] = *std::move(text);

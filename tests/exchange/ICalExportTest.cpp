@@ -170,6 +170,10 @@ TEST_F(ICalExportTest, SummaryCodesMetByPercentSignsAreReplacedInOrderToo)
     EXPECT_EQ(name("%n-%n %a%g", {{"Name", "x"}, {"Completed", 1}}), "x-x Complete");
     EXPECT_EQ(name(QString(QChar(0xE000)) + "%n", {{"Name", "x"}}), QString(QChar(0xE000)) + "x");
     EXPECT_EQ(name("%d|%d", {{"Name", "x"}, {"Date", "not a date"}}), "%d|%d");
+    // Without a date, "%d" stays and the codes after it are still replaced.
+    EXPECT_EQ(name("%d%c (%a)", {{"Course", "Art"}}), "%dArt (Incomplete)");
+    EXPECT_EQ(name("%d%n", {{"Name", "cat"}}), "%dcat");
+    EXPECT_EQ(name("%n%d", {{"Name", "50%"}}), "50%%d");
     EXPECT_EQ(name("%t%b", {{"Textbook", "Calc"}, {"Type", "Lab"}}), "CalcLab");
     EXPECT_EQ(name("", {{"Name", "x"}}), "");
 }
