@@ -54,8 +54,7 @@ DueDateTexts::DueDateTexts(QString percentFormat)
 
 std::optional<int> DueDateTexts::steadyOffsetOfDay(qint64 utcDay)
 {
-    const auto known = m_dayOffsets.constFind(utcDay);
-    if (known != m_dayOffsets.constEnd())
+    if (const auto *known = m_dayOffsets.find(utcDay))
         return *known;
     const auto first = localOffsetAt(utcDay * SecondsPerDay);
     const auto last = localOffsetAt(utcDay * SecondsPerDay + SecondsPerDay - 1);
@@ -84,8 +83,7 @@ std::optional<QString> DueDateTexts::text(const QString &stored)
         if (m_dayOnly) {
             // Many due dates share a day; a format of the day alone is written once per day.
             const qint64 localDay = floorDivide(utc + *offset, SecondsPerDay);
-            const auto known = m_dayTexts.constFind(localDay);
-            if (known != m_dayTexts.constEnd())
+            if (const QString *known = m_dayTexts.find(localDay))
                 return *known;
             const QDateTime moment = QDateTime::fromSecsSinceEpoch(utc, Qt::OffsetFromUTC, *offset);
             if (!moment.isValid())

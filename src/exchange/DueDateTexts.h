@@ -3,6 +3,8 @@
 #include <QHash>
 #include <QString>
 
+#include <array>
+#include <limits>
 #include <optional>
 
 // Due dates of a long export as the user's format writes them in local time, each stored text worked
@@ -26,6 +28,40 @@ public:
 private:
     std::optional<int> steadyOffsetOfDay(qint64 utcDay);
 
+    // Values by day (days since 1970), the days met lately in a small table in front of a hash:
+    // the due dates of one export mostly fall within a few weeks, and the table is one step where
+    // the hash was several.
+    template<typename T>
+    class ByDay
+    {
+    public:
+        const T *find(qint64 day)
+        {
+            Slot &slot = m_recent[size_t(day) % Recent];
+            if (slot.day == day)
+                return &slot.value;
+            const auto known = m_all.constFind(day);
+            if (known == m_all.constEnd())
+                return nullptr;
+            slot = {day, *known};
+            return &slot.value;
+        }
+        void insert(qint64 day, const T &value)
+        {
+            m_all.insert(day, value);
+            m_recent[size_t(day) % Recent] = {day, value};
+        }
+
+    private:
+        static constexpr size_t Recent = 128;
+        struct Slot {
+            qint64 day = std::numeric_limits<qint64>::min();
+            T value{};
+        };
+        std::array<Slot, Recent> m_recent;
+        QHash<qint64, T> m_all;
+    };
+
     QString m_format;
     bool m_needsZoneName = false;
     // The format writes nothing but the day ("%A, %B %e, %Y").
@@ -35,7 +71,7 @@ private:
     // A null text marks a stored text that cannot be read.
     QHash<QString, QString> m_texts;
     // UTC day -> the local offset all through it; nullopt when it changes that day.
-    QHash<qint64, std::optional<int>> m_dayOffsets;
-    // Local day (days since 1970) -> its text, for a format of the day alone.
-    QHash<qint64, QString> m_dayTexts;
+    ByDay<std::optional<int>> m_dayOffsets;
+    // Local day -> its text, for a format of the day alone.
+    ByDay<QString> m_dayTexts;
 };

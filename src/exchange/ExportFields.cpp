@@ -105,9 +105,9 @@ void ExportFields::prefetchAhead(const AssignmentList &records, qsizetype from)
             prefetch(records[i]);
     };
     // Each stage reads only what the stage before asked for one block earlier.
-    stage(3, prefetchRecord);
-    stage(2, prefetchMap);
-    stage(1, prefetchFirstNodes);
+    stage(6, prefetchRecord);
+    stage(4, prefetchMap);
+    stage(2, prefetchFirstNodes);
 }
 
 ExportFields ExportFields::of(const QVariantMap &record)
