@@ -64,6 +64,46 @@ std::optional<int> DueDateTexts::steadyOffsetOfDay(qint64 utcDay)
     return steady;
 }
 
+std::optional<QString> DueDateTexts::storedFormAt(qint64 utc, int offset)
+{
+    // "%Y-%m-%d %H:%M:%S %z" written by hand, the way the formatter writes it: a store kept in
+    // another zone than the machine's has a different text for nearly every record.
+    const qint64 local = utc + offset;
+    const qint64 days = floorDivide(local, SecondsPerDay);
+    const int secondsOfDay = int(local - days * SecondsPerDay);
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    QDate::fromJulianDay(days + EpochJulianDay).getDate(&year, &month, &day);
+    if (year < 0 || year > 9999)
+        return std::nullopt;
+    const int magnitude = offset < 0 ? -offset : offset;
+    char16_t text[25];
+    qsizetype at = 0;
+    auto two = [&](int value) {
+        text[at++] = char16_t(u'0' + value / 10);
+        text[at++] = char16_t(u'0' + value % 10);
+    };
+    auto put = [&](char16_t c) { text[at++] = c; };
+    two(year / 100);
+    two(year % 100);
+    put(u'-');
+    two(month);
+    put(u'-');
+    two(day);
+    put(u' ');
+    two(secondsOfDay / 3600);
+    put(u':');
+    two(secondsOfDay % 3600 / 60);
+    put(u':');
+    two(secondsOfDay % 60);
+    put(u' ');
+    put(offset < 0 ? u'-' : u'+');
+    two(magnitude / 3600);
+    two(magnitude % 3600 / 60);
+    return QString(reinterpret_cast<const QChar *>(text), at);
+}
+
 std::optional<QString> DueDateTexts::text(const QString &stored)
 {
     // storedDay checks the whole form, the time and offset fields included.
@@ -80,6 +120,10 @@ std::optional<QString> DueDateTexts::text(const QString &stored)
         // excepted, which is written "+0000").
         if (m_storedForm && *offset == storedOffset && !(storedOffset == 0 && stored.at(20) == u'-'))
             return stored;
+        if (m_storedForm) {
+            if (auto text = storedFormAt(utc, *offset))
+                return text;
+        }
         if (m_dayOnly) {
             // Many due dates share a day; a format of the day alone is written once per day.
             const qint64 localDay = floorDivide(utc + *offset, SecondsPerDay);

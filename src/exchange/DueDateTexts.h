@@ -27,6 +27,7 @@ public:
 
 private:
     std::optional<int> steadyOffsetOfDay(qint64 utcDay);
+    static std::optional<QString> storedFormAt(qint64 utc, int offset);
 
     // Values by day (days since 1970), the days met lately in a small table in front of a hash:
     // the due dates of one export mostly fall within a few weeks, and the table is one step where
