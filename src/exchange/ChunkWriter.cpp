@@ -5,6 +5,8 @@
 
 #include <fcntl.h>
 
+#include <system_error>
+
 namespace {
 // Three buffers: one being filled, one being written, one ready for whichever side comes first.
 constexpr int Buffers = 3;
@@ -16,7 +18,11 @@ ChunkWriter::ChunkWriter(QIODevice *sink, qsizetype chunkBytes)
 {
     for (int i = 0; i < Buffers - 1; ++i)
         m_free.emplace_back(chunkBytes, Qt::Uninitialized);
-    m_thread = std::thread([this] { run(); });
+    try {
+        m_thread = std::thread([this] { run(); });
+    } catch (const std::system_error &) {
+        // No thread to be had (a process at its limit): the chunks are written as they come.
+    }
 }
 
 ChunkWriter::~ChunkWriter()
@@ -26,6 +32,10 @@ ChunkWriter::~ChunkWriter()
 
 QByteArray ChunkWriter::exchange(QByteArray filled, qsizetype used)
 {
+    if (!m_thread.joinable()) {
+        m_failed = m_failed || !write(filled.constData(), used);
+        return filled;
+    }
     std::unique_lock lock(m_mutex);
     m_queued.emplace_back(std::move(filled), used);
     m_changed.notify_all();
