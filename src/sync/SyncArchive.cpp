@@ -36,7 +36,7 @@ const QString SpecialMember = QStringLiteral("The downloaded archive holds a spe
 const QString CopyFailed = QStringLiteral("%1 could not be copied into the data folder: %2");
 // Beside a file moved out of the unpacked tree: the data file it replaced.
 constexpr char ReplacedSuffix[] = ".replaced";
-// Where the unpack folder goes to be emptied in the background.
+// Where the temporary paths go to be freed in the background.
 constexpr char DiscardPrefix[] = "/tmp/.quillory-discard-";
 
 QByteArray local(const QString &path)
@@ -70,6 +70,23 @@ Kind kindOf(const QString &path, uid_t *owner = nullptr)
     return Kind::Other;
 }
 
+// Moves a file or folder of ours out of the way at once, under a name nobody else can have taken
+// (the rename never replaces anything), and frees it on a pool thread, which the program waits for
+// before it exits. The archive and the unpacked data are megabytes, and freeing them kept the user
+// waiting. False when the rename cannot be made; the caller removes the path itself then.
+bool discardInBackground(const QByteArray &path)
+{
+    static std::atomic<int> counter{0};
+    const QByteArray discard = DiscardPrefix + QByteArray::number(::getpid()) + '-' + QByteArray::number(++counter);
+    if (::renameat2(AT_FDCWD, path.constData(), AT_FDCWD, discard.constData(), RENAME_NOREPLACE) != 0)
+        return false;
+    QThreadPool::globalInstance()->start([discard] {
+        std::error_code error;
+        fs::remove_all(fs::path(discard.toStdString()), error); // never follows links inside
+    });
+    return true;
+}
+
 // Clears a fixed temporary path so that it can be made afresh. A link there is refused and left
 // alone; a real file or folder of ours is removed.
 bool clearPath(const QString &path, QString *problem)
@@ -86,6 +103,8 @@ bool clearPath(const QString &path, QString *problem)
         *problem = RefusedForeign.arg(local(path));
         return false;
     }
+    if (discardInBackground(local(path)))
+        return true;
     std::error_code error;
     fs::remove_all(fs::path(local(path).toStdString()), error); // never follows links inside
     if (error) {
@@ -215,33 +234,20 @@ bool SyncArchive::archiveExists()
 
 void SyncArchive::removeArchive()
 {
-    if (kindOf(ArchivePath) != Kind::Missing)
+    uid_t owner = 0;
+    const Kind kind = kindOf(ArchivePath, &owner);
+    if (kind == Kind::Missing)
+        return;
+    // A link is removed itself, never what it points to.
+    if (kind != Kind::File || owner != ::geteuid() || !discardInBackground(local(ArchivePath)))
         ::unlink(local(ArchivePath).constData());
 }
 
 void SyncArchive::removeUnpackFolder()
 {
     QString ignored;
-    uid_t owner = 0;
-    const Kind kind = kindOf(UnpackFolder, &owner);
-    if (kind == Kind::Link)
+    if (kindOf(UnpackFolder) == Kind::Link)
         return; // someone else's link: not ours to remove, and never followed
-    if (kind == Kind::Folder && owner == ::geteuid()) {
-        // After a download the folder holds the archive and the data files that were replaced, and
-        // freeing their megabytes takes a while. The folder leaves its fixed path at once, under a name nobody
-        // else can have taken (the rename never replaces anything), and is emptied on a pool
-        // thread; the program waits for that thread before it exits.
-        static std::atomic<int> counter{0};
-        const QByteArray discard = DiscardPrefix + QByteArray::number(::getpid()) + '-' + QByteArray::number(++counter);
-        if (::renameat2(AT_FDCWD, local(UnpackFolder).constData(), AT_FDCWD, discard.constData(), RENAME_NOREPLACE)
-            == 0) {
-            QThreadPool::globalInstance()->start([discard] {
-                std::error_code error;
-                fs::remove_all(fs::path(discard.toStdString()), error);
-            });
-            return;
-        }
-    }
     clearPath(UnpackFolder, &ignored);
 }
 
@@ -406,15 +412,7 @@ void SyncArchive::removeArchiveFile()
 
 void SyncArchive::cleanUp()
 {
-    // The archive joins the unpack folder, which leaves at once and is emptied in the background;
-    // removing it here would keep the user waiting while its megabytes are freed. Both must be ours:
-    // the folder one this program made, the archive a plain file.
-    uid_t owner = 0;
-    const bool folderOfOurs = kindOf(UnpackFolder, &owner) == Kind::Folder && owner == ::geteuid();
-    const QByteArray parked = local(UnpackFolder) + "/Quillory.tar";
-    if (!folderOfOurs || kindOf(ArchivePath) != Kind::File
-        || ::renameat2(AT_FDCWD, local(ArchivePath).constData(), AT_FDCWD, parked.constData(), RENAME_NOREPLACE) != 0)
-        removeArchiveFile();
+    removeArchiveFile();
     removeUnpackFolder();
 }
 

@@ -45,8 +45,9 @@ public:
     static Unpacked unpack(QString *problem);
     // The second half: moves what unpack left into the data folder.
     static void mergeUnpacked(const QString &dataFolder);
-    // Removes the archive and /tmp/tmp/ from their paths at once; the space they held is freed on a
-    // pool thread, which the program waits for before it exits.
+    // Removes the archive and /tmp/tmp/. Here and wherever a temporary path of ours is cleared, it
+    // leaves its path at once and the space it held is freed on a pool thread, which the program
+    // waits for before it exits.
     static void cleanUp();
 
     // The reason to refuse an archive's member list, or nullopt when every member stays inside

@@ -21,6 +21,13 @@
 
 namespace {
 
+// What this process moved aside in /tmp to be freed in the background.
+QStringList discardedPaths()
+{
+    const QString pattern = QStringLiteral(".quillory-discard-%1-*").arg(QCoreApplication::applicationPid());
+    return QDir(QStringLiteral("/tmp")).entryList({pattern}, QDir::AllEntries | QDir::Hidden | QDir::System);
+}
+
 QStringList backupNames()
 {
     return QDir(Paths::syncingBackupsFolder())
@@ -147,6 +154,14 @@ TEST_F(SyncTest, UploadWithoutTransferPacksTheDataFolderWithoutBackups)
     ASSERT_EQ(::stat("/tmp/Quillory.tar", &info), 0);
     EXPECT_EQ(info.st_mode & 077, 0u);
     EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+
+    // The next upload packs afresh; the archive it replaces is freed in the background, leaving nothing.
+    writeSampleData(QStringLiteral("later"));
+    engine.uploadData();
+    ASSERT_TRUE(SyncArchive::archiveExists());
+    EXPECT_EQ(members(SyncArchive::ArchivePath), names);
+    QThreadPool::globalInstance()->waitForDone();
+    EXPECT_EQ(discardedPaths(), QStringList());
 }
 
 TEST_F(SyncTest, DownloadWithoutTransferRestoresTheArchiveAndKeepsLocalOnlyFiles)
@@ -182,9 +197,7 @@ TEST_F(SyncTest, DownloadWithoutTransferRestoresTheArchiveAndKeepsLocalOnlyFiles
     EXPECT_FALSE(QFileInfo::exists(SyncArchive::UnpackFolder));
     // The archive and the replaced files are freed on a pool thread, which leaves nothing behind.
     QThreadPool::globalInstance()->waitForDone();
-    const QString discarded = QStringLiteral(".quillory-discard-%1-*").arg(QCoreApplication::applicationPid());
-    EXPECT_EQ(QDir(QStringLiteral("/tmp")).entryList({discarded}, QDir::AllEntries | QDir::Hidden | QDir::System),
-              QStringList());
+    EXPECT_EQ(discardedPaths(), QStringList());
 }
 
 TEST_F(SyncTest, SymbolicLinksAtTheTemporaryPathsAreNeverFollowed)
