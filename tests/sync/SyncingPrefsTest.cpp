@@ -95,8 +95,9 @@ TEST_F(SyncingPrefsTest, EachMethodHasItsTabAndHeightAndSavesOnlyItsKeys)
         EXPECT_EQ(pane.getViewSize(), height);
         EXPECT_EQ(pane.height(), height);
         EXPECT_EQ(details->isVisibleTo(&pane), visible);
-        if (visible)
+        if (visible) {
             EXPECT_EQ(details->currentIndex(), method - 1);
+        }
         QVariantMap expected{{SyncingKeys::Method, qint64(method)}};
         if (method == 1)
             expected.insert(SyncingKeys::OnlineUsername, QString());
@@ -138,9 +139,11 @@ TEST_F(SyncingPrefsTest, TypingChecksAQuarterSecondAfterTheLastKeystroke)
     const auto timers = pane.findChildren<QTimer *>(QStringLiteral("checkTimer"));
     const auto pending = std::count_if(timers.begin(), timers.end(), [](QTimer *t) { return t->isActive(); });
     EXPECT_EQ(pending, 1);
-    for (QTimer *timer : timers)
-        if (timer->isActive())
+    for (QTimer *timer : timers) {
+        if (timer->isActive()) {
             EXPECT_GT(timer->remainingTime(), 200);
+        }
+    }
     EXPECT_TRUE(m_web.requests().isEmpty());
     QTRY_VERIFY_WITH_TIMEOUT(!pane.hasPendingCheck(), 2000);
     ASSERT_EQ(m_web.requests().size(), 1);

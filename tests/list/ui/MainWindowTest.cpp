@@ -96,7 +96,7 @@ TEST(MainWindow, AProjectsCourseChangeReachesItsSubprojectsAndTheSubprojectsTabE
     EXPECT_EQ(w.form()->courseField->count(), 2);
     w.form()->courseField->setEditText("Chemistry");
     pressReturn(w.form()->courseField->lineEdit());
-    for (const QString &name : {"Outline", "Draft"}) {
+    for (const QString name : {"Outline", "Draft"}) {
         const QVariantMap sub = storedRecord(name);
         EXPECT_EQ(sub.value("Course").toString(), "Chemistry") << name.toStdString();
         EXPECT_EQ(sub.value("Textbook").toString(), "Atkins") << name.toStdString();

@@ -344,7 +344,7 @@ TEST_F(CoursesWindowTest, LabelsReachTheTitleToolbarCaptionsAndDescription)
             || qobject_cast<QAbstractItemView *>(widget) || qobject_cast<QToolButton *>(widget)
             || qobject_cast<QPlainTextEdit *>(widget)) {
             if (widget->objectName().startsWith(QLatin1String("qt_")) || !widget->parentWidget()
-                || widget->objectName().isEmpty() && widget->parentWidget()->inherits("QComboBox"))
+                || (widget->objectName().isEmpty() && widget->parentWidget()->inherits("QComboBox")))
                 continue;
             EXPECT_FALSE(widget->objectName().isEmpty()) << widget->metaObject()->className();
             EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
