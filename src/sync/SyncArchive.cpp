@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -74,6 +75,29 @@ Kind kindOf(const QString &path, uid_t *owner = nullptr)
 // (the rename never replaces anything), and frees it on a pool thread, which the program waits for
 // before it exits. The archive and the unpacked data are megabytes, and freeing them kept the user
 // waiting. False when the rename cannot be made; the caller removes the path itself then.
+// What a run that ended before freeing it (killed, or the computer switched off) left aside: ours,
+// under the prefix, named after a process that no longer exists.
+void freeLeftoversOfEndedRuns()
+{
+    const QByteArray prefix = QByteArray(DiscardPrefix).mid(QByteArray("/tmp/").size());
+    std::error_code error;
+    for (fs::directory_iterator it("/tmp", error), end; !error && it != end; it.increment(error)) {
+        const std::string name = it->path().filename().string();
+        if (name.rfind(prefix.toStdString(), 0) != 0)
+            continue;
+        const QByteArray rest = QByteArray::fromStdString(name.substr(size_t(prefix.size())));
+        bool isNumber = false;
+        const qint64 pid = rest.left(rest.indexOf('-')).toLongLong(&isNumber);
+        struct stat info;
+        if (!isNumber || pid == ::getpid() || ::lstat(it->path().c_str(), &info) != 0 || info.st_uid != ::geteuid())
+            continue;
+        if (::kill(pid_t(pid), 0) != 0 && errno == ESRCH) {
+            std::error_code ignored;
+            fs::remove_all(it->path(), ignored); // a link is removed itself, never followed
+        }
+    }
+}
+
 bool discardInBackground(const QByteArray &path)
 {
     static std::atomic<int> counter{0};
@@ -83,6 +107,7 @@ bool discardInBackground(const QByteArray &path)
     QThreadPool::globalInstance()->start([discard] {
         std::error_code error;
         fs::remove_all(fs::path(discard.toStdString()), error); // never follows links inside
+        freeLeftoversOfEndedRuns();
     });
     return true;
 }

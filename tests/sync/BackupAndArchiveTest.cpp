@@ -18,6 +18,8 @@
 #include <QThreadPool>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -155,13 +157,24 @@ TEST_F(SyncTest, UploadWithoutTransferPacksTheDataFolderWithoutBackups)
     EXPECT_EQ(info.st_mode & 077, 0u);
     EXPECT_TRUE(Alerts::takeAsked().isEmpty());
 
-    // The next upload packs afresh; the archive it replaces is freed in the background, leaving nothing.
+    // The next upload packs afresh; the archive it replaces is freed in the background, leaving nothing,
+    // and what an ended run left aside goes too. A child that has exited and been reaped stands for
+    // that run: its process number names no process.
+    const pid_t ended = ::fork();
+    if (ended == 0)
+        ::_exit(0);
+    ASSERT_GT(ended, 0);
+    ASSERT_EQ(::waitpid(ended, nullptr, 0), ended);
+    const QString leftover = QStringLiteral("/tmp/.quillory-discard-%1-1").arg(ended);
+    QDir().mkpath(leftover + QStringLiteral("/Quillory"));
+    TestEnvironment::writeFile(leftover + QStringLiteral("/Quillory/Assignments.plist"), "old");
     writeSampleData(QStringLiteral("later"));
     engine.uploadData();
     ASSERT_TRUE(SyncArchive::archiveExists());
     EXPECT_EQ(members(SyncArchive::ArchivePath), names);
     QThreadPool::globalInstance()->waitForDone();
     EXPECT_EQ(discardedPaths(), QStringList());
+    EXPECT_FALSE(QFileInfo::exists(leftover));
 }
 
 TEST_F(SyncTest, DownloadWithoutTransferRestoresTheArchiveAndKeepsLocalOnlyFiles)
