@@ -13,7 +13,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QSaveFile>
 
 #include <atomic>
 
@@ -229,7 +228,6 @@ void ICalExport::appendCustomName(Out &out, const QVariantMap &record, const Exp
     // Each code's text, pointing into the record where it holds one; made texts are kept in `made`.
     const QString *values[CodeCount] = {};
     QString made[CodeCount];
-    static const QString Empty = QLatin1String("");
     for (const NamePiece &piece : m_namePieces) {
         if (piece.code < 0 || values[piece.code])
             continue;
@@ -274,7 +272,8 @@ void ICalExport::appendCustomName(Out &out, const QVariantMap &record, const Exp
         if (!values[piece.code]) {
             values[piece.code] = ExportFields::stringIn(field);
             if (!values[piece.code]) {
-                made[piece.code] = field ? field->toString() : Empty;
+                if (field)
+                    made[piece.code] = field->toString(); // an absent field stays an empty text
                 values[piece.code] = &made[piece.code];
             }
         }
@@ -388,18 +387,11 @@ bool ICalExport::performExport(const AssignmentList &records)
         qCWarning(lcICal) << "Cannot create the data folder" << folder;
 
     const QString path = Paths::iCalExportFile();
-    QSaveFile file(path);
-    bool written = false;
-    if (file.open(QIODevice::WriteOnly)) {
-        Utf8Builder out(&file);
-        write(out, records, Clock::now().toLocalTime().date());
-        if (out.finish())
-            written = file.commit();
-        else
-            file.cancelWriting();
-    }
+    const QDate today = Clock::now().toLocalTime().date();
+    QString error;
+    const bool written = Utf8Builder::writeFile(path, [&](Utf8Builder &out) { write(out, records, today); }, &error);
     if (!written)
-        qCWarning(lcICal) << "Writing" << path << "failed:" << file.errorString();
+        qCWarning(lcICal) << "Writing" << path << "failed:" << error;
     Workspace::openFile(path, Workspace::CalendarApplication);
     return written;
 }

@@ -16,7 +16,6 @@
 
 #include <QHash>
 #include <QLoggingCategory>
-#include <QSaveFile>
 
 Q_LOGGING_CATEGORY(lcText, "quillory.exchange.text")
 
@@ -147,19 +146,7 @@ QByteArray TextExport::textFileBytes(const AssignmentList &records)
 
 bool TextExport::writeTextFile(const QString &path, const AssignmentList &records, QString *error)
 {
-    QSaveFile file(path);
-    bool written = false;
-    if (file.open(QIODevice::WriteOnly)) {
-        Utf8Builder bytes(&file);
-        writeText(bytes, records);
-        if (bytes.finish())
-            written = file.commit();
-        else
-            file.cancelWriting();
-    }
-    if (!written && error)
-        *error = file.errorString();
-    return written;
+    return Utf8Builder::writeFile(path, [&](Utf8Builder &bytes) { writeText(bytes, records); }, error);
 }
 
 QString TextExport::emailBody(const AssignmentList &records)

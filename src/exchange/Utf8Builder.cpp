@@ -3,6 +3,7 @@
 #include "exchange/ChunkWriter.h"
 
 #include <QIODevice>
+#include <QSaveFile>
 
 #include <algorithm>
 
@@ -52,6 +53,23 @@ void Utf8Builder::makeRoom(qsizetype bytes)
         m_bytes.resize(std::max(m_capacity * 2, m_used + bytes));
         adopt(std::move(m_bytes));
     }
+}
+
+bool Utf8Builder::writeFile(const QString &path, const std::function<void(Utf8Builder &)> &make, QString *error)
+{
+    QSaveFile file(path);
+    bool written = false;
+    if (file.open(QIODevice::WriteOnly)) {
+        Utf8Builder out(&file);
+        make(out);
+        if (out.finish())
+            written = file.commit();
+        else
+            file.cancelWriting();
+    }
+    if (!written && error)
+        *error = file.errorString();
+    return written;
 }
 
 bool Utf8Builder::finish()

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringView>
 
+#include <functional>
 #include <memory>
 
 class ChunkWriter;
@@ -36,6 +37,11 @@ public:
         ++m_used;
         return *this;
     }
+
+    // Writes the text `make` appends to `path` atomically, streamed as it is made; false, with the
+    // reason in `error`, when the file could not be written (whatever was at `path` stays as it was).
+    static bool writeFile(const QString &path, const std::function<void(Utf8Builder &)> &make,
+                          QString *error = nullptr);
 
     // The bytes; the builder is empty afterwards.
     QByteArray take();
