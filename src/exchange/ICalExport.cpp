@@ -1,7 +1,7 @@
 #include "exchange/ICalExport.h"
 
 #include "exchange/ExportFields.h"
-#include "exchange/Utf8Builder.h"
+#include "exchange/ExportText.h"
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
@@ -15,6 +15,8 @@
 #include <QLoggingCategory>
 
 #include <atomic>
+#include <charconv>
+#include <iterator>
 
 Q_LOGGING_CATEGORY(lcICal, "quillory.exchange.ical")
 
@@ -72,27 +74,33 @@ bool isTrue(const QVariant &value)
     }
 }
 
-template<typename Out>
-void appendDay(Out &out, const QDate &day)
+// "%Y%m%d" and the line's end, appended in one piece: this runs once or twice per entry.
+void appendDay(QString &out, const QDate &day)
 {
-    // "%Y%m%d", written by hand: this runs once or twice per entry of a long export.
     int year = 0;
     int month = 0;
     int dayOfMonth = 0;
     day.getDate(&year, &month, &dayOfMonth);
     if (year < 0 || year > 9999) {
         out += QString::number(year).rightJustified(4, QLatin1Char('0'));
-    } else {
-        out += QLatin1Char(char('0' + year / 1000));
-        out += QLatin1Char(char('0' + year / 100 % 10));
-        out += QLatin1Char(char('0' + year / 10 % 10));
-        out += QLatin1Char(char('0' + year % 10));
+        out += QStringLiteral("%1%2\n").arg(month, 2, 10, QLatin1Char('0')).arg(dayOfMonth, 2, 10, QLatin1Char('0'));
+        return;
     }
-    out += QLatin1Char(char('0' + month / 10));
-    out += QLatin1Char(char('0' + month % 10));
-    out += QLatin1Char(char('0' + dayOfMonth / 10));
-    out += QLatin1Char(char('0' + dayOfMonth % 10));
-    out += QLatin1Char('\n');
+    const char16_t text[] = {char16_t(u'0' + year / 1000),      char16_t(u'0' + year / 100 % 10),
+                             char16_t(u'0' + year / 10 % 10),   char16_t(u'0' + year % 10),
+                             char16_t(u'0' + month / 10),       char16_t(u'0' + month % 10),
+                             char16_t(u'0' + dayOfMonth / 10), char16_t(u'0' + dayOfMonth % 10),
+                             u'\n'};
+    out += QStringView(text, std::size(text));
+}
+
+// A whole number and the line's end, without making a string of it first.
+void appendNumberLine(QString &out, int number)
+{
+    char text[16];
+    const auto end = std::to_chars(text, text + sizeof text - 1, number).ptr;
+    *end = '\n';
+    out += QLatin1StringView(text, end + 1 - text);
 }
 
 int digits(const QString &text, qsizetype from, qsizetype count)
@@ -113,7 +121,9 @@ QDate dayOf(const QVariant *date, const QDate &today)
 {
     if (!date)
         return today;
-    const QString text = date->toString();
+    QString made;
+    const QString *stored = ExportFields::stringIn(date);
+    const QString &text = stored ? *stored : (made = date->toString());
     if (text.size() >= 19 && text.at(4) == u'-' && text.at(7) == u'-' && text.at(10) == u' ' && text.at(13) == u':'
         && text.at(16) == u':') {
         const int hour = digits(text, 11, 2);
@@ -191,8 +201,7 @@ QString ICalExport::createNotesFromObject(const QVariantMap &record) const
     return notes;
 }
 
-template<typename Out>
-void ICalExport::appendNotes(Out &out, const ExportFields &fields) const
+void ICalExport::appendNotes(QString &out, const ExportFields &fields) const
 {
     auto part = [&](const QVariant *value, const QString &word, bool labelled) {
         if (!value)
@@ -218,8 +227,7 @@ QString ICalExport::createCustomName(const QVariantMap &record) const
     return name;
 }
 
-template<typename Out>
-void ICalExport::appendCustomName(Out &out, const QVariantMap &record, const ExportFields &fields) const
+void ICalExport::appendCustomName(QString &out, const QVariantMap &record, const ExportFields &fields) const
 {
     if (m_namePieces.isEmpty()) {
         out += slowCustomName(record);
@@ -312,7 +320,7 @@ QString ICalExport::slowCustomName(const QVariantMap &record) const
 }
 
 // The lines every event and to-do ends with: summary, description, its number and the fixed stamp.
-void ICalExport::appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendSummaryThroughStamp(QString &out, const QVariantMap &record, const ExportFields &fields,
                                            int uid) const
 {
     out += SummaryLine;
@@ -322,12 +330,11 @@ void ICalExport::appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &
     appendNotes(out, fields);
     out += QLatin1Char('\n');
     out += UidLine;
-    out += QString::number(uid);
-    out += QLatin1Char('\n');
+    appendNumberLine(out, uid);
     out += Stamp;
 }
 
-void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendEvent(QString &out, const QVariantMap &record, const ExportFields &fields,
                              const QDate &today) const
 {
     const QDate day = dayOf(fields.date, today);
@@ -340,7 +347,7 @@ void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const 
     out += EndEvent;
 }
 
-void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendToDo(QString &out, const QVariantMap &record, const ExportFields &fields,
                             const QDate &today) const
 {
     out += BeginToDo;
@@ -357,27 +364,31 @@ void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const E
 
 QByteArray ICalExport::fileText(const AssignmentList &records, const QDate &today)
 {
-    // About 400 bytes an entry; room for more costs nothing until it is written, and the builder
-    // grows when the notes are longer still.
-    Utf8Builder out(Header.size() + Trailer.size() + records.size() * 500);
+    ExportText out;
+    // About 400 characters an entry.
+    out.text().reserve(Header.size() + Trailer.size() + records.size() * 420);
     write(out, records, today);
-    return out.take();
+    return out.takeUtf8();
 }
 
-void ICalExport::write(Utf8Builder &out, const AssignmentList &records, const QDate &today)
+void ICalExport::write(ExportText &out, const AssignmentList &records, const QDate &today)
 {
-    out += Header;
+    out.text() += Header;
     const bool events = m_exportFormat == Events;
     const bool toDos = !events && m_exportFormat == ToDos;
     if (events || toDos) {
-        ExportFields::forEach(records, [&](const Assignment &record, const ExportFields &fields) {
+        for (const AssignmentRef &record : records) {
+            if (!record)
+                continue;
+            const QVariantMap &fields = record->fields();
             if (events)
-                appendEvent(out, record.fields(), fields, today);
+                appendEvent(out.text(), fields, ExportFields::of(fields), today);
             else
-                appendToDo(out, record.fields(), fields, today);
-        });
+                appendToDo(out.text(), fields, ExportFields::of(fields), today);
+            out.entryEnd();
+        }
     }
-    out += Trailer;
+    out.text() += Trailer;
 }
 
 bool ICalExport::performExport(const AssignmentList &records)
@@ -389,7 +400,7 @@ bool ICalExport::performExport(const AssignmentList &records)
     const QString path = Paths::iCalExportFile();
     const QDate today = Clock::now().toLocalTime().date();
     QString error;
-    const bool written = Utf8Builder::writeFile(path, [&](Utf8Builder &out) { write(out, records, today); }, &error);
+    const bool written = ExportText::writeFile(path, [&](ExportText &out) { write(out, records, today); }, &error);
     if (!written)
         qCWarning(lcICal) << "Writing" << path << "failed:" << error;
     Workspace::openFile(path, Workspace::CalendarApplication);

@@ -24,7 +24,7 @@ public:
     // The text file: "Quillory <version>", a blank line, then one entry per record, each followed by
     // a blank line. Uses the user's labels and date format.
     static QString textForAssignments(const AssignmentList &records);
-    // The same text in UTF-8, as the file holds it, built without a UTF-16 copy of the whole.
+    // The same text in UTF-8, as the file holds it.
     static QByteArray textFileBytes(const AssignmentList &records);
     // The same bytes written atomically to `path` as they are made; false, with the reason in
     // `error`, when the file could not be written (nothing is left at `path` then).
