@@ -5,7 +5,6 @@
 ExportFields ExportFields::of(const QVariantMap &record)
 {
     using namespace AssignmentKeys;
-    // Keys of other lengths are told apart by the size alone, before any character is compared.
     const std::pair<const QString *, const QVariant *ExportFields::*> wanted[] = {
         {&Name, &ExportFields::name},         {&Date, &ExportFields::date},
         {&Course, &ExportFields::course},     {&Textbook, &ExportFields::textbook},
@@ -14,8 +13,13 @@ ExportFields ExportFields::of(const QVariantMap &record)
     };
     ExportFields found;
     for (auto it = record.constBegin(); it != record.constEnd(); ++it) {
+        const QString &candidate = it.key();
+        if (candidate.isEmpty())
+            continue;
         for (const auto &[key, field] : wanted) {
-            if (it.key() == *key) {
+            // The length and first letter tell nearly every other key apart without a call to
+            // compare the whole text; this runs for every key of every record exported.
+            if (candidate.size() == key->size() && candidate.front() == key->front() && candidate == *key) {
                 found.*field = &it.value();
                 break;
             }

@@ -32,19 +32,18 @@ const QString Header = QStringLiteral("BEGIN:VCALENDAR\n"
                                       "CALSCALE:GREGORIAN\n"
                                       "METHOD:PUBLISH\n");
 const QString Trailer = QStringLiteral("END:VCALENDAR");
-const QString Stamp = QStringLiteral("DTSTAMP:20050817T051622Z\n");
-const QString BeginEvent = QStringLiteral("BEGIN:VEVENT\n");
-const QString EndEvent = QStringLiteral("END:VEVENT\n");
-const QString BeginToDo = QStringLiteral("BEGIN:VTODO\n");
-const QString EndToDo = QStringLiteral("END:VTODO\n");
-const QString StartLine = QStringLiteral("DTSTART;VALUE=DATE:");
-const QString EndLine = QStringLiteral("DTEND;VALUE=DATE:");
+// The fixed text between the values of an entry, each run of it appended in one piece.
+const QString EventStart = QStringLiteral("BEGIN:VEVENT\nDTSTART;VALUE=DATE:");
+const QString EventEndLine = QStringLiteral("DTEND;VALUE=DATE:");
+const QString ToDoStart = QStringLiteral("BEGIN:VTODO\n");
+const QString CompletedLines = QStringLiteral("STATUS:COMPLETED\nCOMPLETED:");
 const QString DueLine = QStringLiteral("DUE;VALUE=DATE:");
-const QString StatusCompleted = QStringLiteral("STATUS:COMPLETED\n");
-const QString CompletedLine = QStringLiteral("COMPLETED:");
 const QString SummaryLine = QStringLiteral("SUMMARY:");
-const QString DescriptionLine = QStringLiteral("DESCRIPTION:");
-const QString UidLine = QStringLiteral("UID:");
+const QString DescriptionLine = QStringLiteral("\nDESCRIPTION:");
+const QString UidLine = QStringLiteral("\nUID:");
+// The stamp is fixed, the same for every entry and every export.
+const QString EventStampAndEnd = QStringLiteral("DTSTAMP:20050817T051622Z\nEND:VEVENT\n");
+const QString ToDoStampAndEnd = QStringLiteral("DTSTAMP:20050817T051622Z\nEND:VTODO\n");
 const QString EscapedNewline = QStringLiteral("\\n");
 const QString Separator = QStringLiteral(": ");
 const QString NameWord = QStringLiteral("Name: ");
@@ -154,10 +153,10 @@ constexpr char16_t MarkBase = 0xE000;
 ICalExport::ICalExport(QString exportName, QString exportFormat)
     : m_exportName(std::move(exportName))
     , m_exportFormat(std::move(exportFormat))
-    , m_courseLabel(Labels::label(PreferenceKeys::LabelKeys::Course))
-    , m_textbookLabel(Labels::label(PreferenceKeys::LabelKeys::Textbook))
-    , m_typeLabel(Labels::label(PreferenceKeys::LabelKeys::Type))
-    , m_gradeLabel(Labels::label(PreferenceKeys::LabelKeys::Grade))
+    , m_courseHeading(Labels::label(PreferenceKeys::LabelKeys::Course) + Separator)
+    , m_textbookHeading(Labels::label(PreferenceKeys::LabelKeys::Textbook) + Separator)
+    , m_typeHeading(Labels::label(PreferenceKeys::LabelKeys::Type) + Separator)
+    , m_gradeHeading(Labels::label(PreferenceKeys::LabelKeys::Grade) + Separator)
     , m_legacyDateFormat(legacyDateFormat())
     , m_dateTexts(m_legacyDateFormat)
 {
@@ -203,21 +202,19 @@ QString ICalExport::createNotesFromObject(const QVariantMap &record) const
 
 void ICalExport::appendNotes(QString &out, const ExportFields &fields) const
 {
-    auto part = [&](const QVariant *value, const QString &word, bool labelled) {
+    auto part = [&](const QVariant *value, const QString &heading) {
         if (!value)
             return;
-        out += word;
-        if (labelled)
-            out += Separator;
+        out += heading;
         ExportFields::append(out, value);
         out += EscapedNewline;
     };
-    part(fields.name, NameWord, false);
-    part(fields.course, m_courseLabel, true);
-    part(fields.textbook, m_textbookLabel, true);
-    part(fields.type, m_typeLabel, true);
-    part(fields.grade, m_gradeLabel, true);
-    part(fields.notes, NotesWord, false);
+    part(fields.name, NameWord);
+    part(fields.course, m_courseHeading);
+    part(fields.textbook, m_textbookHeading);
+    part(fields.type, m_typeHeading);
+    part(fields.grade, m_gradeHeading);
+    part(fields.notes, NotesWord);
 }
 
 QString ICalExport::createCustomName(const QVariantMap &record) const
@@ -319,47 +316,42 @@ QString ICalExport::slowCustomName(const QVariantMap &record) const
     return name;
 }
 
-// The lines every event and to-do ends with: summary, description, its number and the fixed stamp.
-void ICalExport::appendSummaryThroughStamp(QString &out, const QVariantMap &record, const ExportFields &fields,
-                                           int uid) const
+// The lines every event and to-do has after its dates: summary, description and its number.
+void ICalExport::appendSummaryThroughUid(QString &out, const QVariantMap &record, const ExportFields &fields,
+                                         int uid) const
 {
     out += SummaryLine;
     appendCustomName(out, record, fields);
-    out += QLatin1Char('\n');
     out += DescriptionLine;
     appendNotes(out, fields);
-    out += QLatin1Char('\n');
     out += UidLine;
     appendNumberLine(out, uid);
-    out += Stamp;
 }
 
 void ICalExport::appendEvent(QString &out, const QVariantMap &record, const ExportFields &fields,
                              const QDate &today) const
 {
     const QDate day = dayOf(fields.date, today);
-    out += BeginEvent;
-    out += StartLine;
+    out += EventStart;
     appendDay(out, day);
-    out += EndLine;
+    out += EventEndLine;
     appendDay(out, day.addDays(1));
-    appendSummaryThroughStamp(out, record, fields, ++g_eventCounter);
-    out += EndEvent;
+    appendSummaryThroughUid(out, record, fields, ++g_eventCounter);
+    out += EventStampAndEnd;
 }
 
 void ICalExport::appendToDo(QString &out, const QVariantMap &record, const ExportFields &fields,
                             const QDate &today) const
 {
-    out += BeginToDo;
+    out += ToDoStart;
     if (fields.completed && isTrue(*fields.completed)) {
-        out += StatusCompleted;
-        out += CompletedLine;
+        out += CompletedLines;
         appendDay(out, today);
     }
     out += DueLine;
     appendDay(out, dayOf(fields.date, today));
-    appendSummaryThroughStamp(out, record, fields, ++g_toDoCounter);
-    out += EndToDo;
+    appendSummaryThroughUid(out, record, fields, ++g_toDoCounter);
+    out += ToDoStampAndEnd;
 }
 
 QByteArray ICalExport::fileText(const AssignmentList &records, const QDate &today)

@@ -54,12 +54,13 @@ private:
     void write(ExportText &out, const AssignmentList &records, const QDate &today);
     void appendEvent(QString &out, const QVariantMap &record, const ExportFields &fields, const QDate &today) const;
     void appendToDo(QString &out, const QVariantMap &record, const ExportFields &fields, const QDate &today) const;
-    void appendSummaryThroughStamp(QString &out, const QVariantMap &record, const ExportFields &fields,
-                                   int uid) const;
+    void appendSummaryThroughUid(QString &out, const QVariantMap &record, const ExportFields &fields,
+                                 int uid) const;
 
     QString m_exportName;
     QString m_exportFormat;
-    QString m_courseLabel, m_textbookLabel, m_typeLabel, m_gradeLabel;
+    // The user's labels for the description, each with its ": ".
+    QString m_courseHeading, m_textbookHeading, m_typeHeading, m_gradeHeading;
     QString m_legacyDateFormat;
     // Summary texts of due dates already met in this export (assignments share dates often).
     mutable DueDateTexts m_dateTexts;
