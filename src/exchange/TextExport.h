@@ -27,7 +27,7 @@ public:
     // The same text in UTF-8, as the file holds it.
     static QByteArray textFileBytes(const AssignmentList &records);
     // The same bytes written atomically to `path` as they are made; false, with the reason in
-    // `error`, when the file could not be written (nothing is left at `path` then).
+    // `error`, when the file could not be written (whatever was at `path` then stays as it was).
     static bool writeTextFile(const QString &path, const AssignmentList &records, QString *error = nullptr);
     // The e-mail body, with fixed words and every "&" of the user's text as "&amp;".
     static QString emailBody(const AssignmentList &records);
