@@ -1,7 +1,7 @@
 #include "exchange/ICalExport.h"
 
 #include "exchange/ExportFields.h"
-#include "exchange/Utf8Builder.h"
+#include "exchange/ExportText.h"
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
@@ -15,6 +15,8 @@
 #include <QLoggingCategory>
 
 #include <atomic>
+#include <charconv>
+#include <iterator>
 
 Q_LOGGING_CATEGORY(lcICal, "quillory.exchange.ical")
 
@@ -30,19 +32,18 @@ const QString Header = QStringLiteral("BEGIN:VCALENDAR\n"
                                       "CALSCALE:GREGORIAN\n"
                                       "METHOD:PUBLISH\n");
 const QString Trailer = QStringLiteral("END:VCALENDAR");
-const QString Stamp = QStringLiteral("DTSTAMP:20050817T051622Z\n");
-const QString BeginEvent = QStringLiteral("BEGIN:VEVENT\n");
-const QString EndEvent = QStringLiteral("END:VEVENT\n");
-const QString BeginToDo = QStringLiteral("BEGIN:VTODO\n");
-const QString EndToDo = QStringLiteral("END:VTODO\n");
-const QString StartLine = QStringLiteral("DTSTART;VALUE=DATE:");
-const QString EndLine = QStringLiteral("DTEND;VALUE=DATE:");
+// The fixed text between the values of an entry, each run of it appended in one piece.
+const QString EventStart = QStringLiteral("BEGIN:VEVENT\nDTSTART;VALUE=DATE:");
+const QString EventEndLine = QStringLiteral("DTEND;VALUE=DATE:");
+const QString ToDoStart = QStringLiteral("BEGIN:VTODO\n");
+const QString CompletedLines = QStringLiteral("STATUS:COMPLETED\nCOMPLETED:");
 const QString DueLine = QStringLiteral("DUE;VALUE=DATE:");
-const QString StatusCompleted = QStringLiteral("STATUS:COMPLETED\n");
-const QString CompletedLine = QStringLiteral("COMPLETED:");
 const QString SummaryLine = QStringLiteral("SUMMARY:");
-const QString DescriptionLine = QStringLiteral("DESCRIPTION:");
-const QString UidLine = QStringLiteral("UID:");
+const QString DescriptionLine = QStringLiteral("\nDESCRIPTION:");
+const QString UidLine = QStringLiteral("\nUID:");
+// The stamp is fixed, the same for every entry and every export.
+const QString EventStampAndEnd = QStringLiteral("DTSTAMP:20050817T051622Z\nEND:VEVENT\n");
+const QString ToDoStampAndEnd = QStringLiteral("DTSTAMP:20050817T051622Z\nEND:VTODO\n");
 const QString EscapedNewline = QStringLiteral("\\n");
 const QString Separator = QStringLiteral(": ");
 const QString NameWord = QStringLiteral("Name: ");
@@ -72,27 +73,33 @@ bool isTrue(const QVariant &value)
     }
 }
 
-template<typename Out>
-void appendDay(Out &out, const QDate &day)
+// "%Y%m%d" and the line's end, appended in one piece: this runs once or twice per entry.
+void appendDay(QString &out, const QDate &day)
 {
-    // "%Y%m%d", written by hand: this runs once or twice per entry of a long export.
     int year = 0;
     int month = 0;
     int dayOfMonth = 0;
     day.getDate(&year, &month, &dayOfMonth);
     if (year < 0 || year > 9999) {
         out += QString::number(year).rightJustified(4, QLatin1Char('0'));
-    } else {
-        out += QLatin1Char(char('0' + year / 1000));
-        out += QLatin1Char(char('0' + year / 100 % 10));
-        out += QLatin1Char(char('0' + year / 10 % 10));
-        out += QLatin1Char(char('0' + year % 10));
+        out += QStringLiteral("%1%2\n").arg(month, 2, 10, QLatin1Char('0')).arg(dayOfMonth, 2, 10, QLatin1Char('0'));
+        return;
     }
-    out += QLatin1Char(char('0' + month / 10));
-    out += QLatin1Char(char('0' + month % 10));
-    out += QLatin1Char(char('0' + dayOfMonth / 10));
-    out += QLatin1Char(char('0' + dayOfMonth % 10));
-    out += QLatin1Char('\n');
+    const char16_t text[] = {char16_t(u'0' + year / 1000),      char16_t(u'0' + year / 100 % 10),
+                             char16_t(u'0' + year / 10 % 10),   char16_t(u'0' + year % 10),
+                             char16_t(u'0' + month / 10),       char16_t(u'0' + month % 10),
+                             char16_t(u'0' + dayOfMonth / 10), char16_t(u'0' + dayOfMonth % 10),
+                             u'\n'};
+    out += QStringView(text, std::size(text));
+}
+
+// A whole number and the line's end, without making a string of it first.
+void appendNumberLine(QString &out, int number)
+{
+    char text[16];
+    const auto end = std::to_chars(text, text + sizeof text - 1, number).ptr;
+    *end = '\n';
+    out += QLatin1StringView(text, end + 1 - text);
 }
 
 int digits(const QString &text, qsizetype from, qsizetype count)
@@ -113,7 +120,9 @@ QDate dayOf(const QVariant *date, const QDate &today)
 {
     if (!date)
         return today;
-    const QString text = date->toString();
+    QString made;
+    const QString *stored = ExportFields::stringIn(date);
+    const QString &text = stored ? *stored : (made = date->toString());
     if (text.size() >= 19 && text.at(4) == u'-' && text.at(7) == u'-' && text.at(10) == u' ' && text.at(13) == u':'
         && text.at(16) == u':') {
         const int hour = digits(text, 11, 2);
@@ -144,10 +153,10 @@ constexpr char16_t MarkBase = 0xE000;
 ICalExport::ICalExport(QString exportName, QString exportFormat)
     : m_exportName(std::move(exportName))
     , m_exportFormat(std::move(exportFormat))
-    , m_courseLabel(Labels::label(PreferenceKeys::LabelKeys::Course))
-    , m_textbookLabel(Labels::label(PreferenceKeys::LabelKeys::Textbook))
-    , m_typeLabel(Labels::label(PreferenceKeys::LabelKeys::Type))
-    , m_gradeLabel(Labels::label(PreferenceKeys::LabelKeys::Grade))
+    , m_courseHeading(Labels::label(PreferenceKeys::LabelKeys::Course) + Separator)
+    , m_textbookHeading(Labels::label(PreferenceKeys::LabelKeys::Textbook) + Separator)
+    , m_typeHeading(Labels::label(PreferenceKeys::LabelKeys::Type) + Separator)
+    , m_gradeHeading(Labels::label(PreferenceKeys::LabelKeys::Grade) + Separator)
     , m_legacyDateFormat(legacyDateFormat())
     , m_dateTexts(m_legacyDateFormat)
 {
@@ -191,24 +200,21 @@ QString ICalExport::createNotesFromObject(const QVariantMap &record) const
     return notes;
 }
 
-template<typename Out>
-void ICalExport::appendNotes(Out &out, const ExportFields &fields) const
+void ICalExport::appendNotes(QString &out, const ExportFields &fields) const
 {
-    auto part = [&](const QVariant *value, const QString &word, bool labelled) {
+    auto part = [&](const QVariant *value, const QString &heading) {
         if (!value)
             return;
-        out += word;
-        if (labelled)
-            out += Separator;
+        out += heading;
         ExportFields::append(out, value);
         out += EscapedNewline;
     };
-    part(fields.name, NameWord, false);
-    part(fields.course, m_courseLabel, true);
-    part(fields.textbook, m_textbookLabel, true);
-    part(fields.type, m_typeLabel, true);
-    part(fields.grade, m_gradeLabel, true);
-    part(fields.notes, NotesWord, false);
+    part(fields.name, NameWord);
+    part(fields.course, m_courseHeading);
+    part(fields.textbook, m_textbookHeading);
+    part(fields.type, m_typeHeading);
+    part(fields.grade, m_gradeHeading);
+    part(fields.notes, NotesWord);
 }
 
 QString ICalExport::createCustomName(const QVariantMap &record) const
@@ -218,8 +224,7 @@ QString ICalExport::createCustomName(const QVariantMap &record) const
     return name;
 }
 
-template<typename Out>
-void ICalExport::appendCustomName(Out &out, const QVariantMap &record, const ExportFields &fields) const
+void ICalExport::appendCustomName(QString &out, const QVariantMap &record, const ExportFields &fields) const
 {
     if (m_namePieces.isEmpty()) {
         out += slowCustomName(record);
@@ -311,73 +316,71 @@ QString ICalExport::slowCustomName(const QVariantMap &record) const
     return name;
 }
 
-// The lines every event and to-do ends with: summary, description, its number and the fixed stamp.
-void ICalExport::appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
-                                           int uid) const
+// The lines every event and to-do has after its dates: summary, description and its number.
+void ICalExport::appendSummaryThroughUid(QString &out, const QVariantMap &record, const ExportFields &fields,
+                                         int uid) const
 {
     out += SummaryLine;
     appendCustomName(out, record, fields);
-    out += QLatin1Char('\n');
     out += DescriptionLine;
     appendNotes(out, fields);
-    out += QLatin1Char('\n');
     out += UidLine;
-    out += QString::number(uid);
-    out += QLatin1Char('\n');
-    out += Stamp;
+    appendNumberLine(out, uid);
 }
 
-void ICalExport::appendEvent(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendEvent(QString &out, const QVariantMap &record, const ExportFields &fields,
                              const QDate &today) const
 {
     const QDate day = dayOf(fields.date, today);
-    out += BeginEvent;
-    out += StartLine;
+    out += EventStart;
     appendDay(out, day);
-    out += EndLine;
+    out += EventEndLine;
     appendDay(out, day.addDays(1));
-    appendSummaryThroughStamp(out, record, fields, ++g_eventCounter);
-    out += EndEvent;
+    appendSummaryThroughUid(out, record, fields, ++g_eventCounter);
+    out += EventStampAndEnd;
 }
 
-void ICalExport::appendToDo(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendToDo(QString &out, const QVariantMap &record, const ExportFields &fields,
                             const QDate &today) const
 {
-    out += BeginToDo;
+    out += ToDoStart;
     if (fields.completed && isTrue(*fields.completed)) {
-        out += StatusCompleted;
-        out += CompletedLine;
+        out += CompletedLines;
         appendDay(out, today);
     }
     out += DueLine;
     appendDay(out, dayOf(fields.date, today));
-    appendSummaryThroughStamp(out, record, fields, ++g_toDoCounter);
-    out += EndToDo;
+    appendSummaryThroughUid(out, record, fields, ++g_toDoCounter);
+    out += ToDoStampAndEnd;
 }
 
 QByteArray ICalExport::fileText(const AssignmentList &records, const QDate &today)
 {
-    // About 400 bytes an entry; room for more costs nothing until it is written, and the builder
-    // grows when the notes are longer still.
-    Utf8Builder out(Header.size() + Trailer.size() + records.size() * 500);
+    ExportText out;
+    // About 400 characters an entry.
+    out.text().reserve(Header.size() + Trailer.size() + records.size() * 420);
     write(out, records, today);
-    return out.take();
+    return out.takeUtf8();
 }
 
-void ICalExport::write(Utf8Builder &out, const AssignmentList &records, const QDate &today)
+void ICalExport::write(ExportText &out, const AssignmentList &records, const QDate &today)
 {
-    out += Header;
+    out.text() += Header;
     const bool events = m_exportFormat == Events;
     const bool toDos = !events && m_exportFormat == ToDos;
     if (events || toDos) {
-        ExportFields::forEach(records, [&](const Assignment &record, const ExportFields &fields) {
+        for (const AssignmentRef &record : records) {
+            if (!record)
+                continue;
+            const QVariantMap &fields = record->fields();
             if (events)
-                appendEvent(out, record.fields(), fields, today);
+                appendEvent(out.text(), fields, ExportFields::of(fields), today);
             else
-                appendToDo(out, record.fields(), fields, today);
-        });
+                appendToDo(out.text(), fields, ExportFields::of(fields), today);
+            out.entryEnd();
+        }
     }
-    out += Trailer;
+    out.text() += Trailer;
 }
 
 bool ICalExport::performExport(const AssignmentList &records)
@@ -389,7 +392,7 @@ bool ICalExport::performExport(const AssignmentList &records)
     const QString path = Paths::iCalExportFile();
     const QDate today = Clock::now().toLocalTime().date();
     QString error;
-    const bool written = Utf8Builder::writeFile(path, [&](Utf8Builder &out) { write(out, records, today); }, &error);
+    const bool written = ExportText::writeFile(path, [&](ExportText &out) { write(out, records, today); }, &error);
     if (!written)
         qCWarning(lcICal) << "Writing" << path << "failed:" << error;
     Workspace::openFile(path, Workspace::CalendarApplication);

@@ -10,7 +10,7 @@
 #include <QString>
 #include <QVariantMap>
 
-class Utf8Builder;
+class ExportText;
 
 // The iCalendar text of an export and its hand-over to the calendar.
 //
@@ -51,17 +51,16 @@ public:
     static void resetCountersForTest();
 
 private:
-    void write(Utf8Builder &out, const AssignmentList &records, const QDate &today);
-    void appendEvent(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
-                     const QDate &today) const;
-    void appendToDo(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
-                    const QDate &today) const;
-    void appendSummaryThroughStamp(Utf8Builder &out, const QVariantMap &record, const ExportFields &fields,
-                                   int uid) const;
+    void write(ExportText &out, const AssignmentList &records, const QDate &today);
+    void appendEvent(QString &out, const QVariantMap &record, const ExportFields &fields, const QDate &today) const;
+    void appendToDo(QString &out, const QVariantMap &record, const ExportFields &fields, const QDate &today) const;
+    void appendSummaryThroughUid(QString &out, const QVariantMap &record, const ExportFields &fields,
+                                 int uid) const;
 
     QString m_exportName;
     QString m_exportFormat;
-    QString m_courseLabel, m_textbookLabel, m_typeLabel, m_gradeLabel;
+    // The user's labels for the description, each with its ": ".
+    QString m_courseHeading, m_textbookHeading, m_typeHeading, m_gradeHeading;
     QString m_legacyDateFormat;
     // Summary texts of due dates already met in this export (assignments share dates often).
     mutable DueDateTexts m_dateTexts;
@@ -74,8 +73,6 @@ private:
     QList<NamePiece> m_namePieces;
     bool m_nameUsesDate = false;
     QString slowCustomName(const QVariantMap &record) const;
-    template<typename Out>
-    void appendCustomName(Out &out, const QVariantMap &record, const ExportFields &fields) const;
-    template<typename Out>
-    void appendNotes(Out &out, const ExportFields &fields) const;
+    void appendCustomName(QString &out, const QVariantMap &record, const ExportFields &fields) const;
+    void appendNotes(QString &out, const ExportFields &fields) const;
 };

@@ -2,7 +2,7 @@
 
 #include "exchange/DueDateTexts.h"
 #include "exchange/ExportFields.h"
-#include "exchange/Utf8Builder.h"
+#include "exchange/ExportText.h"
 
 #include "BuildInfo.h"
 #include "platform/Alerts.h"
@@ -81,9 +81,8 @@ QString TextExport::stringByReplacingAmpersands(const QString &text)
 
 namespace {
 
-// The text file's text, written into `text` (a QString, or UTF-8 straight away for the file).
-template<typename Out>
-void writeText(Out &text, const AssignmentList &records)
+// The text file's text, an entry at a time.
+void writeText(ExportText &out, const AssignmentList &records)
 {
     using namespace PreferenceKeys;
     const QString course = Labels::label(LabelKeys::Course) + Separator;
@@ -92,10 +91,14 @@ void writeText(Out &text, const AssignmentList &records)
     const QString grade = Labels::label(LabelKeys::Grade) + Separator;
     DueDateTexts dueDates(dateFormat());
 
+    QString &text = out.text();
     text += ProgramName;
     text += version();
     text += QStringLiteral("\n\n");
-    ExportFields::forEach(records, [&](const Assignment &, const ExportFields &fields) {
+    for (const AssignmentRef &record : records) {
+        if (!record)
+            continue;
+        const ExportFields fields = ExportFields::of(record->fields());
         auto line = [&](const QString &word, const QVariant *value, const QString *absent) {
             if (!value && !absent)
                 return;
@@ -122,31 +125,28 @@ void writeText(Out &text, const AssignmentList &records)
         line(grade, fields.grade, nullptr);
         line(NotesWord, fields.notes, nullptr);
         text += QLatin1Char('\n');
-    });
+        out.entryEnd();
+    }
 }
 
 } // namespace
 
 QString TextExport::textForAssignments(const AssignmentList &records)
 {
-    QString text;
-    text.reserve(records.size() * 160 + 32);
-    writeText(text, records);
-    return text;
+    ExportText out;
+    out.text().reserve(records.size() * 280 + 32);
+    writeText(out, records);
+    return std::move(out.text());
 }
 
 QByteArray TextExport::textFileBytes(const AssignmentList &records)
 {
-    // About 280 bytes an entry; room for more costs nothing until it is written, and the builder
-    // grows when the notes are longer still.
-    Utf8Builder bytes(records.size() * 400 + 32);
-    writeText(bytes, records);
-    return bytes.take();
+    return textForAssignments(records).toUtf8();
 }
 
 bool TextExport::writeTextFile(const QString &path, const AssignmentList &records, QString *error)
 {
-    return Utf8Builder::writeFile(path, [&](Utf8Builder &bytes) { writeText(bytes, records); }, error);
+    return ExportText::writeFile(path, [&](ExportText &out) { writeText(out, records); }, error);
 }
 
 QString TextExport::emailBody(const AssignmentList &records)

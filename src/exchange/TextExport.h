@@ -24,10 +24,10 @@ public:
     // The text file: "Quillory <version>", a blank line, then one entry per record, each followed by
     // a blank line. Uses the user's labels and date format.
     static QString textForAssignments(const AssignmentList &records);
-    // The same text in UTF-8, as the file holds it, built without a UTF-16 copy of the whole.
+    // The same text in UTF-8, as the file holds it.
     static QByteArray textFileBytes(const AssignmentList &records);
     // The same bytes written atomically to `path` as they are made; false, with the reason in
-    // `error`, when the file could not be written (nothing is left at `path` then).
+    // `error`, when the file could not be written (whatever was at `path` then stays as it was).
     static bool writeTextFile(const QString &path, const AssignmentList &records, QString *error = nullptr);
     // The e-mail body, with fixed words and every "&" of the user's text as "&amp;".
     static QString emailBody(const AssignmentList &records);
