@@ -167,11 +167,8 @@ void Controller::selectNewItem()
 
 void Controller::controlTextDidChange(bool fromSearchField)
 {
-    if (!fromSearchField)
-        return;
-    // The search field's clear button takes no focus; the sidebar's edit goes in before the rows change.
-    const auto action = beginAction();
-    searchAssignments(SearchSender::SearchField);
+    if (fromSearchField)
+        searchAssignments(SearchSender::SearchField);
 }
 
 void Controller::updateFilterBar()

@@ -1,5 +1,6 @@
 #include "list/ui/MainWindowTestSupport.h"
 #include "platform/Alerts.h"
+#include "platform/Workspace.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -87,6 +88,26 @@ TEST(SidebarCommitWindow, TypingSurvivesAFilterButtonTheOverflowMenuAndTheDuplic
     economics->trigger();
     QCoreApplication::processEvents();
     EXPECT_EQ(storedRecord("Lab").value("Notes").toString(), "bring goggles");
+}
+
+TEST(SidebarCommitWindow, AToolbarCommandTakesTheTypingWithIt)
+{
+    freshPreferences();
+    writeStore({record("Essay")});
+    Window w;
+    w.toolbar()->setItemIdentifiers({ToolbarCatalogue::AddItem, ToolbarCatalogue::EmailItem});
+    Workspace::recordForTest();
+    w.select("Essay");
+    typeInto(w.form()->nameField, " draft");
+    // Toolbar buttons take no focus: the mail must carry the name as typed.
+    auto *email = qobject_cast<QToolButton *>(w.toolbar()->itemWidget(ToolbarCatalogue::EmailItem));
+    ASSERT_NE(email, nullptr);
+    QTest::mouseClick(email, Qt::LeftButton);
+    const QList<Workspace::Opened> opened = Workspace::takeOpened();
+    ASSERT_EQ(opened.size(), 1);
+    EXPECT_TRUE(opened[0].url.toString(QUrl::FullyDecoded).contains("Essay draft"))
+        << opened[0].url.toString().toStdString();
+    EXPECT_FALSE(storedRecord("Essay draft").isEmpty());
 }
 
 TEST(SidebarCommitWindow, AnOpenSubprojectCellIsKeptWhenAFilterButtonIsClicked)
