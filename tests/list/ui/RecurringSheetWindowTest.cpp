@@ -107,25 +107,3 @@ TEST(RecurringSheetWindow, AnUnreadableStoreIsReportedAndLeftAsItIsWithTheSheetS
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), broken);
 }
-
-TEST(RecurringSheetWindow, EveryControlTheKeyboardCanReachHasAnAccessibleName)
-{
-    freshPreferences();
-    Window w;
-    w.window->addMultiple();
-    MultipleAssignmentsSheet *sheet = w.window->recurringSheet();
-    QStringList unnamed;
-    for (QWidget *widget : sheet->findChildren<QWidget *>()) {
-        if (widget->focusPolicy() == Qt::NoFocus || widget->window() != sheet)
-            continue;
-        if (qobject_cast<QComboBox *>(widget->parentWidget()))
-            continue;
-        QString name = widget->accessibleName();
-        if (name.isEmpty())
-            if (auto *button = qobject_cast<QAbstractButton *>(widget))
-                name = button->text();
-        if (name.isEmpty())
-            unnamed.append(QStringLiteral("%1 (%2)").arg(widget->objectName(), widget->metaObject()->className()));
-    }
-    EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(", ").toStdString();
-}
