@@ -330,8 +330,6 @@ QList<int> DetailsSidebar::selectedSubprojectRows() const
     QList<int> rows;
     for (const QModelIndex &index : m_form->subprojectsTable->selectionModel()->selectedRows())
         rows.append(index.row());
-    if (rows.isEmpty() && m_form->subprojectsTable->currentIndex().isValid())
-        rows.append(m_form->subprojectsTable->currentIndex().row());
     std::sort(rows.begin(), rows.end());
     return rows;
 }
