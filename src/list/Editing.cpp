@@ -70,7 +70,9 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
 {
     Controller &c = m_controller;
     if (!c.m_storeUsable) {
+        // Saving the list over a file that could not be read would lose everything in it.
         qCWarning(lcList) << "the store could not be read; the new assignment has nowhere to go";
+        Alerts::inform(ListTexts::StoreErrorTitle, ListTexts::AddUnreadableMessage);
         return nullptr;
     }
     // Pending sidebar edits of the selected record are kept first.

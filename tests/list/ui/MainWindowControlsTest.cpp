@@ -2,12 +2,16 @@
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarController.h"
 #include "list/ui/FormatControl.h"
+#include "platform/Alerts.h"
+#include "platform/Paths.h"
 #include "widgets/AnimatingTabView.h"
 
 #include <QAccessible>
 #include <QAccessibleActionInterface>
 #include <QApplication>
 #include <QBuffer>
+#include <QDir>
+#include <QFile>
 #include <QHelpEvent>
 #include <QImage>
 #include <QImageWriter>
@@ -105,4 +109,23 @@ TEST(MainWindowControls, TheAccessibleToggleOfAFormatSegmentSwitchesTheView)
     EXPECT_EQ(w.window->calendarController()->activeView(), w.window->calendarController()->monthlyView());
     EXPECT_TRUE(format->segmentButton(2)->isChecked());
     EXPECT_FALSE(format->segmentButton(1)->isChecked());
+}
+
+TEST(MainWindowControls, AddingOverAnUnreadableStoreSaysSoAndLeavesTheFileAsItIs)
+{
+    freshPreferences();
+    QDir().mkpath(Paths::dataFolder());
+    QFile file(Paths::assignmentsFile());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const QByteArray broken("<?xml version=\"1.0\"?><plist><array><dict><key>Name");
+    file.write(broken);
+    file.close();
+    Window w;
+    w.toolbar()->itemAction(ToolbarCatalogue::AddItem)->trigger();
+    const QList<Alerts::Request> asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked[0].message.contains("could not be read")) << asked[0].message.toStdString();
+    EXPECT_TRUE(w.controller()->allAssignments().isEmpty());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), broken);
 }
