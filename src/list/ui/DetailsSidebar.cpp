@@ -163,7 +163,8 @@ void DetailsSidebar::connectEditors()
         connect(box, &QComboBox::activated, this, [this] { edit(Sender::Other); });
         connect(box->lineEdit(), &QLineEdit::editingFinished, this, [this] { edit(Sender::Other); });
     }
-    connect(f->completedCheckbox, &QCheckBox::clicked, this, [this] { edit(Sender::Other); });
+    // Toggled, not clicked: an assistive tool's toggle action ticks the box without a click.
+    connect(f->completedCheckbox, &QCheckBox::toggled, this, [this] { edit(Sender::Other); });
     connect(f->prioritySlider, &QSlider::valueChanged, this, [this] {
         if (!m_form->prioritySlider->isSliderDown())
             edit(Sender::Other);

@@ -129,3 +129,18 @@ TEST(MainWindowControls, AddingOverAnUnreadableStoreSaysSoAndLeavesTheFileAsItIs
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), broken);
 }
+
+TEST(MainWindowControls, TheAccessibleToggleOfTheCompletedBoxCompletesTheAssignment)
+{
+    freshPreferences();
+    writeStore({record("Essay")});
+    Window w;
+    w.select("Essay");
+    QAccessibleInterface *box = QAccessible::queryAccessibleInterface(w.form()->completedCheckbox);
+    ASSERT_NE(box, nullptr);
+    ASSERT_NE(box->actionInterface(), nullptr);
+    box->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    ASSERT_TRUE(w.form()->completedCheckbox->isChecked());
+    ASSERT_EQ(readStore().size(), 1);
+    EXPECT_TRUE(readStore()[0].toMap().value("Completed").toBool());
+}
