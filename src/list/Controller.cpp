@@ -64,6 +64,17 @@ void Controller::setUp()
     updateWindowInformation();
 }
 
+void Controller::commitPendingEdit()
+{
+    // The edit itself filters, sorts and reselects through the calls that ask for it; it must not
+    // ask again.
+    if (!m_sidebar || m_committing)
+        return;
+    m_committing = true;
+    m_sidebar->commitPendingEdit();
+    m_committing = false;
+}
+
 void Controller::setAllAssignments(const AssignmentList &records)
 {
     m_all = records;
@@ -150,6 +161,7 @@ void Controller::selectNewItem()
         m_filterRequestedDuringRebuild = true;
         return;
     }
+    const auto action = beginAction();
     filterWithViews(m_filterBar.getSelectedTitleInSegment(0), m_filterBar.getSelectedTitleInSegment(1));
 }
 
@@ -277,13 +289,35 @@ int Controller::singleSelectedRow() const
 
 void Controller::selectRowAlone(int row)
 {
+    // The pending edit may sort the rows again; the row asked for is found again by its record (the
+    // edited record, replaced by the edit, stays selected).
+    if (const AssignmentRef wanted = m_display.value(row); wanted && m_sidebar && !m_committing) {
+        const int selected = singleSelectedRow();
+        const bool wantedSelected = selected == row;
+        commitPendingEdit();
+        row = int(m_display.indexOf(wanted));
+        if (row < 0 && wantedSelected)
+            row = singleSelectedRow();
+    }
     if (row < 0 || row >= m_table->rowCount() || m_table->columnCount() == 0)
         return;
     m_selection->select(m_table->index(row, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
-void Controller::selectRows(const QList<int> &rows)
+void Controller::selectRows(const QList<int> &requested)
 {
+    QList<int> rows = requested;
+    if (m_sidebar && !m_committing) {
+        AssignmentList wanted;
+        for (int row : requested)
+            if (const AssignmentRef record = m_display.value(row))
+                wanted.append(record);
+        commitPendingEdit();
+        rows.clear();
+        for (const AssignmentRef &record : std::as_const(wanted))
+            if (const qsizetype row = m_display.indexOf(record); row >= 0)
+                rows.append(int(row));
+    }
     QItemSelection selection;
     for (int row : rows)
         if (row >= 0 && row < m_table->rowCount() && m_table->columnCount() > 0)
@@ -293,6 +327,7 @@ void Controller::selectRows(const QList<int> &rows)
 
 void Controller::clearSelection()
 {
+    commitPendingEdit();
     m_selection->clearSelection();
 }
 
@@ -452,6 +487,7 @@ void Controller::didClickTableColumn(const QString &identifier)
 {
     if (ColumnCatalogue::isImageColumn(identifier) || !ColumnCatalogue::find(identifier))
         return;
+    const auto action = beginAction();
     sortColumn(identifier);
     m_didJustSort = true;
 }
@@ -486,6 +522,7 @@ void Controller::rebuildColumns()
 
 void Controller::updateWindowInformation()
 {
+    const auto action = beginAction();
     QList<AssignmentRef> remembered;
     rememberSelection(remembered);
 

@@ -10,10 +10,12 @@
 
 #include <QHash>
 #include <QObject>
+#include <QScopeGuard>
 #include <QStringList>
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 class AssignmentTableModel;
 class CalendarObserver;
@@ -49,6 +51,22 @@ public:
     ToolbarState *toolbar() const { return m_toolbar; }
     CalendarObserver *calendar() const { return m_calendar; }
     SidebarEditor *sidebar() const { return m_sidebar; }
+    // Asks the sidebar to hand over an edit still in progress. Every action that changes the
+    // selection, filters, reloads or saves runs this first, so typing is never lost to it.
+    void commitPendingEdit();
+    // Holds commits off without committing: for an edit that is itself the pending one (a cell of
+    // the subprojects table).
+    [[nodiscard]] auto holdPendingEdit()
+    {
+        return qScopeGuard([this, outer = std::exchange(m_committing, true)] { m_committing = outer; });
+    }
+    // The start of an action: commits the pending edit once, then holds further commits off until
+    // the returned guard goes, so the action's own reselections and reloads hand nothing over.
+    [[nodiscard]] auto beginAction()
+    {
+        commitPendingEdit();
+        return holdPendingEdit();
+    }
 
     // Start-up: reads "Sort Selectors", builds the filter bar and sets its view from
     // "Default View" (+1, where 3 wraps to 0), then loads the store.
@@ -188,6 +206,7 @@ private:
     std::optional<Sorting::Order> m_displayOrder;
     std::pair<QString, QString> m_lastSearch;
     bool m_didJustSort = false;
+    bool m_committing = false;
     QStringList m_sortingSelectors;
 
     mutable std::optional<QHash<QString, qsizetype>> m_projectIndex;

@@ -61,6 +61,7 @@ int Editing::addAssignment()
 
 int Editing::addAssignmentWithDate(const std::optional<QDateTime> &date)
 {
+    const auto action = m_controller.beginAction();
     addRecordWithDate(date);
     return m_controller.singleSelectedRow();
 }
@@ -69,10 +70,13 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
 {
     Controller &c = m_controller;
     if (!c.m_storeUsable) {
+        // Saving the list over a file that could not be read would lose everything in it.
         qCWarning(lcList) << "the store could not be read; the new assignment has nowhere to go";
+        Alerts::inform(ListTexts::StoreErrorTitle, ListTexts::AddUnreadableMessage);
         return nullptr;
     }
     // Pending sidebar edits of the selected record are kept first.
+    const auto action = c.beginAction();
     c.sidebarEditing().editAssignment(SidebarEditing::Sender::None);
 
     AssignmentRef record = newRecord();
@@ -124,6 +128,7 @@ int Editing::addProject()
 int Editing::addProjectWithDate(const std::optional<QDateTime> &date)
 {
     Controller &c = m_controller;
+    const auto action = c.beginAction();
     const AssignmentRef record = addRecordWithDate(std::nullopt);
     if (!record)
         return -1;
@@ -144,6 +149,7 @@ int Editing::addProjectWithDate(const std::optional<QDateTime> &date)
 void Editing::addSubproject()
 {
     Controller &c = m_controller;
+    const auto action = c.beginAction();
     const QList<int> rows = c.selectedRows();
     if (rows.isEmpty())
         return;
@@ -172,9 +178,10 @@ void Editing::addSubproject()
     Q_EMIT c.showSubprojectsTab();
 }
 
-void Editing::deleteSubproject(int row)
+void Editing::deleteSubprojects(const QList<int> &subprojectRows, bool ask)
 {
     Controller &c = m_controller;
+    const auto action = c.beginAction();
     const QList<int> rows = c.selectedRows();
     if (rows.isEmpty())
         return;
@@ -185,10 +192,20 @@ void Editing::deleteSubproject(int row)
     if (!project)
         return;
     const AssignmentList subprojects = c.subprojectsForProject(project->string(Project));
-    if (row < 0 || row >= subprojects.size())
+    AssignmentList doomed;
+    for (int row : subprojectRows)
+        if (row >= 0 && row < subprojects.size() && !doomed.contains(subprojects[row]))
+            doomed.append(subprojects[row]);
+    if (doomed.isEmpty())
         return;
-    const AssignmentRef doomed = subprojects[row];
-    Assignments::removeEqual(c.m_all, *doomed);
+    if (ask && warningsOn()
+        && !Alerts::askYesNo(ListTexts::WarningTitle,
+                             doomed.size() == 1 ? ListTexts::DeleteOneQuestion : ListTexts::DeleteManyQuestion))
+        return;
+    for (const AssignmentRef &record : std::as_const(doomed)) {
+        const Assignment gone = *record;
+        Assignments::removeEqual(c.m_all, gone);
+    }
     c.allChanged();
     c.filterWithViews();
     c.sortColumn();
@@ -205,6 +222,8 @@ void Editing::deleteSubproject(int row)
 void Editing::setSubprojectValue(int row, const QString &column, const QVariant &value)
 {
     Controller &c = m_controller;
+    // The cell being stored is the edit in progress; nothing else in the sidebar can be.
+    const auto hold = c.holdPendingEdit();
     const AssignmentRef project = c.actualSelectedObject();
     if (!project)
         return;
@@ -261,6 +280,8 @@ void Editing::duplicateAssignment()
     Controller &c = m_controller;
     if (!c.m_storeUsable)
         return;
+    // The copy takes what the user is typing into the sidebar.
+    const auto action = c.beginAction();
     const QList<int> rows = c.selectedRows();
     if (rows.isEmpty())
         return;
@@ -280,6 +301,7 @@ void Editing::duplicateAssignment()
 void Editing::deleteAssignment()
 {
     Controller &c = m_controller;
+    const auto action = c.beginAction();
     const QList<int> rows = c.selectedRows();
     if (rows.isEmpty())
         return;
@@ -314,6 +336,19 @@ void Editing::deleteAssignment()
 void Editing::markAssignmentAsCompleted(int row)
 {
     Controller &c = m_controller;
+    if (row >= 0 && row < c.m_display.size()) {
+        // The pending edit may sort again: the clicked row is found again by its record, and the
+        // edited record (replaced by the edit) is the selected row afterwards.
+        const AssignmentRef clicked = c.m_display[row];
+        const bool clickedSelected = c.singleSelectedRow() == row;
+        c.commitPendingEdit();
+        row = int(c.m_display.indexOf(clicked));
+        if (row < 0 && clickedSelected)
+            row = c.singleSelectedRow();
+        if (row < 0)
+            return;
+    }
+    const auto action = c.beginAction();
     if (row < 0) {
         const QList<int> rows = c.selectedRows();
         if (rows.isEmpty())

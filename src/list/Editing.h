@@ -27,7 +27,10 @@ public:
     int addProjectWithDate(const std::optional<QDateTime> &date);
     void addSubproject();
     // Deletes the subproject at `row` of the subprojects table, without asking.
-    void deleteSubproject(int row);
+    void deleteSubproject(int row) { deleteSubprojects({row}, false); }
+    // Deletes the subprojects at these rows of the subprojects table; with `ask`, first asks as
+    // deleting from the list does while "Display Warning Messages" is on.
+    void deleteSubprojects(const QList<int> &rows, bool ask);
     // A subprojects-table cell was edited: "Name", "Date" (a date, a text, or empty to remove) or
     // "Completed".
     void setSubprojectValue(int row, const QString &column, const QVariant &value);

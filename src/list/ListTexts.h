@@ -28,6 +28,15 @@ inline const QString SearchItemLabel = QStringLiteral("Search");
 inline const QString WarningTitle = QStringLiteral("Warning");
 inline const QString DeleteOneQuestion = QStringLiteral("Are you sure you want to delete this assignment?");
 inline const QString DeleteManyQuestion = QStringLiteral("Are you sure you want to delete these assignments?");
+inline const QString StoreErrorTitle = QStringLiteral("Assignments Error");
+inline const QString AddUnreadableMessage = QStringLiteral(
+    "The assignments file could not be read, so the new assignment was not added.  The file has been left as it "
+    "is.");
+inline const QString RecurringUnreadableMessage = QStringLiteral(
+    "The assignments file could not be read, so the recurring assignments were not added.  The file has been left "
+    "as it is.");
+inline const QString RecurringUnwritableMessage = QStringLiteral(
+    "The recurring assignments could not be saved.  The assignments file has been left as it was.");
 
 // Images of the attachment columns
 inline const QString NotesImage = QStringLiteral("NotesSmallFlagged");

@@ -246,9 +246,15 @@ bool RecurringSeries::addMultipleAssignments(const Entries &entries, const QStri
     QString error;
     std::optional<QVariantList> stored = AssignmentStore::readFile(file, &error);
     if (!stored) {
+        // Writing the series over a file that could not be read would lose everything in it.
         qCWarning(lcList) << "recurring series not stored: cannot read" << file << ":" << error;
+        Alerts::inform(ListTexts::StoreErrorTitle, ListTexts::RecurringUnreadableMessage);
         return false;
     }
     stored->append(generate(entries));
-    return AssignmentStore::writeFile(file, *stored);
+    if (!AssignmentStore::writeFile(file, *stored)) {
+        Alerts::inform(ListTexts::StoreErrorTitle, ListTexts::RecurringUnwritableMessage);
+        return false;
+    }
+    return true;
 }

@@ -82,7 +82,7 @@ bool SidebarEditing::editAssignment(Sender sender)
     putText(Type, values.type);
     putText(Grade, values.grade);
     fields.insert(Priority, values.priority);
-    if (!values.contactsText.isEmpty())
+    if (!values.contacts.isEmpty())
         fields.insert(Contacts, values.contacts);
     putText(File, values.file);
     if (!values.snapshot.isEmpty())
@@ -210,11 +210,78 @@ SidebarValues SidebarEditing::valuesFor(const Assignment &record) const
     values.priority = record.has(Priority) ? record.value(Priority).toDouble() : 1.0;
     values.notes = record.string(Notes);
     values.contacts = record.value(Contacts).toList();
-    for (const QVariant &contact : std::as_const(values.contacts))
-        values.contactsText += contact.toString();
+    values.contactsText = contactsText(values.contacts);
     values.file = record.string(File);
     values.snapshot = record.value(Snapshot).toByteArray();
     return values;
+}
+
+namespace {
+const QString ContactSeparator = QStringLiteral(", ");
+// How the address book's records print a value they lack.
+const QString AbsentValue = QStringLiteral("(null)");
+const QString FirstName = QStringLiteral("firstName");
+const QString LastName = QStringLiteral("lastName");
+
+QStringList namesIn(const QString &text)
+{
+    QStringList names;
+    for (const QString &part : text.split(QLatin1Char(',')))
+        if (const QString name = part.trimmed(); !name.isEmpty())
+            names.append(name);
+    return names;
+}
+} // namespace
+
+QString SidebarEditing::contactName(const QVariant &contact)
+{
+    if (contact.typeId() != QMetaType::QVariantMap)
+        return contact.toString();
+    const QVariantMap person = contact.toMap();
+    const QString first = person.contains(FirstName) ? person.value(FirstName).toString() : AbsentValue;
+    const QString last = person.contains(LastName) ? person.value(LastName).toString() : AbsentValue;
+    // A person without a last name has "" there; the blank after the first name is not shown.
+    return QStringLiteral("%1 %2").arg(first, last).trimmed();
+}
+
+QString SidebarEditing::contactsText(const QVariantList &contacts)
+{
+    QStringList names;
+    names.reserve(contacts.size());
+    for (const QVariant &contact : contacts)
+        names.append(contactName(contact));
+    return names.join(ContactSeparator);
+}
+
+QVariantList SidebarEditing::contactsFromText(const QString &text, const QVariantList &shown)
+{
+    const QStringList names = namesIn(text);
+    // A shown name may itself hold commas; it is matched as the run of names it splits into.
+    QList<QStringList> shownNames;
+    for (const QVariant &contact : shown)
+        shownNames.append(namesIn(contactName(contact)));
+    QList<bool> used(shown.size(), false);
+    QVariantList contacts;
+    for (qsizetype i = 0; i < names.size();) {
+        qsizetype best = -1;
+        for (qsizetype j = 0; j < shown.size(); ++j) {
+            const QStringList &run = shownNames[j];
+            if (used[j] || run.isEmpty() || i + run.size() > names.size()
+                || (best >= 0 && run.size() <= shownNames[best].size()))
+                continue;
+            if (std::equal(run.cbegin(), run.cend(), names.cbegin() + i))
+                best = j;
+        }
+        if (best >= 0) {
+            used[best] = true;
+            contacts.append(shown[best]);
+            i += shownNames[best].size();
+        } else {
+            contacts.append(names[i]);
+            ++i;
+        }
+    }
+    return contacts;
 }
 
 void SidebarEditing::tableViewSelectionDidChange()

@@ -60,6 +60,14 @@ public:
     // The textbooks of a course, from the courses file.
     QStringList updateTextbooksForCourse(const QString &course);
 
+    // The contacts line: a contact record by its name ("first last"), any other value as it is,
+    // separated by ", ".
+    static QString contactName(const QVariant &contact);
+    static QString contactsText(const QVariantList &contacts);
+    // The contacts after the user edited the line: for each name, the shown record of that name
+    // (each record once), and a plain text for a name that stood for none.
+    static QVariantList contactsFromText(const QString &text, const QVariantList &shown);
+
 private:
     SidebarValues currentValues() const;
     void show(const SidebarValues &values);

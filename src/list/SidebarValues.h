@@ -19,7 +19,7 @@ struct SidebarValues {
     double priority = 1.0;
     QString notes;
     QVariantList contacts;
-    QString contactsText; // the token field's text; contacts are kept only when it is not empty
+    QString contactsText; // the contacts line as shown: each record by its name
     QString file;         // the file picker's path; empty when it holds no file
     QByteArray snapshot;  // TIFF data; empty when there is no image
 
@@ -39,4 +39,8 @@ public:
     virtual SidebarValues sidebarValues() const = 0;
     // Shows changed values (a course's default textbook, a date moved by days).
     virtual void setSidebarValues(const SidebarValues &values) = 0;
+    // Hands an edit the user has not finished (the keyboard still in a field) to the list. Called
+    // before anything that changes the selection, the lists or the store, since a click on a
+    // control that takes no focus, or a shortcut, never ends the edit by itself.
+    virtual void commitPendingEdit() {}
 };

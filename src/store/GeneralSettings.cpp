@@ -40,7 +40,9 @@ GeneralSettings GeneralSettings::load()
     s.alternateRowColors = general.value(AlternateRowColors).toBool();
     s.hideWeekends = general.value(HideWeekends).toBool();
     s.mainWindowTransition = general.value(MainWindowTransition).toInt();
-    s.subprojectTitleFormat = general.value(SubprojectTitleFormat).toString();
+    // Without the key the list titles subprojects with the built-in format; the pane shows that.
+    s.subprojectTitleFormat = general.contains(SubprojectTitleFormat) ? general.value(SubprojectTitleFormat).toString()
+                                                                       : DefaultSubprojectTitleFormat;
     s.checkForUpdates = defaults.boolValue(SUCheckAtStartup);
     return s;
 }
@@ -63,9 +65,9 @@ void GeneralSettings::setDateFormat(const QString &format)
     }
 }
 
-void GeneralSettings::save() const
+QVariantMap GeneralSettings::dictionary() const
 {
-    QVariantMap general{
+    return {
         {DefaultView, qint64(defaultView)},
         {DefaultCalendarFormat, qint64(defaultCalendarFormat)},
         {DateEntryFormat, qint64(dateEntryFormat)},
@@ -77,10 +79,18 @@ void GeneralSettings::save() const
         {MainWindowTransition, qint64(mainWindowTransition)},
         {AlternateRowColors, alternateRowColors},
         {HideWeekends, hideWeekends},
+        // Stored even when empty: an emptied format shows subprojects without a title.
+        {SubprojectTitleFormat, subprojectTitleFormat},
     };
-    // An empty field leaves the key out, so the list keeps its built-in title format.
-    if (!subprojectTitleFormat.isEmpty())
-        general.insert(SubprojectTitleFormat, subprojectTitleFormat);
+}
+
+void GeneralSettings::save() const
+{
+    write(dictionary());
+}
+
+void GeneralSettings::write(const QVariantMap &general) const
+{
     UserDefaults().setMany({{General, general}, {SUCheckAtStartup, checkForUpdates}});
 }
 
@@ -105,6 +115,7 @@ void GeneralSettings::importEarlierPreferencesFile()
     UserDefaults defaults;
     GeneralSettings s = load();
     const QVariantMap all = defaults.all();
+    const QVariantMap before = defaults.dictionary(General);
     QStringList removals;
     const auto take = [&](const QString &key) {
         removals.append(key);
@@ -129,5 +140,11 @@ void GeneralSettings::importEarlierPreferencesFile()
         s.displayWarningMessages = take(Old::DisplayWarningMessages).toBool();
     if (!removals.isEmpty())
         defaults.setMany({}, removals);
-    s.save();
+    // The keys only the pane writes stay unwritten until the user saves the pane; their readers
+    // keep their own defaults meanwhile.
+    QVariantMap general = s.dictionary();
+    for (const QString &key : {AlternateRowColors, HideWeekends, SubprojectTitleFormat})
+        if (!before.contains(key))
+            general.remove(key);
+    s.write(general);
 }

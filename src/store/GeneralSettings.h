@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QVariantMap>
 
 // The General preference pane's values, read from and written to "Preferences - General" the way the
 // pane does: saving writes a fresh dictionary from every control (which drops keys the pane has no
@@ -36,4 +37,9 @@ struct GeneralSettings {
 
     // Takes over an earlier version's top-level keys, removes them, and saves.
     static void importEarlierPreferencesFile();
+
+private:
+    // "Preferences - General" as the pane writes it.
+    QVariantMap dictionary() const;
+    void write(const QVariantMap &general) const;
 };

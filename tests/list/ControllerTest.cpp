@@ -106,6 +106,12 @@ TEST(DisplayPipeline, SubprojectsShowTheirTitleAndSelectTheirProject)
     EXPECT_EQ(model->cellText(labRow, "Name").toString(), "Lab - Lab");
     EXPECT_EQ(model->cellText(f.rowOf("Alone"), "Name").toString(), "Alone");
     EXPECT_EQ(f.controller->getSubprojectDisplayName(*lab), "Lab - Lab");
+    // An empty title format is honoured, not replaced by the built-in one.
+    setGeneral(PreferenceKeys::GeneralKeys::SubprojectTitleFormat, QString(""));
+    EXPECT_EQ(f.controller->getSubprojectDisplayName(*lab), "");
+    QCoreApplication::processEvents(); // the table reads the settings afresh on the next turn
+    EXPECT_EQ(model->cellText(labRow, "Name").toString(), "");
+    setGeneral(PreferenceKeys::GeneralKeys::SubprojectTitleFormat, QString("%p - %s"));
 
     // No selection: the subprojects table is empty.
     EXPECT_TRUE(f.controller->subprojectRows().isEmpty());

@@ -185,6 +185,34 @@ TEST(Preferences, EarlierVersionKeysAreMigrated)
     EXPECT_TRUE(defaults.dictionary(Colors).contains(QStringLiteral("Past Due")));
 }
 
+TEST(Preferences, AFirstStartLeavesThePaneOnlyKeysUnwrittenAndAnEmptiedTitleFormatIsStored)
+{
+    ASSERT_FALSE(Preferences::hasAllGroups());
+    Preferences::setAllDefaults();
+    Preferences::importEarlierPreferencesFile();
+    QVariantMap general = UserDefaults().dictionary(General);
+    for (const QString &key : {GeneralKeys::AlternateRowColors, GeneralKeys::HideWeekends,
+                               GeneralKeys::SubprojectTitleFormat})
+        EXPECT_FALSE(general.contains(key)) << key.toStdString();
+    // What the list uses when the key is absent is what the pane shows.
+    EXPECT_EQ(GeneralSettings::load().subprojectTitleFormat, QStringLiteral("%p - %s"));
+
+    GeneralSettings settings = GeneralSettings::load();
+    settings.subprojectTitleFormat.clear();
+    settings.save();
+    general = UserDefaults().dictionary(General);
+    ASSERT_TRUE(general.contains(GeneralKeys::SubprojectTitleFormat));
+    EXPECT_EQ(general.value(GeneralKeys::SubprojectTitleFormat), QVariant(QString()));
+    EXPECT_TRUE(general.contains(GeneralKeys::AlternateRowColors));
+    EXPECT_EQ(GeneralSettings::load().subprojectTitleFormat, QString());
+
+    // An earlier version's import keeps what the pane had written.
+    Preferences::importEarlierPreferencesFile();
+    general = UserDefaults().dictionary(General);
+    EXPECT_EQ(general.value(GeneralKeys::SubprojectTitleFormat), QVariant(QString()));
+    EXPECT_TRUE(general.contains(GeneralKeys::HideWeekends));
+}
+
 TEST(Preferences, EarlierPreferencesFileIsMovedOnlyWhenTheNewOneIsMissing)
 {
     const QString oldDomain = QStringLiteral("com.ostrelle.Quillory");

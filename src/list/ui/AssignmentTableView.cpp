@@ -123,13 +123,35 @@ void AssignmentTableView::onSectionMoved(int, int oldVisual, int newVisual)
     syncColumns();
 }
 
-void AssignmentTableView::doubleClicked()
+bool AssignmentTableView::doubleClickAdds() const
 {
     const QVariant doubleClickAdds =
         UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DoubleClickCreates);
-    if (doubleClickAdds.toBool() && !m_controller->didJustSort() && m_controller->selectedRows().isEmpty())
+    return doubleClickAdds.toBool() && !m_controller->didJustSort() && m_controller->selectedRows().isEmpty();
+}
+
+void AssignmentTableView::doubleClicked()
+{
+    if (doubleClickAdds())
         Q_EMIT addRequested();
     m_controller->clearDidJustSort();
+}
+
+void AssignmentTableView::mousePressEvent(QMouseEvent *event)
+{
+    // What is being typed into the sidebar belongs to the row it was typed for, before the click
+    // selects another one.
+    m_controller->commitPendingEdit();
+    QTableView::mousePressEvent(event);
+}
+
+void AssignmentTableView::mouseReleaseEvent(QMouseEvent *event)
+{
+    QTableView::mouseReleaseEvent(event);
+    if (m_addOnRelease) {
+        m_addOnRelease = false;
+        Q_EMIT addRequested();
+    }
 }
 
 void AssignmentTableView::mouseDoubleClickEvent(QMouseEvent *event)
@@ -137,7 +159,8 @@ void AssignmentTableView::mouseDoubleClickEvent(QMouseEvent *event)
     // A double click on a row keeps the ordinary selection handling; below the rows the first click
     // has already cleared the selection.
     QTableView::mouseDoubleClickEvent(event);
-    doubleClicked();
+    m_addOnRelease = doubleClickAdds();
+    m_controller->clearDidJustSort();
 }
 
 void AssignmentTableView::contextMenuEvent(QContextMenuEvent *event)
@@ -163,6 +186,7 @@ void AssignmentTableView::contextMenuEvent(QContextMenuEvent *event)
 
 void AssignmentTableView::keyPressEvent(QKeyEvent *event)
 {
+    m_controller->commitPendingEdit();
     // Space on a row toggles its completion, as a click on the box does.
     if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) {
         const int row = m_controller->singleSelectedRow();

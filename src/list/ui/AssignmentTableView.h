@@ -26,16 +26,22 @@ Q_SIGNALS:
     void contextMenuWanted(const QPoint &globalPosition, bool onRow);
 
 protected:
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void doubleClicked();
+    bool doubleClickAdds() const;
     void onSectionResized(int section, int oldSize, int newSize);
     void onSectionMoved(int logical, int oldVisual, int newVisual);
     void updateSortIndicator();
 
     Controller *m_controller;
     bool m_applying = false;
+    // A double click below the rows adds once its button is released, after the view has handled
+    // the release (which would otherwise clear the new row's selection).
+    bool m_addOnRelease = false;
 };

@@ -13,6 +13,7 @@
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 
+#include <QAbstractItemDelegate>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -20,6 +21,7 @@
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -36,17 +38,8 @@ using namespace PreferenceKeys;
 using Sender = SidebarEditing::Sender;
 
 namespace {
-const QString ContactSeparator = QStringLiteral(", ");
 const QString TextbookIndent = QStringLiteral("    ");
 const QColor CoursesBackground = QColor::fromRgbF(0.858f, 0.898f, 0.941f, 1.0f);
-
-QString joined(const QVariantList &contacts)
-{
-    QStringList texts;
-    for (const QVariant &contact : contacts)
-        texts.append(contact.toString());
-    return texts.join(ContactSeparator);
-}
 } // namespace
 
 void DetailsSidebar::focusName()
@@ -170,7 +163,8 @@ void DetailsSidebar::connectEditors()
         connect(box, &QComboBox::activated, this, [this] { edit(Sender::Other); });
         connect(box->lineEdit(), &QLineEdit::editingFinished, this, [this] { edit(Sender::Other); });
     }
-    connect(f->completedCheckbox, &QCheckBox::clicked, this, [this] { edit(Sender::Other); });
+    // Toggled, not clicked: an assistive tool's toggle action ticks the box without a click.
+    connect(f->completedCheckbox, &QCheckBox::toggled, this, [this] { edit(Sender::Other); });
     connect(f->prioritySlider, &QSlider::valueChanged, this, [this] {
         if (!m_form->prioritySlider->isSliderDown())
             edit(Sender::Other);
@@ -203,11 +197,9 @@ void DetailsSidebar::connectEditors()
     });
 
     connect(f->addSubprojectButton, &QToolButton::clicked, this, [this] { m_controller->editing().addSubproject(); });
-    connect(f->removeSubprojectButton, &QToolButton::clicked, this, [this] {
-        const QModelIndex current = m_form->subprojectsTable->currentIndex();
-        if (current.isValid())
-            m_controller->editing().deleteSubproject(current.row());
-    });
+    // The remove button asks nothing; Del in the table asks as deleting from the list does.
+    connect(f->removeSubprojectButton, &QToolButton::clicked, this, [this] { deleteSelectedSubprojects(false); });
+    f->subprojectsTable->installEventFilter(this);
     connect(m_subprojects, &QAbstractItemModel::modelReset, this,
             [this] { m_form->removeSubprojectButton->setEnabled(false); });
     connect(m_form->subprojectsTable->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
@@ -236,13 +228,11 @@ SidebarValues DetailsSidebar::sidebarValues() const
                                                                               : double(f->prioritySlider->value());
     values.notes = f->notesField->toPlainText();
     values.contactsText = f->contactsField->text();
-    if (values.contactsText == m_shown.contactsText) {
-        values.contacts = m_shown.contacts;
-    } else {
-        for (const QString &token : values.contactsText.split(QLatin1Char(','), Qt::SkipEmptyParts))
-            if (!token.trimmed().isEmpty())
-                values.contacts.append(token.trimmed());
-    }
+    // Contact records are shown by name; they come back unchanged unless the line was edited, and
+    // then those whose names are still there.
+    values.contacts = values.contactsText == m_shown.contactsText
+        ? m_shown.contacts
+        : SidebarEditing::contactsFromText(values.contactsText, m_shown.contacts);
     values.file = f->filePicker->path();
     values.snapshot = m_shown.snapshot;
     return values;
@@ -284,7 +274,7 @@ void DetailsSidebar::setSidebarValues(const SidebarValues &values)
     f->prioritySlider->setValue(qRound(values.priority));
     if (f->notesField->toPlainText() != values.notes)
         f->notesField->setPlainText(values.notes);
-    const QString contacts = values.contacts.isEmpty() ? QString() : joined(values.contacts);
+    const QString contacts = SidebarEditing::contactsText(values.contacts);
     if (f->contactsField->text() != contacts)
         f->contactsField->setText(contacts);
     f->filePicker->setPath(values.file);
@@ -313,10 +303,61 @@ void DetailsSidebar::edit(Sender sender)
         focused->setFocus(Qt::OtherFocusReason);
 }
 
+void DetailsSidebar::commitPendingEdit()
+{
+    if (m_committing || m_filling || m_editing)
+        return;
+    m_committing = true;
+    QTableView *table = m_form->subprojectsTable;
+    QPointer<QWidget> editor = QApplication::focusWidget();
+    if (editor && editor != table && table->isAncestorOf(editor)) {
+        // An open cell: its editor is the viewport's child that holds the keyboard.
+        while (editor->parentWidget() && editor->parentWidget() != table->viewport())
+            editor = editor->parentWidget();
+        if (QAbstractItemDelegate *delegate = table->itemDelegateForIndex(table->currentIndex())) {
+            Q_EMIT delegate->commitData(editor);
+            if (editor)
+                Q_EMIT delegate->closeEditor(editor, QAbstractItemDelegate::NoHint);
+        }
+    }
+    const QWidget *focus = QApplication::focusWidget();
+    const bool inCourse = focus && (focus == m_form->courseField || m_form->courseField->isAncestorOf(focus));
+    edit(inCourse ? Sender::CourseField : Sender::Other);
+    m_committing = false;
+}
+
+QList<int> DetailsSidebar::selectedSubprojectRows() const
+{
+    QList<int> rows;
+    for (const QModelIndex &index : m_form->subprojectsTable->selectionModel()->selectedRows())
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+void DetailsSidebar::deleteSelectedSubprojects(bool ask)
+{
+    const QList<int> rows = selectedSubprojectRows();
+    if (!rows.isEmpty())
+        m_controller->editing().deleteSubprojects(rows, ask);
+}
+
 bool DetailsSidebar::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_form->notesField && event->type() == QEvent::FocusOut)
         edit(Sender::Other);
+    if (watched == m_form->subprojectsTable
+        && (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress)) {
+        // Del belongs to the table while it has the keyboard: it deletes subprojects, not the
+        // list's selection through the window's Delete command.
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_Delete && key->modifiers() == Qt::NoModifier) {
+            event->accept();
+            if (event->type() == QEvent::KeyPress)
+                deleteSelectedSubprojects(true);
+            return true;
+        }
+    }
     return QWidget::eventFilter(watched, event);
 }
 

@@ -42,7 +42,10 @@ public:
     void focusName();
 
     // Hands the editors' values to the list (the program loses focus, the window closes).
-    void commitEdit() { edit(SidebarEditing::Sender::None); }
+    void commitEdit() { commitPendingEdit(); }
+    // SidebarEditor: the field the keyboard is in, or an open cell of the subprojects table, is
+    // handed to the list as if the user had pressed Return in it.
+    void commitPendingEdit() override;
 
     // The window refresh: labels, the personal details and the courses box.
     void applyLabelsAndInformation();
@@ -56,6 +59,9 @@ private:
     void fillTypes(const QString &course);
     static void setChoices(class QComboBox *box, const QStringList &choices, const QString &text);
     void connectEditors();
+    // Del in the subprojects table: the selected subprojects, after asking as the list does.
+    void deleteSelectedSubprojects(bool ask);
+    QList<int> selectedSubprojectRows() const;
 
     Controller *m_controller;
     QStackedWidget *m_pages;
@@ -69,4 +75,5 @@ private:
     SidebarValues m_shown;
     bool m_filling = false;
     bool m_editing = false;
+    bool m_committing = false;
 };

@@ -27,7 +27,12 @@ FormatControl::FormatControl(QWidget *parent)
     }
     m_group->setExclusive(true);
     m_group->button(0)->setChecked(true);
-    connect(m_group, &QButtonGroup::idClicked, this, &FormatControl::formatChosen);
+    // A segment turned on by a click, the keyboard or an assistive tool's toggle action chooses its
+    // format; turning one on from the program does not.
+    connect(m_group, &QButtonGroup::idToggled, this, [this](int segment, bool on) {
+        if (on && !m_selecting)
+            Q_EMIT formatChosen(segment);
+    });
 }
 
 int FormatControl::selectedSegment() const
@@ -37,8 +42,11 @@ int FormatControl::selectedSegment() const
 
 void FormatControl::setSelectedSegment(int segment)
 {
-    if (QAbstractButton *button = m_group->button(segment))
+    if (QAbstractButton *button = m_group->button(segment)) {
+        m_selecting = true;
         button->setChecked(true);
+        m_selecting = false;
+    }
 }
 
 QToolButton *FormatControl::segmentButton(int segment) const

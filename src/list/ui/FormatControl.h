@@ -28,4 +28,5 @@ Q_SIGNALS:
 
 private:
     QButtonGroup *m_group;
+    bool m_selecting = false;
 };

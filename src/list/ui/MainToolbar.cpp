@@ -24,6 +24,21 @@ constexpr int SearchFieldWidth = 180;
 constexpr int SpaceWidth = 16;
 } // namespace
 
+namespace {
+// The toolbar shows an item's tool tip over the button it makes for it, but not over a control the
+// item carries (the search field, the format control): the control and its caption show it.
+void setControlToolTip(QAction *action, const QString &toolTip)
+{
+    auto *widgetAction = qobject_cast<QWidgetAction *>(action);
+    if (!widgetAction || !widgetAction->defaultWidget())
+        return;
+    QWidget *box = widgetAction->defaultWidget();
+    box->setToolTip(toolTip);
+    for (QWidget *child : box->findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
+        child->setToolTip(toolTip);
+}
+} // namespace
+
 MainToolbar::MainToolbar(QWidget *parent)
     : QToolBar(parent)
 {
@@ -114,6 +129,7 @@ QAction *MainToolbar::makeAction(const Item &item)
     action->setText(item.label);
     action->setIconText(item.label);
     action->setToolTip(item.toolTip);
+    setControlToolTip(action, item.toolTip);
     action->setObjectName(QStringLiteral("toolbarItem") + item.identifier);
     action->setData(item.identifier);
     return action;
@@ -269,6 +285,7 @@ void MainToolbar::setUnavailable(const QString &identifier, const QString &why)
     m_unavailable.insert(identifier, why);
     if (QAction *action = m_actions.value(identifier)) {
         action->setToolTip(why);
+        setControlToolTip(action, why);
         action->setEnabled(false);
     }
 }

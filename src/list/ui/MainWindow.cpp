@@ -271,6 +271,8 @@ void MainWindow::performToolbarItem(const QString &identifier)
         {FinalsCalc, Command::FinalsCalculator}, {GPACalc, Command::GPACalculator},
         {ExportToiCal, Command::ExportToiCal}, {ExportToText, Command::ExportToText},
     };
+    // A toolbar click takes no focus: the sidebar's edit in progress is handed over first.
+    m_controller->commitPendingEdit();
     if (identifier == SyncData) {
         // The toolbar's upload runs on a thread of its own; the window stays usable meanwhile.
         Syncing::sharedController()->syncData();
@@ -282,6 +284,9 @@ void MainWindow::performToolbarItem(const QString &identifier)
 
 void MainWindow::perform(Command command)
 {
+    // Menu shortcuts leave the keyboard where it is: the sidebar's edit in progress is handed to
+    // the list before any command acts on the list, exports it or uploads it.
+    m_controller->commitPendingEdit();
     switch (command) {
     case Command::Add:
         m_controller->editing().addAssignment();

@@ -26,6 +26,8 @@ namespace {
 const QString NonePlaceholder = QStringLiteral("none");
 const QString NotesPlaceholder = QStringLiteral("notes");
 const QString CameraNotAvailable = QStringLiteral("The camera is not available yet");
+// The snapshot button's title while the assignment has no snapshot.
+const QString NoSnapshotTitle = QStringLiteral("none");
 
 QComboBox *comboBox(const QString &name)
 {
@@ -138,7 +140,7 @@ QWidget *SidebarForm::buildSubprojects()
     subprojectsTable->setObjectName(QStringLiteral("subprojectsTable"));
     subprojectsTable->setAccessibleName(tr("Subprojects"));
     subprojectsTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    subprojectsTable->setSelectionMode(QAbstractItemView::SingleSelection);
+    subprojectsTable->setSelectionMode(QAbstractItemView::ExtendedSelection);
     subprojectsTable->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed
                                       | QAbstractItemView::AnyKeyPressed);
     subprojectsTable->verticalHeader()->hide();
@@ -190,6 +192,6 @@ void SidebarForm::showSnapshot(const QByteArray &tiff)
     if (!tiff.isEmpty())
         image.loadFromData(tiff);
     snapshotButton->setIcon(image.isNull() ? QIcon() : QIcon(image));
-    snapshotButton->setText(image.isNull() ? tr("No snapshot") : QString());
+    snapshotButton->setText(image.isNull() ? NoSnapshotTitle : QString());
     snapshotButton->setToolButtonStyle(image.isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
 }

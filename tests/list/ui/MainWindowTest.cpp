@@ -167,11 +167,17 @@ TEST(MainWindow, ADoubleClickAddsOnlyInTheEmptyAreaWithTheSettingOnAndNeverAfter
     const QPoint empty(40, viewport->height() - 10);
     const QPoint onRow = w.table()->visualRect(w.controller()->tableModel()->index(0, 1)).center();
 
-    QTest::mouseDClick(viewport, Qt::LeftButton, {}, empty);
-    EXPECT_EQ(w.controller()->allAssignments().size(), 2);
+    doubleClick(viewport, empty);
+    ASSERT_EQ(w.controller()->allAssignments().size(), 2);
+    // The new row is selected and open for its name, as the Add command leaves it.
+    const int added = w.controller()->singleSelectedRow();
+    ASSERT_GE(added, 0);
+    EXPECT_FALSE(w.controller()->displayAssignments()[added]->has("Name"));
+    EXPECT_EQ(w.window->sidebar()->page(), DetailsSidebar::AssignmentPage);
+    EXPECT_TRUE(w.form()->nameField->hasFocus());
 
     const int rows = int(w.controller()->allAssignments().size());
-    QTest::mouseDClick(viewport, Qt::LeftButton, {}, onRow);
+    doubleClick(viewport, onRow);
     EXPECT_EQ(w.controller()->allAssignments().size(), rows);
 
     // A header click sorts; the double click it is part of adds nothing.
@@ -185,7 +191,7 @@ TEST(MainWindow, ADoubleClickAddsOnlyInTheEmptyAreaWithTheSettingOnAndNeverAfter
 
     setGeneral(PreferenceKeys::GeneralKeys::DoubleClickCreates, false);
     w.controller()->clearSelection();
-    QTest::mouseDClick(viewport, Qt::LeftButton, {}, empty);
+    doubleClick(viewport, empty);
     EXPECT_EQ(w.controller()->allAssignments().size(), rows);
 }
 

@@ -67,6 +67,16 @@ struct Window {
     }
 };
 
+// What a mouse sends for a double click: press, release, press, the double click, release.
+inline void doubleClick(QWidget *widget, const QPoint &position)
+{
+    QTest::mouseClick(widget, Qt::LeftButton, {}, position);
+    QTest::mousePress(widget, Qt::LeftButton, {}, position);
+    QTest::mouseDClick(widget, Qt::LeftButton, {}, position);
+    QTest::mouseRelease(widget, Qt::LeftButton, {}, position);
+    QCoreApplication::processEvents();
+}
+
 // Preferences as a first start writes them, with "All" as the view.
 inline void freshPreferences()
 {

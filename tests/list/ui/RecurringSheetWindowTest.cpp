@@ -2,9 +2,11 @@
 #include "list/ui/DateEditor.h"
 #include "list/ui/MultipleAssignmentsSheet.h"
 #include "platform/Alerts.h"
+#include "platform/Paths.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFile>
 #include <QLineEdit>
 
 using namespace ListTest;
@@ -76,4 +78,32 @@ TEST(RecurringSheetWindow, AMonthlySeriesEndingOnADateUsesTheDayGrid)
     EXPECT_TRUE(store[0].toMap().value("Date").toString().startsWith("2026-12-15"));
     EXPECT_TRUE(store[1].toMap().value("Date").toString().startsWith("2027-01-15"));
     EXPECT_FALSE(store[0].toMap().contains("Name"));
+}
+
+TEST(RecurringSheetWindow, AnUnreadableStoreIsReportedAndLeftAsItIsWithTheSheetStillFilledIn)
+{
+    freshPreferences();
+    writeStore({});
+    Window w;
+    QFile file(Paths::assignmentsFile());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    const QByteArray broken("<?xml version=\"1.0\"?><plist><array><dict><key>Name");
+    file.write(broken);
+    file.close();
+
+    w.window->addMultiple();
+    MultipleAssignmentsSheet *sheet = w.window->recurringSheet();
+    sheet->nameField->setText("Reading %@");
+    sheet->startingDate->textField()->setText("11/23/2026");
+    sheet->weekMatrix[1]->setChecked(true);
+    sheet->numberOfOccurances->setText("2");
+    EXPECT_FALSE(sheet->addMultipleAssignments());
+    const QList<Alerts::Request> asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_FALSE(asked[0].title.isEmpty());
+    EXPECT_TRUE(asked[0].message.contains("could not be read")) << asked[0].message.toStdString();
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_EQ(sheet->nameField->text(), "Reading %@");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), broken);
 }

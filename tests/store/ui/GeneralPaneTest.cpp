@@ -62,8 +62,15 @@ TEST_F(GeneralPaneTest, SavingOnAnyChangeDropsSuperfluousVisualEffectsAndWritesT
     EXPECT_FALSE(UserDefaults().boolValue(SUCheckAtStartup));
     pane.findChild<QComboBox *>(QStringLiteral("defaultCalendarFormat"))->setCurrentIndex(2);
     EXPECT_EQ(general().value(DefaultCalendarFormat).toLongLong(), 2);
-    QTest::keyClicks(pane.findChild<QLineEdit *>(QStringLiteral("subprojectTitleFormat")), QStringLiteral("%s"));
+    auto *titleFormat = pane.findChild<QLineEdit *>(QStringLiteral("subprojectTitleFormat"));
+    titleFormat->selectAll();
+    QTest::keyClicks(titleFormat, QStringLiteral("%s"));
     EXPECT_EQ(general().value(SubprojectTitleFormat), QStringLiteral("%s"));
+    // An emptied format is stored empty: subprojects then show no title.
+    titleFormat->selectAll();
+    QTest::keyClick(titleFormat, Qt::Key_Backspace);
+    EXPECT_TRUE(general().contains(SubprojectTitleFormat));
+    EXPECT_EQ(general().value(SubprojectTitleFormat), QString());
 }
 
 TEST_F(GeneralPaneTest, ResetLeavesTheTransitionAloneAndRestoresTheRest)
