@@ -3,8 +3,11 @@
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "store/MainWindowSettings.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
+#include "store/ui/AssignmentWindowPane.h"
+#include "store/ui/ColorWell.h"
 #include "store/ui/PersonalInfoPane.h"
 #include "store/ui/PreferencesWindow.h"
 #include "store/ui/SyncingPaneHost.h"
@@ -205,4 +208,43 @@ TEST_F(PreferencesWindowTest, HostsARegisteredSyncingPaneWithoutOwningIt)
     EXPECT_EQ(closings, 2);
     window.reset(); // the shared pane outlives the window
     EXPECT_EQ(syncView->parent(), nullptr);
+}
+
+TEST_F(PreferencesWindowTest, ColourRowsFollowTheCoursesWhenTheWindowComesToTheFrontAndStaleRowsWriteNothing)
+{
+    const auto course = [](const QString &name) {
+        return QVariantMap{{QStringLiteral("Name"), name}, {QStringLiteral("Display Name"), name},
+                           {QStringLiteral("Type"), QStringLiteral("Course")}};
+    };
+    QDir().mkpath(Paths::dataFolder());
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), QVariantList{course(QStringLiteral("Math"))}));
+    UserDefaults().set(PreferenceKeys::ColorFormat, qint64(1));
+    UserDefaults().set(PreferenceKeys::LastShownPane, QStringLiteral("AssignmentWindow"));
+    auto window = open();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    auto *pane = qobject_cast<AssignmentWindowPane *>(window->currentView());
+    ASSERT_NE(pane, nullptr);
+    ASSERT_EQ(pane->shownCategoryRows(), 1);
+
+    // The courses change in another window; this one is brought to the front again.
+    QWidget other;
+    other.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(),
+                                        QVariantList{course(QStringLiteral("Math")), course(QStringLiteral("Art"))}));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    pane = qobject_cast<AssignmentWindowPane *>(window->currentView());
+    ASSERT_NE(pane, nullptr);
+    EXPECT_EQ(pane->shownCategoryRows(), 2);
+    ASSERT_NE(pane->well(QStringLiteral("Art")), nullptr);
+
+    // Renamed on disk with no activation in between: the old row's colour goes nowhere.
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(),
+                                        QVariantList{course(QStringLiteral("Math")), course(QStringLiteral("Arts"))}));
+    pane->well(QStringLiteral("Art"))->chooseColor(QColor(255, 0, 0));
+    EXPECT_TRUE(MainWindowSettings::colorText(QStringLiteral("Art")).isNull());
+    EXPECT_NE(pane->well(QStringLiteral("Arts")), nullptr);
+    pane->well(QStringLiteral("Arts"))->chooseColor(QColor(255, 0, 0));
+    EXPECT_EQ(MainWindowSettings::colorText(QStringLiteral("Arts")), QStringLiteral("NSCalibratedRGBColorSpace 1 0 0 1"));
 }
