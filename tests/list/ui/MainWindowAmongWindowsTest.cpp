@@ -1,6 +1,7 @@
 #include "list/ui/MainWindowTestSupport.h"
 
 #include "calculators/ui/GPACalculator.h"
+#include "calendar/ui/MiniCalendarWindow.h"
 #include "platform/Alerts.h"
 #include "store/ui/CoursesAndTextbooks.h"
 
@@ -70,6 +71,15 @@ TEST(MainWindowAmongWindows, ShortcutsTypedInAnotherWindowActThereAndNeverOnTheL
     gpa->close();
     EXPECT_EQ(storedNames(), (QStringList{"One", "Two"}));
 
+    // So does the date picker popped up over the list.
+    activate(w.window.get());
+    MiniCalendarWindow picker;
+    picker.popUp(w.window->mapToGlobal(QPoint(60, 60)), QDateTime(QDate(2026, 11, 22), QTime(9, 0)));
+    QTest::keyClick(&picker, Qt::Key_N, Qt::ControlModifier);
+    QTest::keyClick(&picker, Qt::Key_D, Qt::ControlModifier);
+    picker.close();
+    EXPECT_EQ(storedNames(), (QStringList{"One", "Two"}));
+
     // The commands still act while the main window is the one in front.
     activate(w.window.get());
     w.select("One");
@@ -130,9 +140,11 @@ TEST(MainWindowAmongWindows, ACourseRenameTypedJustBeforeClickingTheListReachesI
     EXPECT_EQ(w.controller()->allAssignments().first()->value(AssignmentKeys::Course).toString(), "Algebra");
     // The list's next save keeps the new name.
     w.window->perform(Command::Add);
-    for (const QVariant &value : readStore())
-        if (value.toMap().value("Name") == "Homework")
+    for (const QVariant &value : readStore()) {
+        if (value.toMap().value("Name") == "Homework") {
             EXPECT_EQ(value.toMap().value("Course").toString(), "Algebra");
+        }
+    }
 }
 
 TEST(MainWindowAmongWindows, ClosingTheMainWindowTakesTheQuitPathEvenWithOtherWindowsOpen)

@@ -545,9 +545,14 @@ TEST_F(CoursesWindowTest, TypingIsKeptWhenTheNextClickTakesNoFocus)
     notes->setFocus();
     QTest::keyClicks(notes, QStringLiteral("Lab on Fridays"));
     m_window->close();
-    for (const QVariant &record : fileArray(Paths::coursesFile()))
-        if (record.toMap().value(CourseKeys::Name) == QStringLiteral("Biology"))
+    bool found = false;
+    for (const QVariant &record : fileArray(Paths::coursesFile())) {
+        if (record.toMap().value(CourseKeys::Name) == QStringLiteral("Biology")) {
+            found = true;
             EXPECT_EQ(record.toMap().value(CourseKeys::Notes), QStringLiteral("Lab on Fridays"));
+        }
+    }
+    EXPECT_TRUE(found);
 }
 
 TEST_F(CoursesWindowTest, OpeningAgainAndAgainNeverMultipliesTextbooks)
