@@ -2,6 +2,7 @@
 
 #include "calculators/ui/GPACalculator.h"
 #include "calendar/ui/MiniCalendarWindow.h"
+#include "list/ui/SidebarPlacement.h"
 #include "platform/Alerts.h"
 #include "store/ui/CoursesAndTextbooks.h"
 
@@ -157,4 +158,18 @@ TEST(MainWindowAmongWindows, ClosingTheMainWindowTakesTheQuitPathEvenWithOtherWi
     activate(w.window.get());
     w.window->close();
     EXPECT_EQ(quit.count(), 1);
+}
+
+TEST(MainWindowAmongWindows, TheDetachedSidebarIsAWorkingWindowForTheListsShortcuts)
+{
+    freshPreferences();
+    writeStore({record("One")});
+    Window w;
+    w.window->perform(Command::DetachSidebar);
+    QWidget *panel = w.window->sidebarPlacement()->panel();
+    ASSERT_TRUE(panel->isVisible());
+    activate(panel);
+    w.select("One");
+    QTest::keyClick(panel, Qt::Key_D, Qt::ControlModifier);
+    EXPECT_EQ(storedNames(), (QStringList{"One", "One"}));
 }
