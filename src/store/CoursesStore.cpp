@@ -7,6 +7,7 @@
 #include "store/Assignment.h"
 #include "store/AssignmentStore.h"
 #include "store/PreferenceKeys.h"
+#include "store/TypeListEdits.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -46,39 +47,6 @@ QStringList stringsOf(const QVariantList &list)
     return strings;
 }
 
-// `after` is `before` with one edit made by the types table: a type added, removed or renamed, or
-// one type moved. The same edit made to `fresh`, a newer copy of the list; `fresh` unchanged when
-// the edit cannot be told or does not apply.
-QStringList sameEditOn(const QStringList &before, const QStringList &after, QStringList fresh)
-{
-    qsizetype first = 0;
-    while (first < before.size() && first < after.size() && before[first] == after[first])
-        ++first;
-    if (after.size() == before.size() + 1) {
-        fresh.insert(std::min(first == before.size() ? fresh.size() : first, fresh.size()), after[first]);
-    } else if (after.size() + 1 == before.size()) {
-        fresh.removeOne(before[first]);
-    } else if (after.size() == before.size() && first < before.size()) {
-        qsizetype last = before.size() - 1;
-        while (last > first && before[last] == after[last])
-            --last;
-        if (first == last) {
-            const qsizetype at = fresh.indexOf(before[first]);
-            if (at >= 0)
-                fresh[at] = after[first];
-            return fresh;
-        }
-        // A move: the type that left its place lands before the type that now follows it.
-        const QString moved = after[last] == before[first] ? before[first] : after[first];
-        const qsizetype to = after.indexOf(moved);
-        const QString next = to + 1 < after.size() ? after[to + 1] : QString();
-        if (!fresh.removeOne(moved))
-            return fresh;
-        const qsizetype at = to + 1 < after.size() ? fresh.indexOf(next) : -1;
-        fresh.insert(at >= 0 ? at : fresh.size(), moved);
-    }
-    return fresh;
-}
 } // namespace
 
 QString CourseKeys::field(int number)
@@ -512,7 +480,7 @@ bool CoursesStore::editUniversalTypes(const QStringList &types)
     QStringList result = types;
     if (stampOf(m_typesPath) != m_typesStamp) {
         qCInfo(lcStore) << "The universal types changed on disk; the edit is made to the new list";
-        result = sameEditOn(m_universalTypes, types, stringsOf(readArray(m_typesPath).value_or(QVariantList())));
+        result = TypeListEdits::sameEditOn(m_universalTypes, types, stringsOf(readArray(m_typesPath).value_or(QVariantList())));
     }
     m_universalTypes = result;
     QVariantList list;

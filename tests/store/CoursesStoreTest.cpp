@@ -9,6 +9,7 @@
 #include "store/CoursesStore.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
+#include "store/TypeListEdits.h"
 
 #include <QDir>
 #include <gtest/gtest.h>
@@ -301,4 +302,21 @@ TEST_F(CoursesStoreTest, AFileReplacedSinceItWasReadIsReloadedBeforeAnyChangeIsW
     ASSERT_TRUE(store.editUniversalTypes({QStringLiteral("Quiz"), QStringLiteral("New Type")}));
     EXPECT_EQ(PropertyList::readFile(Paths::universalTypesFile())->toList(),
               (QVariantList{QStringLiteral("Lab"), QStringLiteral("New Type")}));
+}
+
+TEST(TypeListEdits, AnEditOfAnOlderListIsMadeAgainOnTheNewerOne)
+{
+    using TypeListEdits::sameEditOn;
+    const QStringList before{"Quiz", "Lab", "Essay"};
+    const QStringList fresh{"Exam", "Lab", "Quiz"};
+    EXPECT_EQ(sameEditOn(before, {"Quiz", "Lab", "Essay", "New Type"}, fresh), (QStringList{"Exam", "Lab", "Quiz", "New Type"}));
+    EXPECT_EQ(sameEditOn(before, {"Lab", "Essay"}, fresh), (QStringList{"Exam", "Lab"}));
+    EXPECT_EQ(sameEditOn(before, {"Quiz", "Lab report", "Essay"}, fresh), (QStringList{"Exam", "Lab report", "Quiz"}));
+    // Quiz moved behind Essay (to the end), and Essay moved to the front.
+    EXPECT_EQ(sameEditOn(before, {"Lab", "Essay", "Quiz"}, fresh), (QStringList{"Exam", "Lab", "Quiz"}));
+    EXPECT_EQ(sameEditOn(before, {"Essay", "Quiz", "Lab"}, {"Lab", "Essay", "Quiz"}), (QStringList{"Lab", "Essay", "Quiz"}));
+    EXPECT_EQ(sameEditOn({"a", "b", "c"}, {"c", "a", "b"}, {"b", "c", "a"}), (QStringList{"b", "c", "a"}));
+    EXPECT_EQ(sameEditOn({"a", "b", "c", "d"}, {"c", "a", "b", "d"}, {"d", "a", "b", "c"}), (QStringList{"d", "c", "a", "b"}));
+    // Two renames at once are not one edit: the newer list stays as it is.
+    EXPECT_EQ(sameEditOn(before, {"X", "Y", "Essay"}, fresh), fresh);
 }
