@@ -356,10 +356,10 @@ void CoursesAndTextbooks::selectionChanged()
         // The form still shows the record selected before: its typing is saved to that record,
         // and then the new choice is selected again wherever saving moved it.
         const int chosen = rowAfterCommit(row);
-        if (chosen != row) {
+        // Saving selects the saved record again; the user's choice wins.
+        if (selectedRow() != chosen)
             reloadList(chosen);
-            row = chosen;
-        }
+        row = chosen;
     }
     if (row >= 0) {
         m_reloading = true;

@@ -172,3 +172,21 @@ TEST_F(CoursesWindowTest, OpeningAgainAndAgainNeverMultipliesTextbooks)
     }
     EXPECT_EQ(fileArray(Paths::coursesFile()).size(), 3);
 }
+
+TEST_F(CoursesWindowTest, ARenameStillInItsFieldIsSavedToItsOwnCourseWhenTheSelectionMoves)
+{
+    write(Paths::coursesFile(), {course(QStringLiteral("Math")), textbook(QStringLiteral("Calculus"), QStringLiteral("Math")),
+                                 course(QStringLiteral("Art"))});
+    open();
+    activate(m_window.get());
+    m_window->selectRow(0);
+    typeWithoutEnding(QStringLiteral("courseName"), QStringLiteral("Zoology"));
+    // The selection moves without the keyboard leaving the field (as a script or the main window's
+    // "show this course" would move it).
+    auto *list = child<QListView>(QStringLiteral("coursesTable"));
+    list->selectionModel()->setCurrentIndex(m_window->coursesModel()->index(2), QItemSelectionModel::ClearAndSelect);
+    EXPECT_EQ(displayNames(fileArray(Paths::coursesFile())),
+              (QStringList{QStringLiteral("Zoology"), QStringLiteral("  Calculus"), QStringLiteral("Art")}));
+    EXPECT_EQ(m_window->selectedRow(), 2);
+    EXPECT_EQ(child<QLineEdit>(QStringLiteral("courseName"))->text(), QStringLiteral("Art"));
+}
