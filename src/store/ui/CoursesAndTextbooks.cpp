@@ -422,7 +422,9 @@ void CoursesAndTextbooks::selectUniversalTypes()
     m_coursesTable->clearSelection();
     m_typesTable->setCurrentRow(0);
     m_reloading = false;
-    m_store.reload();
+    // The list beside the types shows the same reread files.
+    if (m_store.reloadIfChangedOnDisk())
+        reloadList(-1);
     m_typesPage->setTypes(m_store.universalTypes());
     m_selectedItem->setCurrentIndex(int(Page::Types));
     updateToolbar();
