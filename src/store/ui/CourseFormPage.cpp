@@ -3,9 +3,9 @@
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/DragRows.h"
+#include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
 #include "store/ui/TypesListModel.h"
-#include "store/ui/TypesTableEditing.h"
 #include "widgets/Icons.h"
 
 #include <QComboBox>
@@ -123,7 +123,7 @@ CourseFormPage::CourseFormPage(QWidget *parent)
         });
         field->installEventFilter(this);
     }
-    TypesTableEditing::onDeleteKey(m_typesTable, this, &CourseFormPage::removeType);
+    ListEditing::onDeleteKey(m_typesTable, this, &CourseFormPage::removeType);
     connect(m_addType, &QToolButton::clicked, this, &CourseFormPage::addType);
     connect(m_removeType, &QToolButton::clicked, this, &CourseFormPage::removeType);
     connect(m_types, &TypesListModel::typesEdited, this, &CourseFormPage::endEditing);
@@ -187,7 +187,7 @@ void CourseFormPage::endEditing()
 
 void CourseFormPage::commitPendingEdit()
 {
-    TypesTableEditing::commitOpenEditor(m_typesTable);
+    ListEditing::commitOpenEditor(m_typesTable);
     if (hasPendingTyping())
         endEditing();
 }
@@ -243,7 +243,7 @@ QString CourseFormPage::contactsText(const QVariantList &contacts) const
 
 void CourseFormPage::addType()
 {
-    TypesTableEditing::commitOpenEditor(m_typesTable);
+    ListEditing::commitOpenEditor(m_typesTable);
     const int row = m_types->addType();
     const QModelIndex index = m_types->index(row);
     m_typesTable->setCurrentIndex(index);
@@ -252,7 +252,7 @@ void CourseFormPage::addType()
 
 void CourseFormPage::removeType()
 {
-    TypesTableEditing::commitOpenEditor(m_typesTable);
+    ListEditing::commitOpenEditor(m_typesTable);
     const QModelIndex current = m_typesTable->currentIndex();
     if (current.isValid() && m_typesTable->selectionModel()->isSelected(current))
         m_types->removeType(current.row());

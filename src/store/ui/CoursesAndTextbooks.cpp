@@ -5,9 +5,9 @@
 #include "store/PreferenceKeys.h"
 #include "store/ui/CourseFormPage.h"
 #include "store/ui/CoursesListModel.h"
+#include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
 #include "store/ui/TextbookFormPage.h"
-#include "store/ui/TypesTableEditing.h"
 #include "store/ui/UniversalTypesPage.h"
 #include "widgets/Icons.h"
 
@@ -104,7 +104,7 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
     });
     connect(m_model, &CoursesListModel::courseDropped, this, &CoursesAndTextbooks::courseDropped);
     // Del in the list deletes the selected course or textbook, as the toolbar's Delete does.
-    TypesTableEditing::onDeleteKey(m_coursesTable, this, &CoursesAndTextbooks::deleteCourseOrTextbook);
+    ListEditing::onDeleteKey(m_coursesTable, this, &CoursesAndTextbooks::deleteCourseOrTextbook);
     connect(m_courseForm, &CourseFormPage::editingEnded, this, &CoursesAndTextbooks::courseEdited);
     connect(m_textbookForm, &TextbookFormPage::editingEnded, this, &CoursesAndTextbooks::textbookEdited);
     connect(m_typesPage, &UniversalTypesPage::typesEdited, this, &CoursesAndTextbooks::universalTypesEdited);

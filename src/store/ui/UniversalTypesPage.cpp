@@ -3,9 +3,9 @@
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/DragRows.h"
+#include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
 #include "store/ui/TypesListModel.h"
-#include "store/ui/TypesTableEditing.h"
 #include "widgets/Icons.h"
 
 #include <QHBoxLayout>
@@ -65,7 +65,7 @@ UniversalTypesPage::UniversalTypesPage(QWidget *parent)
             m_types->removeType(current.row());
     };
     connect(m_remove, &QToolButton::clicked, this, remove);
-    TypesTableEditing::onDeleteKey(m_table, this, remove);
+    ListEditing::onDeleteKey(m_table, this, remove);
     connect(m_types, &TypesListModel::typesEdited, this, [this] { Q_EMIT typesEdited(m_types->types()); });
     connect(m_types, &TypesListModel::typeMoved, this, [this](int row) { m_table->setCurrentIndex(m_types->index(row)); });
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -81,7 +81,7 @@ void UniversalTypesPage::setTypes(const QStringList &types)
 
 void UniversalTypesPage::commitPendingEdit()
 {
-    TypesTableEditing::commitOpenEditor(m_table);
+    ListEditing::commitOpenEditor(m_table);
 }
 
 QStringList UniversalTypesPage::types() const

@@ -3,10 +3,10 @@
 class QAbstractItemView;
 class QObject;
 
-// What the two types tables of the courses window share: a type being typed in its cell is handed
-// to the list before anything else happens (a click on a button that takes no focus leaves the cell
-// editor open), and Del removes the selected type.
-namespace TypesTableEditing {
+// What the lists of the courses window share: a type being typed in its cell is handed to the list
+// before anything else happens (a click on a button that takes no focus leaves the cell editor
+// open), and Del acts on the selected row (removes a type, deletes a course or textbook).
+namespace ListEditing {
 
 // Commits the text of the cell editor open in the view, if any, and closes the editor.
 void commitOpenEditor(QAbstractItemView *view);
@@ -15,14 +15,14 @@ void commitOpenEditor(QAbstractItemView *view);
 template<typename Receiver, typename Slot>
 void onDeleteKey(QAbstractItemView *view, Receiver *receiver, Slot remove);
 
-} // namespace TypesTableEditing
+} // namespace ListEditing
 
 #include <QAbstractItemView>
 #include <QAction>
 #include <QKeySequence>
 
 template<typename Receiver, typename Slot>
-void TypesTableEditing::onDeleteKey(QAbstractItemView *view, Receiver *receiver, Slot remove)
+void ListEditing::onDeleteKey(QAbstractItemView *view, Receiver *receiver, Slot remove)
 {
     auto *action = new QAction(view);
     action->setObjectName(view->objectName() + QStringLiteral("DeleteKey"));

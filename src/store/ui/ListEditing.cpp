@@ -1,8 +1,8 @@
-#include "store/ui/TypesTableEditing.h"
+#include "store/ui/ListEditing.h"
 
 #include <QAbstractItemDelegate>
 
-void TypesTableEditing::commitOpenEditor(QAbstractItemView *view)
+void ListEditing::commitOpenEditor(QAbstractItemView *view)
 {
     // A cell is edited at the current index; the tables set no index widgets of their own, so a
     // widget there is the cell editor.
