@@ -47,9 +47,14 @@ int Application::run()
 
 void Application::quit()
 {
+    // Closing the main window asks for the quit too; one quit is enough.
+    if (m_quitting)
+        return;
+    m_quitting = true;
     if (m_window)
         m_window->close();
     QApplication::quit();
+    m_quitting = false;
 }
 
 MainWindow &Application::window()

@@ -9,7 +9,7 @@
 class MainWindow;
 
 // The program's delegate: runs the start-up sequence, which builds and fills the main window, and
-// runs the quit path when the program ends (Quit command, window closed, SIGTERM or SIGINT).
+// runs the quit path when the program ends (Quit command, main window closed, SIGTERM or SIGINT).
 class Application : public QObject, public StartupHooks
 {
     Q_OBJECT
@@ -38,4 +38,5 @@ private:
     std::unique_ptr<MainWindow> m_window;
     bool m_restarting = false;
     bool m_quitChosenDuringStartup = false;
+    bool m_quitting = false;
 };

@@ -7,11 +7,16 @@
 #include "store/Assignment.h"
 #include "store/AssignmentStore.h"
 #include "store/PreferenceKeys.h"
+#include "store/TypeListEdits.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QSet>
 
 #include <algorithm>
+
+#include <sys/stat.h>
 
 Q_DECLARE_LOGGING_CATEGORY(lcStore)
 
@@ -33,6 +38,15 @@ std::optional<QVariantList> readArray(const QString &path)
     }
     return root->toList();
 }
+
+QStringList stringsOf(const QVariantList &list)
+{
+    QStringList strings;
+    for (const QVariant &value : list)
+        strings.append(value.toString());
+    return strings;
+}
+
 } // namespace
 
 QString CourseKeys::field(int number)
@@ -55,6 +69,7 @@ CoursesStore::CoursesStore(QString coursesPath, QString universalTypesPath, QStr
 
 bool CoursesStore::reload()
 {
+    ++m_reads;
     const auto combined = readArray(m_coursesPath);
     m_usable = combined.has_value();
     m_combined = combined.value_or(QVariantList());
@@ -68,10 +83,69 @@ bool CoursesStore::reload()
         }
     }
     const auto types = readArray(m_typesPath);
-    m_universalTypes.clear();
-    for (const QVariant &type : types.value_or(QVariantList()))
-        m_universalTypes.append(type.toString());
+    m_universalTypes = stringsOf(types.value_or(QVariantList()));
+    rememberStamps();
+    // Kept grouped in memory, so that a course's own textbooks are always the rows right after it.
+    regroup(m_combined);
     return m_usable;
+}
+
+std::optional<CoursesStore::FileStamp> CoursesStore::stampOf(const QString &path)
+{
+    struct stat info;
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return std::nullopt;
+    return FileStamp{qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
+                     quint64(info.st_ino)};
+}
+
+void CoursesStore::rememberStamps()
+{
+    m_coursesStamp = stampOf(m_coursesPath);
+    m_typesStamp = stampOf(m_typesPath);
+}
+
+bool CoursesStore::reloadIfChangedOnDisk()
+{
+    if (stampOf(m_coursesPath) == m_coursesStamp && stampOf(m_typesPath) == m_typesStamp)
+        return false;
+    qCInfo(lcStore) << "The courses or types changed on disk; reading them again before changing them";
+    reload();
+    return true;
+}
+
+int CoursesStore::findRecord(const QVariantMap &record, int preferredRow) const
+{
+    if (record.isEmpty())
+        return -1;
+    if (recordAt(preferredRow) == record)
+        return preferredRow;
+    if (const qsizetype same = m_combined.indexOf(record); same >= 0)
+        return int(same);
+    const bool course = isCourse(record);
+    for (int row = 0; row < m_combined.size(); ++row) {
+        const QVariantMap other = m_combined[row].toMap();
+        if (isCourse(other) == course && other.value(CourseKeys::Name) == record.value(CourseKeys::Name)
+            && (course || other.value(CourseKeys::Course) == record.value(CourseKeys::Course)))
+            return row;
+    }
+    return -1;
+}
+
+int CoursesStore::rowAfterRefresh(int row)
+{
+    const QVariantMap shown = recordAt(row);
+    if (!reloadIfChangedOnDisk())
+        return shown.isEmpty() ? -1 : row;
+    return findRecord(shown, row);
+}
+
+int CoursesStore::groupEnd(int courseRow) const
+{
+    int end = courseRow + 1;
+    while (end < m_combined.size() && !isCourse(m_combined[end].toMap()))
+        ++end;
+    return end;
 }
 
 QVariantMap CoursesStore::recordAt(int row) const
@@ -92,8 +166,8 @@ QStringList CoursesStore::getCoursesArray() const
         const QVariantMap record = value.toMap();
         if (!isCourse(record))
             continue;
-        names.append(record.contains(CourseKeys::Name) ? record.value(CourseKeys::Name).toString()
-                                                       : QStringLiteral(" "));
+        const QString name = record.value(CourseKeys::Name).toString();
+        names.append(name.isEmpty() ? QStringLiteral(" ") : name);
     }
     return names;
 }
@@ -135,9 +209,15 @@ void CoursesStore::regroup(QVariantList &combined)
     });
     QVariantList result;
     result.reserve(combined.size());
+    // Textbooks name their course by name only: where two courses share a name (two new, still
+    // unnamed courses, say), the textbooks go under the first of them, once.
+    QSet<QString> placed;
     for (const QVariant &course : courses) {
         result.append(course);
         const QString name = course.toMap().value(CourseKeys::Name).toString();
+        if (placed.contains(name))
+            continue;
+        placed.insert(name);
         for (const QVariant &textbook : others) {
             if (textbook.toMap().value(CourseKeys::Course).toString() == name)
                 result.append(textbook);
@@ -158,11 +238,14 @@ bool CoursesStore::saveData()
         qCWarning(lcStore) << "Not saving courses: the file on disk could not be read";
         return false;
     }
-    return AssignmentStore::writeFile(m_coursesPath, m_combined);
+    const bool written = AssignmentStore::writeFile(m_coursesPath, m_combined);
+    m_coursesStamp = stampOf(m_coursesPath);
+    return written;
 }
 
 int CoursesStore::addCourse()
 {
+    reloadIfChangedOnDisk();
     if (!m_usable)
         return -1;
     m_combined.append(QVariantMap{{CourseKeys::Name, QString()},
@@ -179,7 +262,7 @@ int CoursesStore::addCourse()
 
 int CoursesStore::addTextbook(int selectedRow)
 {
-    const QVariantMap selected = recordAt(selectedRow);
+    const QVariantMap selected = recordAt(rowAfterRefresh(selectedRow));
     if (!m_usable || selected.isEmpty())
         return -1;
     const QString course = isCourse(selected) ? selected.value(CourseKeys::Name).toString()
@@ -221,8 +304,20 @@ bool CoursesStore::renameInAssignments(const QString &key, const QString &from, 
 
 int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField)
 {
+    const bool wasCourse = isCourse(recordAt(row));
+    row = rowAfterRefresh(row);
+    if (!m_usable || !wasCourse)
+        return -1;
+    if (row < 0) {
+        // The course went from the file while its form was open: what was typed comes back as a
+        // course of its own rather than being lost.
+        m_combined.append(QVariantMap{{CourseKeys::Name, QString()},
+                                      {CourseKeys::DisplayName, CourseKeys::NewCourse},
+                                      {CourseKeys::Type, CourseKeys::CourseType}});
+        row = int(m_combined.size()) - 1;
+    }
     const QVariantMap old = recordAt(row);
-    if (!m_usable || !isCourse(old))
+    if (!isCourse(old))
         return -1;
     QVariantMap record{{CourseKeys::Name, form.name},
                        {CourseKeys::DisplayName, form.name.isEmpty() ? CourseKeys::NewCourse : form.name},
@@ -241,13 +336,16 @@ int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField
         record.insert(CourseKeys::Types, form.types);
 
     if (fromNameField && originalCourse != form.name) {
-        renameInAssignments(QStringLiteral("Course"), originalCourse, form.name);
-        for (QVariant &value : m_combined) {
-            QVariantMap textbook = value.toMap();
-            if (!isCourse(textbook) && textbook.value(CourseKeys::Course).toString() == originalCourse) {
-                textbook.insert(CourseKeys::Course, form.name);
-                value = textbook;
-            }
+        // A course that had no name yet was named: no assignment can have meant it, however many
+        // name no course at all.
+        if (!originalCourse.isEmpty())
+            renameInAssignments(QStringLiteral("Course"), originalCourse, form.name);
+        // The course's own textbooks are the rows right after it (another course of the same name
+        // keeps its own).
+        for (int i = row + 1, end = groupEnd(row); i < end; ++i) {
+            QVariantMap textbook = m_combined[i].toMap();
+            textbook.insert(CourseKeys::Course, form.name);
+            m_combined[i] = textbook;
         }
         saveData();
         originalCourse = form.name;
@@ -269,9 +367,17 @@ int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField
 
 int CoursesStore::editTextbook(int row, const TextbookForm &form, bool fromNameField)
 {
-    const QVariantMap old = recordAt(row);
-    if (!m_usable || old.isEmpty() || isCourse(old))
+    const QVariantMap shown = recordAt(row);
+    if (shown.isEmpty() || isCourse(shown))
         return -1;
+    row = rowAfterRefresh(row);
+    if (!m_usable)
+        return -1;
+    if (row < 0) {
+        // Gone from the file meanwhile: the textbook comes back under its course if that exists.
+        m_combined.append(shown);
+        row = int(m_combined.size()) - 1;
+    }
     QVariantMap record{{CourseKeys::Name, form.name},
                        {CourseKeys::DisplayName,
                         form.name.isEmpty() ? CourseKeys::NewTextbook : CourseKeys::Indent + form.name},
@@ -285,7 +391,10 @@ int CoursesStore::editTextbook(int row, const TextbookForm &form, bool fromNameF
         record.insert(CourseKeys::Notes, form.notes);
 
     if (fromNameField && originalTextbook != form.name) {
-        renameInAssignments(QStringLiteral("Textbook"), originalTextbook, form.name);
+        // Naming a new textbook renames nothing: "" is what every assignment without a textbook
+        // holds after a course change.
+        if (!originalTextbook.isEmpty())
+            renameInAssignments(QStringLiteral("Textbook"), originalTextbook, form.name);
         originalTextbook = form.name;
     }
     m_combined[row] = record;
@@ -304,15 +413,16 @@ bool CoursesStore::deleteCourseOrTextbook(int row)
         && !Alerts::askYesNo(WarningTitle, course ? DeleteCourseQuestion : DeleteTextbookQuestion))
         return false;
 
-    const QString name = record.value(CourseKeys::Name).toString();
-    m_combined.removeAt(row);
+    // Asked before looking at the file again: the answer is about the record the user saw.
+    row = rowAfterRefresh(row);
+    if (row < 0)
+        return false;
+    const QString name = m_combined[row].toMap().value(CourseKeys::Name).toString();
     if (course) {
-        for (qsizetype i = m_combined.size() - 1; i >= 0; --i) {
-            const QVariantMap other = m_combined[i].toMap();
-            if (!isCourse(other) && other.value(CourseKeys::Course).toString() == name)
-                m_combined.removeAt(i);
-        }
+        // The course's own textbooks, the rows right after it, go with it.
+        m_combined.erase(m_combined.begin() + row, m_combined.begin() + groupEnd(row));
     } else {
+        m_combined.removeAt(row);
         const QString owner = record.value(CourseKeys::Course).toString();
         for (QVariant &value : m_combined) {
             QVariantMap other = value.toMap();
@@ -339,6 +449,16 @@ void CoursesStore::moveInList(QStringList &list, int from, int dropRow)
 
 int CoursesStore::moveCourse(int from, int dropRow, int selectedRow)
 {
+    const QVariantMap dragged = recordAt(from);
+    const QVariantMap dropBefore = recordAt(dropRow);
+    const QVariantMap selectedRecord = recordAt(selectedRow);
+    if (reloadIfChangedOnDisk()) {
+        from = findRecord(dragged, from);
+        dropRow = dropBefore.isEmpty() ? int(m_combined.size()) : findRecord(dropBefore, dropRow);
+        if (dropRow < 0)
+            dropRow = int(m_combined.size());
+        selectedRow = findRecord(selectedRecord, selectedRow);
+    }
     if (!m_usable || from < 0 || from >= m_combined.size() || !isCourse(m_combined[from].toMap()))
         return -1;
     const QVariant selected = selectedRow >= 0 && selectedRow < m_combined.size() ? m_combined[selectedRow] : QVariant();
@@ -357,9 +477,16 @@ bool CoursesStore::editUniversalTypes(const QStringList &types)
         qCWarning(lcStore) << "Not saving universal types: the file on disk could not be read";
         return false;
     }
-    m_universalTypes = types;
+    QStringList result = types;
+    if (stampOf(m_typesPath) != m_typesStamp) {
+        qCInfo(lcStore) << "The universal types changed on disk; the edit is made to the new list";
+        result = TypeListEdits::sameEditOn(m_universalTypes, types, stringsOf(readArray(m_typesPath).value_or(QVariantList())));
+    }
+    m_universalTypes = result;
     QVariantList list;
-    for (const QString &type : types)
+    for (const QString &type : std::as_const(result))
         list.append(type);
-    return AssignmentStore::writeFile(m_typesPath, list);
+    const bool written = AssignmentStore::writeFile(m_typesPath, list);
+    m_typesStamp = stampOf(m_typesPath);
+    return written;
 }

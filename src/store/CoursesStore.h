@@ -58,12 +58,23 @@ public:
     // Rereads both files (missing files are empty arrays).
     bool reload();
     bool isUsable() const { return m_usable; }
+    // Rereads the files only if another window or program changed them since they were last read
+    // or written here. Returns whether anything was reread. Every change below does this first, so
+    // a window left open never writes an old copy back over newer data.
+    bool reloadIfChangedOnDisk();
+    // How many times the files were read: a window compares it around a change to learn that the
+    // list it shows was replaced.
+    quint64 readCount() const { return m_reads; }
+    // The row of a record of an earlier copy of the list: the same contents (preferring
+    // `preferredRow`), else the same type and name; -1 when it is gone.
+    int findRecord(const QVariantMap &record, int preferredRow) const;
 
     const QVariantList &getCombined() const { return m_combined; }
     QVariantMap recordAt(int row) const;
     static bool isCourse(const QVariantMap &record);
 
-    // Course names from the file on disk, in file order; a course without a name gives " ".
+    // Course names from the file on disk, in file order; a course without a name (or with an empty
+    // one) gives " ".
     QStringList getCoursesArray() const;
     // Names of the textbooks of one course, in combined order.
     QStringList textbooksOfCourse(const QString &course) const;
@@ -75,7 +86,9 @@ public:
     void updateCombinedArray();
     bool saveData();
 
-    // Each returns the row of the record afterwards (for selecting it), or -1.
+    // Each returns the row of the record afterwards (for selecting it), or -1. A row names the record
+    // shown at that row; when the file changed on disk meanwhile, the change is applied to that record
+    // in the fresh data (found again by its contents, else by its type and name).
     int addCourse();
     int addTextbook(int selectedRow);
     // Rebuilds the course at `row` from the form. With `fromNameField`, the course's old name
@@ -91,6 +104,8 @@ public:
     static void moveInList(QStringList &list, int from, int dropRow);
 
     QStringList universalTypes() const { return m_universalTypes; }
+    // `types` is the list as last read here with one edit made to it. When the file changed on disk
+    // meanwhile, that edit (an added, removed or renamed type) is made to the fresh list instead.
     bool editUniversalTypes(const QStringList &types);
 
     // The names a course or textbook had when it was selected, for renames.
@@ -98,8 +113,23 @@ public:
     QString originalTextbook;
 
 private:
+    // What tells a file rewritten by someone else from the one read here: an atomic write makes a
+    // new inode, and any write a new modification time.
+    struct FileStamp {
+        qint64 size = -1;
+        qint64 mtimeNs = 0;
+        quint64 inode = 0;
+        bool operator==(const FileStamp &) const = default;
+    };
+    static std::optional<FileStamp> stampOf(const QString &path);
     static void regroup(QVariantList &combined);
     bool renameInAssignments(const QString &key, const QString &from, const QString &to);
+    // The row that `row` named before a reload of changed files, or -1 when its record is gone.
+    int rowAfterRefresh(int row);
+    // The rows from `courseRow` + 1 up to the next course: the course's own textbooks.
+    int groupEnd(int courseRow) const;
+    void rememberStamps();
+
 
     QString m_coursesPath;
     QString m_typesPath;
@@ -107,4 +137,7 @@ private:
     QVariantList m_combined;
     QStringList m_universalTypes;
     bool m_usable = true;
+    std::optional<FileStamp> m_coursesStamp;
+    std::optional<FileStamp> m_typesStamp;
+    quint64 m_reads = 0;
 };

@@ -9,6 +9,7 @@
 #include "store/CoursesStore.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
+#include "store/TypeListEdits.h"
 
 #include <QDir>
 #include <gtest/gtest.h>
@@ -95,7 +96,7 @@ TEST_F(CoursesStoreTest, RenamingACoursePropagatesExactlyToAssignmentsAndTextboo
     store.originalCourse = QStringLiteral("Mathematics");
     store.editCourse(0, form, true);
     EXPECT_EQ(store.recordAt(0).value(CourseKeys::DisplayName).toString(), QStringLiteral("New Course"));
-    EXPECT_EQ(store.getCoursesArray(), QStringList{QStringLiteral("")});
+    EXPECT_EQ(store.getCoursesArray(), QStringList{QStringLiteral(" ")});
     QVariantList noName{QVariantMap{{CourseKeys::Type, CourseKeys::CourseType}}};
     writeCombined(noName);
     EXPECT_EQ(store.getCoursesArray(), QStringList{QStringLiteral(" ")});
@@ -204,4 +205,118 @@ TEST_F(CoursesStoreTest, AnUnreadableCoursesFileIsLeftAlone)
     EXPECT_EQ(store.addCourse(), -1);
     store.updateCombinedArray();
     EXPECT_EQ(TestEnvironment::readFile(Paths::coursesFile()), QByteArray("garbage"));
+}
+
+TEST_F(CoursesStoreTest, CoursesOfOneNameKeepTheirTextbooksOnceHoweverOftenRegrouped)
+{
+    const QVariantMap unnamed{{CourseKeys::Name, QString()},
+                              {CourseKeys::DisplayName, CourseKeys::NewCourse},
+                              {CourseKeys::Type, CourseKeys::CourseType}};
+    writeCombined({unnamed, unnamed, textbook(QString(), QString()), course(QStringLiteral("Math")),
+                   textbook(QStringLiteral("Calculus"), QStringLiteral("Math")), course(QStringLiteral("Math"))});
+    for (int opening = 0; opening < 3; ++opening) {
+        CoursesStore store;
+        store.updateCombinedArray();
+    }
+    CoursesStore store;
+    EXPECT_EQ(names(store), (QStringList{QStringLiteral("New Course"), QStringLiteral("  "), QStringLiteral("New Course"),
+                                         QStringLiteral("Math"), QStringLiteral("  Calculus"), QStringLiteral("Math")}));
+    // Adding a textbook to the second unnamed course adds exactly one record.
+    const int row = store.addTextbook(2);
+    ASSERT_GE(row, 0);
+    EXPECT_EQ(store.getCombined().size(), 7);
+    store.updateCombinedArray();
+    EXPECT_EQ(store.getCombined().size(), 7);
+}
+
+TEST_F(CoursesStoreTest, NamingANewCourseOrTextbookRenamesNoAssignment)
+{
+    const QVariantList assignments{
+        QVariantMap{{QStringLiteral("Name"), QStringLiteral("a")}, {QStringLiteral("Course"), QStringLiteral("Math")},
+                    {QStringLiteral("Textbook"), QString()}},
+        QVariantMap{{QStringLiteral("Name"), QStringLiteral("b")}, {QStringLiteral("Course"), QStringLiteral("Art")},
+                    {QStringLiteral("Textbook"), QString()}},
+        QVariantMap{{QStringLiteral("Name"), QStringLiteral("c")}, {QStringLiteral("Course"), QString()}}};
+    ASSERT_TRUE(AssignmentStore::writeFile(Paths::assignmentsFile(), assignments));
+    const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
+    writeCombined({course(QStringLiteral("Math"))});
+    CoursesStore store;
+    const int textbookRow = store.addTextbook(0);
+    store.originalTextbook = store.recordAt(textbookRow).value(CourseKeys::Name).toString();
+    CoursesStore::TextbookForm textbookForm;
+    textbookForm.name = QStringLiteral("Calculus");
+    textbookForm.course = QStringLiteral("Math");
+    ASSERT_GE(store.editTextbook(textbookRow, textbookForm, true), 0);
+
+    const int courseRow = store.addCourse();
+    store.originalCourse = QString();
+    const int bookRow = store.addTextbook(courseRow);
+    CoursesStore::CourseForm courseForm;
+    courseForm.name = QStringLiteral("Physics");
+    const int renamed = store.editCourse(courseRow, courseForm, true);
+    ASSERT_GE(renamed, 0);
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
+    // The new course's own textbook still goes with it.
+    Q_UNUSED(bookRow)
+    EXPECT_EQ(store.textbooksOfCourse(QStringLiteral("Physics")), QStringList{QString()});
+    EXPECT_EQ(store.textbooksOfCourse(QStringLiteral("Math")), QStringList{QStringLiteral("Calculus")});
+}
+
+TEST_F(CoursesStoreTest, AFileReplacedSinceItWasReadIsReloadedBeforeAnyChangeIsWritten)
+{
+    writeCombined({course(QStringLiteral("Old")), textbook(QStringLiteral("Old Book"), QStringLiteral("Old")),
+                   course(QStringLiteral("Math"))});
+    CoursesStore store;
+    QVariantMap general = UserDefaults().dictionary(PreferenceKeys::General);
+    general.insert(PreferenceKeys::GeneralKeys::DisplayWarningMessages, false);
+    UserDefaults().set(PreferenceKeys::General, general);
+
+    // Everything deleted from elsewhere: a new course joins the empty list.
+    writeCombined({});
+    EXPECT_EQ(store.addCourse(), 0);
+    EXPECT_EQ(names(store), QStringList{QStringLiteral("New Course")});
+    EXPECT_EQ(PropertyList::readFile(Paths::coursesFile())->toList(), store.getCombined());
+
+    // Replaced by an import: an edit of a course that is still there lands on the imported record.
+    QVariantMap unnamed = course(QString());
+    unnamed.insert(CourseKeys::DisplayName, CourseKeys::NewCourse);
+    writeCombined({course(QStringLiteral("Art")), unnamed});
+    CoursesStore::CourseForm form;
+    form.fields[0] = QStringLiteral("4 units");
+    ASSERT_GE(store.editCourse(0, form, false), 0);
+    const QVariantList afterEdit = PropertyList::readFile(Paths::coursesFile())->toList();
+    ASSERT_EQ(afterEdit.size(), 2);
+    EXPECT_EQ(afterEdit[0].toMap().value(CourseKeys::Name).toString(), QStringLiteral("Art"));
+    EXPECT_EQ(afterEdit[1].toMap().value(CourseKeys::field(1)).toString(), QStringLiteral("4 units"));
+
+    // Deleting a row whose record has gone deletes nothing else.
+    writeCombined({course(QStringLiteral("Art")), course(QStringLiteral("Music"))});
+    store.deleteCourseOrTextbook(1);
+    const QVariantList afterDelete = PropertyList::readFile(Paths::coursesFile())->toList();
+    EXPECT_EQ(afterDelete, (QVariantList{course(QStringLiteral("Art")), course(QStringLiteral("Music"))}));
+    EXPECT_EQ(store.getCombined(), afterDelete);
+
+    // The universal types: an added type joins what is on disk now.
+    ASSERT_TRUE(store.editUniversalTypes({QStringLiteral("Quiz")}));
+    ASSERT_TRUE(PropertyList::writeFile(Paths::universalTypesFile(), QVariantList{QStringLiteral("Lab")}));
+    ASSERT_TRUE(store.editUniversalTypes({QStringLiteral("Quiz"), QStringLiteral("New Type")}));
+    EXPECT_EQ(PropertyList::readFile(Paths::universalTypesFile())->toList(),
+              (QVariantList{QStringLiteral("Lab"), QStringLiteral("New Type")}));
+}
+
+TEST(TypeListEdits, AnEditOfAnOlderListIsMadeAgainOnTheNewerOne)
+{
+    using TypeListEdits::sameEditOn;
+    const QStringList before{"Quiz", "Lab", "Essay"};
+    const QStringList fresh{"Exam", "Lab", "Quiz"};
+    EXPECT_EQ(sameEditOn(before, {"Quiz", "Lab", "Essay", "New Type"}, fresh), (QStringList{"Exam", "Lab", "Quiz", "New Type"}));
+    EXPECT_EQ(sameEditOn(before, {"Lab", "Essay"}, fresh), (QStringList{"Exam", "Lab"}));
+    EXPECT_EQ(sameEditOn(before, {"Quiz", "Lab report", "Essay"}, fresh), (QStringList{"Exam", "Lab report", "Quiz"}));
+    // Quiz moved behind Essay (to the end), and Essay moved to the front.
+    EXPECT_EQ(sameEditOn(before, {"Lab", "Essay", "Quiz"}, fresh), (QStringList{"Exam", "Lab", "Quiz"}));
+    EXPECT_EQ(sameEditOn(before, {"Essay", "Quiz", "Lab"}, {"Lab", "Essay", "Quiz"}), (QStringList{"Lab", "Essay", "Quiz"}));
+    EXPECT_EQ(sameEditOn({"a", "b", "c"}, {"c", "a", "b"}, {"b", "c", "a"}), (QStringList{"b", "c", "a"}));
+    EXPECT_EQ(sameEditOn({"a", "b", "c", "d"}, {"c", "a", "b", "d"}, {"d", "a", "b", "c"}), (QStringList{"d", "c", "a", "b"}));
+    // Two renames at once are not one edit: the newer list stays as it is.
+    EXPECT_EQ(sameEditOn(before, {"X", "Y", "Essay"}, fresh), fresh);
 }

@@ -99,8 +99,13 @@ QAction *MainMenus::add(QMenu *menu, Command command, const QString &title, cons
         action->setShortcut(shortcut);
     if (!themeIcon.isEmpty())
         action->setIcon(QIcon::fromTheme(themeIcon));
-    // Shortcuts work while the detached sidebar has the keyboard too.
-    action->setShortcutContext(Qt::ApplicationShortcut);
+    // A shortcut typed in another window (the courses window, a calculator) is that window's: the
+    // list's commands answer only in the main window and the windows it lends them to. Commands that
+    // only open a window or quit work from every window, as the other windows have no menus.
+    static const QList<Command> everywhere{Command::Quit, Command::Preferences, Command::AssignmentsWindow,
+                                           Command::CoursesWindow, Command::GPACalculator,
+                                           Command::FinalsCalculator, Command::About};
+    action->setShortcutContext(everywhere.contains(command) ? Qt::ApplicationShortcut : Qt::WindowShortcut);
     m_window->addAction(action);
     connect(action, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });
     m_actions.insert(command, action);
@@ -118,7 +123,9 @@ void MainMenus::applyLabels()
 bool MainMenus::isEnabled(const QString &title, const State &state)
 {
     const bool key = state.workingWindowKey;
-    if (title == DeleteTitle || title == EmailTitle || title == DuplicateTitle || title == DetailsTitle
+    if (title == DeleteTitle)
+        return key && state.selectedRows > 0 && !state.subprojectsHaveKeyboard;
+    if (title == EmailTitle || title == DuplicateTitle || title == DetailsTitle
         || title == NotesTitle)
         return key && state.selectedRows > 0;
     if (title == SubprojectsTitle)

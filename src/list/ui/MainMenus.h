@@ -12,7 +12,8 @@ class QMenuBar;
 
 // The main window's menu bar: every command with its standard shortcut, and the rules that enable
 // each item just before a menu opens. An item's rule is found by its title, so items with the same
-// title in any menu follow the same rule.
+// title in any menu follow the same rule. The shortcuts act only while the main window (or a window
+// the owner adds them to, such as the detached sidebar) is the active window.
 class MainMenus : public QObject
 {
     Q_OBJECT
@@ -56,6 +57,8 @@ public:
         int rows = 0;
         int enabledSidebarTabs = 2;
         int formatIndex = 0;
+        // The keyboard is in the sidebar's subprojects table, where Del belongs to the table.
+        bool subprojectsHaveKeyboard = false;
     };
 
     MainMenus(QMainWindow *window, QMenuBar *bar);

@@ -67,6 +67,8 @@ MainWindow::MainWindow(QWidget *parent)
 
 MainWindow::~MainWindow()
 {
+    // Focus moves while the widgets go; the application must not call back into this window then.
+    disconnect(qApp, nullptr, this, nullptr);
     // The controller outlives the widgets that registered with it; it must not call them.
     m_controller->setSidebar(nullptr);
     m_controller->setToolbar(nullptr);
@@ -128,7 +130,14 @@ void MainWindow::buildCentralArea()
     connect(m_toolbar, &MainToolbar::searchScopeChosen, m_controller, &Controller::setSearchSpecifications);
     connect(m_toolbar, &MainToolbar::formatChosen, this, &MainWindow::setFormatView);
     connect(m_toolbar, &MainToolbar::customizationFinished, this, &MainWindow::validateCommands);
-    connect(m_menus, &MainMenus::triggered, this, &MainWindow::perform);
+    // The detached sidebar is a working window too: the list's shortcuts answer there.
+    m_placement->panel()->addActions(actions());
+    connect(m_menus, &MainMenus::triggered, this, [this](Command command) {
+        // Checked again at the moment it comes: only while a working window is in front.
+        validateCommands();
+        if (m_menus->action(command)->isEnabled())
+            perform(command);
+    });
     connect(m_menus, &MainMenus::aboutToValidate, this, &MainWindow::validateCommands);
     connect(m_table, &AssignmentTableView::addRequested, this, [this] { perform(Command::Add); });
     connect(m_table, &AssignmentTableView::contextMenuWanted, this, &MainWindow::showContextMenu);
@@ -145,6 +154,9 @@ void MainWindow::connectController()
         m_menus->applyLabels();
         validateCommands();
     });
+    // Which window is in front, and where the keyboard is, decide what the commands may do.
+    connect(qApp, &QApplication::focusChanged, this, &MainWindow::validateCommands);
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::validateCommands);
     // The program losing the focus hands the sidebar's edit in progress to the list.
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
         if (state != Qt::ApplicationActive)
@@ -201,6 +213,8 @@ bool MainWindow::event(QEvent *event)
 {
     if (event->type() == QEvent::WindowActivate)
         refresh();
+    else if (event->type() == QEvent::WindowDeactivate)
+        validateCommands();
     return QMainWindow::event(event);
 }
 
@@ -210,6 +224,10 @@ void MainWindow::closeEvent(QCloseEvent *event)
         m_sidebar->commitEdit();
     m_placement->panel()->hide();
     QMainWindow::closeEvent(event);
+    // The Window menu that brings the list back lives on this window: closing it ends the program,
+    // through the same quit path as the Quit command.
+    if (event->isAccepted())
+        Q_EMIT quitRequested();
 }
 
 // --- validation --------------------------------------------------------------------------------------
@@ -232,6 +250,9 @@ MainMenus::State MainWindow::menuState() const
     state.rows = m_controller->tableModel()->rowCount();
     state.enabledSidebarTabs = m_sidebar->enabledTabCount();
     state.formatIndex = m_formats->currentIndex();
+    const QWidget *focus = QApplication::focusWidget();
+    const QWidget *subprojects = m_sidebar->form()->subprojectsTable;
+    state.subprojectsHaveKeyboard = focus && (focus == subprojects || subprojects->isAncestorOf(focus));
     return state;
 }
 

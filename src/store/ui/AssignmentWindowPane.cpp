@@ -107,9 +107,7 @@ AssignmentWindowPane::AssignmentWindowPane(QWidget *parent)
         auto [well, label] = addWell(1 + row / 2, row % 2, QStringLiteral("categoryWell%1").arg(row + 1));
         m_rowWells.append(well);
         m_rowLabels.append(label);
-        connect(well, &ColorWell::colorChosen, this, [this, label](const QString &text) {
-            MainWindowSettings::setColorText(label->text(), text);
-        });
+        connect(well, &ColorWell::colorChosen, this, [this, row](const QString &text) { storeCategoryColor(row, text); });
     }
     colorsLayout->addLayout(grid);
     layout->addWidget(colors);
@@ -127,6 +125,12 @@ AssignmentWindowPane::AssignmentWindowPane(QWidget *parent)
     });
 
     fillColumns();
+    fillColors();
+    updateLabels();
+}
+
+void AssignmentWindowPane::fillColors()
+{
     m_filling = true;
     m_colorFormat->setCurrentIndex(std::clamp(MainWindowSettings::colorFormat(), 0, 3));
     m_filling = false;
@@ -135,7 +139,25 @@ AssignmentWindowPane::AssignmentWindowPane(QWidget *parent)
     m_completed->setColorText(MainWindowSettings::colorText(ColorKeys::Completed),
                               MainWindowSettings::fallbackColor(ColorKeys::Completed));
     showCategoryRows();
-    updateLabels();
+}
+
+void AssignmentWindowPane::reloadFromSettings()
+{
+    fillColumns();
+    fillColors();
+}
+
+void AssignmentWindowPane::storeCategoryColor(int row, const QString &text)
+{
+    const QString label = m_rowLabels.value(row)->text();
+    const QStringList current = MainWindowSettings::categoryRows(m_colorFormat->currentIndex());
+    if (row >= m_shownRows || current.value(row) != label) {
+        // The courses or types changed since the rows were shown: the colour would go to a name
+        // that is no longer (or no longer at this place) in the list.
+        showCategoryRows();
+        return;
+    }
+    MainWindowSettings::setColorText(label, text);
 }
 
 void AssignmentWindowPane::updateLabels()

@@ -20,6 +20,9 @@ public:
     explicit AssignmentWindowPane(QWidget *parent = nullptr);
 
     void updateLabels() override;
+    // The columns, the colours and the category rows afresh (the courses and types may have been
+    // changed in their own window, the columns by dragging in the main window).
+    void reloadFromSettings() override;
 
     // Writes the shown columns and their ordering from the check boxes.
     void saveColumns();
@@ -34,6 +37,10 @@ public:
 
 private:
     void fillColumns();
+    void fillColors();
+    // A chosen colour for a category row, stored only if the row still names a category of the
+    // current files; a stale row is replaced by the fresh rows instead.
+    void storeCategoryColor(int row, const QString &text);
 
     QHash<QString, QCheckBox *> m_columns;
     QPushButton *m_resetColumns;

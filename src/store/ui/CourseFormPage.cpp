@@ -3,12 +3,14 @@
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/DragRows.h"
+#include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
 #include "store/ui/TypesListModel.h"
 #include "widgets/Icons.h"
 
 #include <QComboBox>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -17,6 +19,8 @@
 #include <QPlainTextEdit>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 const QString NamePlaceholder = QStringLiteral("name");
@@ -59,14 +63,12 @@ CourseFormPage::CourseFormPage(QWidget *parent)
     auto *form = new QFormLayout;
     form->setLabelAlignment(Qt::AlignRight);
     addNumberedFields(form, QStringLiteral("courseField"), 6, m_fields, m_fieldCaptions);
-    for (QLineEdit *field : std::as_const(m_fields))
-        connect(field, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(false); });
     m_defaultTextbook = named(new QComboBox, QStringLiteral("courseDefaultTextbook"), QString());
     m_defaultTextbookCaption = new QLabel;
     m_defaultTextbookCaption->setObjectName(QStringLiteral("courseDefaultTextbookCaption"));
     m_defaultTextbookCaption->setBuddy(m_defaultTextbook);
     form->addRow(m_defaultTextbookCaption, m_defaultTextbook);
-    connect(m_defaultTextbook, &QComboBox::activated, this, [this] { Q_EMIT editingEnded(false); });
+    connect(m_defaultTextbook, &QComboBox::activated, this, &CourseFormPage::endEditing);
 
     m_contacts = named(new QLineEdit, QStringLiteral("addressBookField"), ContactsCaption);
     m_contacts->setPlaceholderText(ContactsPlaceholder);
@@ -74,7 +76,6 @@ CourseFormPage::CourseFormPage(QWidget *parent)
     contactsCaption->setObjectName(QStringLiteral("addressBookFieldCaption"));
     contactsCaption->setBuddy(m_contacts);
     form->addRow(contactsCaption, m_contacts);
-    connect(m_contacts, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(false); });
     layout->addLayout(form);
 
     m_notes = named(new QPlainTextEdit, QStringLiteral("courseNotes"), NotesPlaceholder);
@@ -111,10 +112,21 @@ CourseFormPage::CourseFormPage(QWidget *parent)
     buttons->addStretch();
     layout->addLayout(buttons);
 
-    connect(m_name, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(true); });
+    // Every text field hands its typing on when it ends editing, and also as soon as the keyboard is
+    // about to leave it: that is before another window becomes active and rereads the files.
+    QList<QLineEdit *> texts = m_fields;
+    texts << m_name << m_contacts;
+    for (QLineEdit *field : std::as_const(texts)) {
+        connect(field, &QLineEdit::editingFinished, this, [this] {
+            if (hasPendingTyping())
+                endEditing();
+        });
+        field->installEventFilter(this);
+    }
+    ListEditing::onDeleteKey(m_typesTable, this, &CourseFormPage::removeType);
     connect(m_addType, &QToolButton::clicked, this, &CourseFormPage::addType);
     connect(m_removeType, &QToolButton::clicked, this, &CourseFormPage::removeType);
-    connect(m_types, &TypesListModel::typesEdited, this, [this] { Q_EMIT editingEnded(false); });
+    connect(m_types, &TypesListModel::typesEdited, this, &CourseFormPage::endEditing);
     connect(m_types, &TypesListModel::typeMoved, this,
             [this](int row) { m_typesTable->setCurrentIndex(m_types->index(row)); });
     connect(m_typesTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -148,8 +160,36 @@ void CourseFormPage::fill(const QVariantMap &record, const QStringList &textbook
     m_contactsShown = contactsText(m_contactTokens);
     m_contacts->setText(m_contactsShown);
     m_notes->setPlainText(record.value(CourseKeys::Notes).toString());
+    m_notes->document()->setModified(false);
     m_types->setTypes(record.value(CourseKeys::Types).toStringList());
     setTextbookChoices(textbooks, record.value(CourseKeys::DefaultTextbook).toString());
+}
+
+bool CourseFormPage::hasPendingTyping() const
+{
+    if (m_name->isModified() || m_contacts->isModified() || m_notes->document()->isModified())
+        return true;
+    return std::any_of(m_fields.cbegin(), m_fields.cend(), [](const QLineEdit *field) { return field->isModified(); });
+}
+
+void CourseFormPage::endEditing()
+{
+    // A rename is any change of the name since the last save, whichever control ends the edit:
+    // saved as a plain edit it would leave the assignments and textbooks on the old name.
+    const bool renamed = m_name->isModified();
+    m_name->setModified(false);
+    m_contacts->setModified(false);
+    for (QLineEdit *field : std::as_const(m_fields))
+        field->setModified(false);
+    m_notes->document()->setModified(false);
+    Q_EMIT editingEnded(renamed);
+}
+
+void CourseFormPage::commitPendingEdit()
+{
+    ListEditing::commitOpenEditor(m_typesTable);
+    if (hasPendingTyping())
+        endEditing();
 }
 
 void CourseFormPage::setTextbookChoices(const QStringList &textbooks, const QString &selected)
@@ -203,6 +243,7 @@ QString CourseFormPage::contactsText(const QVariantList &contacts) const
 
 void CourseFormPage::addType()
 {
+    ListEditing::commitOpenEditor(m_typesTable);
     const int row = m_types->addType();
     const QModelIndex index = m_types->index(row);
     m_typesTable->setCurrentIndex(index);
@@ -211,6 +252,7 @@ void CourseFormPage::addType()
 
 void CourseFormPage::removeType()
 {
+    ListEditing::commitOpenEditor(m_typesTable);
     const QModelIndex current = m_typesTable->currentIndex();
     if (current.isValid() && m_typesTable->selectionModel()->isSelected(current))
         m_types->removeType(current.row());
@@ -218,9 +260,10 @@ void CourseFormPage::removeType()
 
 bool CourseFormPage::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_notes && event->type() == QEvent::FocusOut && m_notes->document()->isModified()) {
-        m_notes->document()->setModified(false);
-        Q_EMIT editingEnded(false);
-    }
+    const bool leaving = event->type() == QEvent::FocusOut
+        || (event->type() == QEvent::FocusAboutToChange
+            && static_cast<QFocusEvent *>(event)->reason() != Qt::PopupFocusReason);
+    if (leaving && watched->isWidgetType() && isAncestorOf(static_cast<QWidget *>(watched)) && hasPendingTyping())
+        endEditing();
     return QWidget::eventFilter(watched, event);
 }

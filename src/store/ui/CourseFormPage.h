@@ -25,18 +25,25 @@ public:
     // Rebuilds the default-textbook pop-up ("none", then the textbooks), keeping the choice.
     void setTextbookChoices(const QStringList &textbooks, const QString &selected);
     CoursesStore::CourseForm form() const;
+    // Typing not yet handed on (no Return, no focus change, a cell editor still open) is handed on
+    // now, through editingEnded. Everything that reselects, reloads or saves calls this first.
+    void commitPendingEdit();
     // Captions from the user's labels, in lower case.
     void updateLabels();
     QLineEdit *nameField() const { return m_name; }
 
 Q_SIGNALS:
-    // A field ended editing (or the pop-up or the types changed): the course is to be saved.
+    // A field ended editing (or the pop-up or the types changed): the course is to be saved. With
+    // `fromNameField` the name was changed since the last save, and the change is a rename.
     void editingEnded(bool fromNameField);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    bool hasPendingTyping() const;
+    // Emits editingEnded for everything typed so far and starts afresh.
+    void endEditing();
     void addType();
     void removeType();
     QString contactsText(const QVariantList &contacts) const;

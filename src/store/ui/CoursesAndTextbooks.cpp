@@ -5,6 +5,7 @@
 #include "store/PreferenceKeys.h"
 #include "store/ui/CourseFormPage.h"
 #include "store/ui/CoursesListModel.h"
+#include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
 #include "store/ui/TextbookFormPage.h"
 #include "store/ui/UniversalTypesPage.h"
@@ -102,6 +103,8 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
             selectUniversalTypes();
     });
     connect(m_model, &CoursesListModel::courseDropped, this, &CoursesAndTextbooks::courseDropped);
+    // Del in the list deletes the selected course or textbook, as the toolbar's Delete does.
+    ListEditing::onDeleteKey(m_coursesTable, this, &CoursesAndTextbooks::deleteCourseOrTextbook);
     connect(m_courseForm, &CourseFormPage::editingEnded, this, &CoursesAndTextbooks::courseEdited);
     connect(m_textbookForm, &TextbookFormPage::editingEnded, this, &CoursesAndTextbooks::textbookEdited);
     connect(m_typesPage, &UniversalTypesPage::typesEdited, this, &CoursesAndTextbooks::universalTypesEdited);
@@ -176,12 +179,80 @@ void CoursesAndTextbooks::updateLabels()
 
 void CoursesAndTextbooks::reloadFromDisk()
 {
+    commitPendingEdit();
     m_store.reload();
     m_store.updateCombinedArray();
     reloadList(-1);
+    m_formRow = -1;
     m_selectedItem->setCurrentIndex(int(Page::Blank));
     updateLabels();
     warnIfUnusable();
+}
+
+void CoursesAndTextbooks::refreshFromDisk()
+{
+    commitPendingEdit();
+    const QVariantMap shown = m_store.recordAt(m_formRow);
+    if (!m_store.reloadIfChangedOnDisk())
+        return;
+    showFreshList(shown);
+    warnIfUnusable();
+}
+
+void CoursesAndTextbooks::showFreshList(const QVariantMap &shown)
+{
+    if (currentPage() == Page::Types) {
+        reloadList(-1);
+        m_typesPage->setTypes(m_store.universalTypes());
+        return;
+    }
+    const int row = m_store.findRecord(shown, m_formRow);
+    reloadList(row);
+    if (row >= 0) {
+        showRecord(row);
+    } else {
+        m_formRow = -1;
+        m_selectedItem->setCurrentIndex(int(Page::Blank));
+    }
+    updateToolbar();
+}
+
+void CoursesAndTextbooks::commitPendingEdit()
+{
+    if (m_committing)
+        return;
+    m_committing = true;
+    switch (currentPage()) {
+    case Page::Course:
+        m_courseForm->commitPendingEdit();
+        break;
+    case Page::Textbook:
+        m_textbookForm->commitPendingEdit();
+        break;
+    case Page::Types:
+        m_typesPage->commitPendingEdit();
+        break;
+    case Page::Blank:
+        break;
+    }
+    m_committing = false;
+}
+
+int CoursesAndTextbooks::rowAfterCommit(int row)
+{
+    const QVariantMap target = m_store.recordAt(row);
+    const quint64 reads = m_store.readCount();
+    const int formRow = m_formRow;
+    commitPendingEdit();
+    if (target.isEmpty())
+        return -1;
+    // The record being edited is wherever saving put it, under its new contents.
+    if (row == formRow)
+        return m_formRow;
+    // Unchanged rows when nothing was saved or reread.
+    if (m_formRow == formRow && m_store.readCount() == reads && m_store.recordAt(row) == target)
+        return row;
+    return m_store.findRecord(target, row);
 }
 
 void CoursesAndTextbooks::warnIfUnusable()
@@ -206,15 +277,12 @@ void CoursesAndTextbooks::showEvent(QShowEvent *event)
 void CoursesAndTextbooks::closeEvent(QCloseEvent *event)
 {
     // A field still being typed in is saved before the window goes.
-    QWidget *focus = focusWidget();
-    if (focus && m_courseForm->isAncestorOf(focus) && m_selectedItem->currentWidget() == m_courseForm)
-        courseEdited(focus == m_courseForm->nameField());
-    else if (focus && m_textbookForm->isAncestorOf(focus) && m_selectedItem->currentWidget() == m_textbookForm)
-        textbookEdited(focus == m_textbookForm->nameField());
+    commitPendingEdit();
     m_reloading = true;
     m_coursesTable->clearSelection();
     m_typesTable->clearSelection();
     m_reloading = false;
+    m_formRow = -1;
     m_selectedItem->setCurrentIndex(int(Page::Blank));
     updateToolbar();
     QMainWindow::closeEvent(event);
@@ -223,9 +291,17 @@ void CoursesAndTextbooks::closeEvent(QCloseEvent *event)
 void CoursesAndTextbooks::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    // The labels may have been renamed in the preferences while this window stayed open.
-    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+    if (event->type() != QEvent::ActivationChange)
+        return;
+    if (isActiveWindow()) {
+        // The labels may have been renamed in the preferences while this window stayed open, and
+        // the files replaced (deleting all data, a backup import, a download).
         updateLabels();
+        refreshFromDisk();
+    } else {
+        // Mostly done already by the form as the keyboard left it; what remains goes now.
+        commitPendingEdit();
+    }
 }
 
 int CoursesAndTextbooks::selectedRow() const
@@ -275,7 +351,16 @@ void CoursesAndTextbooks::selectionChanged()
 {
     if (m_reloading)
         return;
-    const int row = selectedRow();
+    int row = selectedRow();
+    if (m_formRow >= 0 && row != m_formRow) {
+        // The form still shows the record selected before: its typing is saved to that record,
+        // and then the new choice is selected again wherever saving moved it.
+        const int chosen = rowAfterCommit(row);
+        // Saving selects the saved record again; the user's choice wins.
+        if (selectedRow() != chosen)
+            reloadList(chosen);
+        row = chosen;
+    }
     if (row >= 0) {
         m_reloading = true;
         m_typesTable->clearSelection();
@@ -288,6 +373,7 @@ void CoursesAndTextbooks::selectionChanged()
 void CoursesAndTextbooks::showRecord(int row)
 {
     const QVariantMap record = m_store.recordAt(row);
+    m_formRow = record.isEmpty() ? -1 : row;
     if (record.isEmpty()) {
         if (m_typesTable->selectedItems().isEmpty())
             m_selectedItem->setCurrentIndex(int(Page::Blank));
@@ -307,6 +393,7 @@ void CoursesAndTextbooks::showRecord(int row)
 
 void CoursesAndTextbooks::selectRow(int row)
 {
+    row = rowAfterCommit(row);
     if (row < 0 || row >= m_model->rowCount()) {
         m_coursesTable->clearSelection();
         return;
@@ -316,6 +403,7 @@ void CoursesAndTextbooks::selectRow(int row)
 
 bool CoursesAndTextbooks::selectCourseOrTextbook(const QString &name)
 {
+    commitPendingEdit();
     const QVariantList &combined = m_store.getCombined();
     for (int row = 0; row < combined.size(); ++row) {
         if (combined[row].toMap().value(CourseKeys::Name).toString() == name) {
@@ -328,11 +416,15 @@ bool CoursesAndTextbooks::selectCourseOrTextbook(const QString &name)
 
 void CoursesAndTextbooks::selectUniversalTypes()
 {
+    commitPendingEdit();
+    m_formRow = -1;
     m_reloading = true;
     m_coursesTable->clearSelection();
     m_typesTable->setCurrentRow(0);
     m_reloading = false;
-    m_store.reload();
+    // The list beside the types shows the same reread files.
+    if (m_store.reloadIfChangedOnDisk())
+        reloadList(-1);
     m_typesPage->setTypes(m_store.universalTypes());
     m_selectedItem->setCurrentIndex(int(Page::Types));
     updateToolbar();
@@ -340,6 +432,7 @@ void CoursesAndTextbooks::selectUniversalTypes()
 
 void CoursesAndTextbooks::addCourse()
 {
+    commitPendingEdit();
     const int row = m_store.addCourse();
     warnIfUnusable();
     if (row < 0)
@@ -351,10 +444,18 @@ void CoursesAndTextbooks::addCourse()
 
 void CoursesAndTextbooks::addTextbook()
 {
-    const int row = m_store.addTextbook(selectedRow());
+    // The course's name may still be in its field: it is saved first, so that the textbook is
+    // filed under the name and not under the course's old (or no) name.
+    const int selected = rowAfterCommit(selectedRow());
+    const QVariantMap shown = m_store.recordAt(m_formRow);
+    const quint64 reads = m_store.readCount();
+    const int row = m_store.addTextbook(selected);
     warnIfUnusable();
-    if (row < 0)
+    if (row < 0) {
+        if (m_store.readCount() != reads)
+            showFreshList(shown);
         return;
+    }
     reloadList(row);
     showRecord(row);
     m_textbookForm->nameField()->setFocus(Qt::OtherFocusReason);
@@ -362,8 +463,15 @@ void CoursesAndTextbooks::addTextbook()
 
 void CoursesAndTextbooks::deleteCourseOrTextbook()
 {
-    if (!m_store.deleteCourseOrTextbook(selectedRow()))
+    const int selected = rowAfterCommit(selectedRow());
+    const QVariantMap shown = m_store.recordAt(m_formRow);
+    const quint64 reads = m_store.readCount();
+    if (!m_store.deleteCourseOrTextbook(selected)) {
+        if (m_store.readCount() != reads)
+            showFreshList(shown);
         return;
+    }
+    m_formRow = -1;
     reloadList(-1);
     m_coursesTable->clearSelection();
     m_selectedItem->setCurrentIndex(int(Page::Blank));
@@ -372,7 +480,7 @@ void CoursesAndTextbooks::deleteCourseOrTextbook()
 
 void CoursesAndTextbooks::courseEdited(bool fromNameField)
 {
-    const int row = selectedRow();
+    const int row = m_formRow;
     if (!CoursesStore::isCourse(m_store.recordAt(row)))
         return;
     const CoursesStore::CourseForm form = m_courseForm->form();
@@ -380,6 +488,7 @@ void CoursesAndTextbooks::courseEdited(bool fromNameField)
     warnIfUnusable();
     if (newRow < 0)
         return;
+    m_formRow = newRow;
     reloadList(newRow);
     if (fromNameField)
         m_courseForm->setTextbookChoices(m_store.textbooksOfCourse(form.name), form.defaultTextbook);
@@ -387,25 +496,49 @@ void CoursesAndTextbooks::courseEdited(bool fromNameField)
 
 void CoursesAndTextbooks::textbookEdited(bool fromNameField)
 {
-    const int row = selectedRow();
+    const int row = m_formRow;
     const QVariantMap old = m_store.recordAt(row);
     if (old.isEmpty() || CoursesStore::isCourse(old))
         return;
     const int newRow = m_store.editTextbook(row, m_textbookForm->form(), fromNameField);
     warnIfUnusable();
-    if (newRow >= 0)
-        reloadList(newRow);
+    m_formRow = newRow;
+    reloadList(newRow);
+    if (newRow < 0)
+        m_selectedItem->setCurrentIndex(int(Page::Blank));
 }
 
 void CoursesAndTextbooks::universalTypesEdited(const QStringList &types)
 {
-    if (!m_store.editUniversalTypes(types))
+    if (!m_store.editUniversalTypes(types)) {
         Alerts::inform(UnreadableTitle, UnreadableTypesMessage);
+        return;
+    }
+    // The edit was made to a newer list from disk: show that one, once the table has finished the
+    // change it is in the middle of.
+    if (m_store.universalTypes() != types) {
+        QMetaObject::invokeMethod(
+            this, [this] { m_typesPage->setTypes(m_store.universalTypes()); }, Qt::QueuedConnection);
+    }
 }
 
 void CoursesAndTextbooks::courseDropped(int from, int dropRow)
 {
+    // Saving pending typing may regroup the list; the dragged and target rows are taken before.
+    const QVariantMap dragged = m_store.recordAt(from);
+    const QVariantMap target = m_store.recordAt(dropRow);
+    const int formRow = m_formRow;
+    commitPendingEdit();
+    if (m_formRow != formRow) {
+        from = m_store.findRecord(dragged, from);
+        dropRow = target.isEmpty() ? int(m_store.getCombined().size()) : m_store.findRecord(target, dropRow);
+    }
     const int selected = m_store.moveCourse(from, dropRow, selectedRow());
     warnIfUnusable();
+    m_formRow = selected;
     reloadList(selected);
+    if (selected >= 0)
+        showRecord(selected);
+    else
+        m_selectedItem->setCurrentIndex(int(Page::Blank));
 }

@@ -33,6 +33,11 @@ public:
     CoursesStore &store() { return m_store; }
     // Rereads the files and every label (what opening the window does).
     void reloadFromDisk();
+    // What becoming active again does: rereads the files if another window or program changed them,
+    // keeping the record shown when it is still there.
+    void refreshFromDisk();
+    // Hands on whatever is being typed in the form shown (see CourseFormPage::commitPendingEdit).
+    void commitPendingEdit();
     void updateLabels();
 
     void addCourse();
@@ -63,6 +68,11 @@ private:
     // Reads the list again from the store and selects `row` without refilling the form, which may
     // hold the focus and the caret of the field being typed in.
     void reloadList(int row);
+    // After a change that found the files replaced and could not be made: the fresh list, with the
+    // record that was shown shown again if it is still there.
+    void showFreshList(const QVariantMap &shown);
+    // The row of `record` after the form's pending typing was saved (which may move rows).
+    int rowAfterCommit(int row);
     void updateToolbar();
     QStringList courseNames() const;
     void warnIfUnusable();
@@ -79,6 +89,10 @@ private:
     CourseFormPage *m_courseForm;
     TextbookFormPage *m_textbookForm;
     UniversalTypesPage *m_typesPage;
+    // The row whose record the form shows (-1: none). The selection may already have moved on when
+    // the form's typing is saved, so saving goes by this, not by the selection.
+    int m_formRow = -1;
+    bool m_committing = false;
     bool m_reloading = false;
     bool m_warnedUnusable = false;
 };

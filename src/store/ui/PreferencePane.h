@@ -16,6 +16,9 @@ public:
     virtual void updateLabels() {}
     // The window is about to show another pane or close.
     virtual void preferencesPanelWillClose() {}
+    // The window came to the front again: what other windows may have changed since the pane was
+    // made is read again (only panes that show such things do anything).
+    virtual void reloadFromSettings() {}
 
 Q_SIGNALS:
     // The pane's content grew or shrank: the window follows getViewSize().

@@ -239,6 +239,15 @@ void PreferencesWindow::showEvent(QShowEvent *event)
     setTabView(stored);
 }
 
+void PreferencesWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    // Coming to the front again: the pane shows what other windows changed meanwhile (the courses
+    // and types behind the colour rows, the columns dragged in the main window).
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_pane && !m_animation)
+        m_pane->reloadFromSettings();
+}
+
 void PreferencesWindow::closeEvent(QCloseEvent *event)
 {
     if (m_pane)

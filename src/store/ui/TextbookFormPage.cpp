@@ -6,11 +6,14 @@
 
 #include <QComboBox>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 const QString NamePlaceholder = QStringLiteral("name");
@@ -41,10 +44,8 @@ TextbookFormPage::TextbookFormPage(QWidget *parent)
     m_courseCaption->setObjectName(QStringLiteral("textbookCourseCaption"));
     m_courseCaption->setBuddy(m_course);
     form->addRow(m_courseCaption, m_course);
-    connect(m_course, &QComboBox::activated, this, [this] { Q_EMIT editingEnded(false); });
+    connect(m_course, &QComboBox::activated, this, &TextbookFormPage::endEditing);
     addNumberedFields(form, QStringLiteral("textbookField"), 5, m_fields, m_fieldCaptions);
-    for (QLineEdit *field : std::as_const(m_fields))
-        connect(field, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(false); });
     layout->addLayout(form);
 
     m_notes = named(new QPlainTextEdit, QStringLiteral("textbookNotes"), NotesPlaceholder);
@@ -53,7 +54,17 @@ TextbookFormPage::TextbookFormPage(QWidget *parent)
     m_notes->installEventFilter(this);
     layout->addWidget(m_notes, 1);
 
-    connect(m_name, &QLineEdit::editingFinished, this, [this] { Q_EMIT editingEnded(true); });
+    // Typing is handed on when a field ends editing, and as soon as the keyboard is about to leave
+    // it, before another window becomes active and rereads the files.
+    QList<QLineEdit *> texts = m_fields;
+    texts << m_name;
+    for (QLineEdit *field : std::as_const(texts)) {
+        connect(field, &QLineEdit::editingFinished, this, [this] {
+            if (hasPendingTyping())
+                endEditing();
+        });
+        field->installEventFilter(this);
+    }
     updateLabels();
 }
 
@@ -80,6 +91,30 @@ void TextbookFormPage::fill(const QVariantMap &record, const QStringList &course
     for (int i = 0; i < 5; ++i)
         m_fields[i]->setText(record.value(CourseKeys::field(i + 1)).toString());
     m_notes->setPlainText(record.value(CourseKeys::Notes).toString());
+    m_notes->document()->setModified(false);
+}
+
+bool TextbookFormPage::hasPendingTyping() const
+{
+    if (m_name->isModified() || m_notes->document()->isModified())
+        return true;
+    return std::any_of(m_fields.cbegin(), m_fields.cend(), [](const QLineEdit *field) { return field->isModified(); });
+}
+
+void TextbookFormPage::endEditing()
+{
+    const bool renamed = m_name->isModified();
+    m_name->setModified(false);
+    for (QLineEdit *field : std::as_const(m_fields))
+        field->setModified(false);
+    m_notes->document()->setModified(false);
+    Q_EMIT editingEnded(renamed);
+}
+
+void TextbookFormPage::commitPendingEdit()
+{
+    if (hasPendingTyping())
+        endEditing();
 }
 
 CoursesStore::TextbookForm TextbookFormPage::form() const
@@ -95,9 +130,10 @@ CoursesStore::TextbookForm TextbookFormPage::form() const
 
 bool TextbookFormPage::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_notes && event->type() == QEvent::FocusOut && m_notes->document()->isModified()) {
-        m_notes->document()->setModified(false);
-        Q_EMIT editingEnded(false);
-    }
+    const bool leaving = event->type() == QEvent::FocusOut
+        || (event->type() == QEvent::FocusAboutToChange
+            && static_cast<QFocusEvent *>(event)->reason() != Qt::PopupFocusReason);
+    if (leaving && watched->isWidgetType() && isAncestorOf(static_cast<QWidget *>(watched)) && hasPendingTyping())
+        endEditing();
     return QWidget::eventFilter(watched, event);
 }

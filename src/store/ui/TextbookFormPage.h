@@ -19,6 +19,8 @@ public:
     // `courses` are the names the course pop-up offers.
     void fill(const QVariantMap &record, const QStringList &courses);
     CoursesStore::TextbookForm form() const;
+    // Typing not yet handed on is handed on now, through editingEnded.
+    void commitPendingEdit();
     void updateLabels();
     QLineEdit *nameField() const { return m_name; }
 
@@ -29,6 +31,10 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    bool hasPendingTyping() const;
+    // Emits editingEnded for everything typed so far; a changed name makes it a rename.
+    void endEditing();
+
     QLineEdit *m_name;
     QLabel *m_courseCaption;
     QComboBox *m_course;

@@ -3,6 +3,7 @@
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/DragRows.h"
+#include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
 #include "store/ui/TypesListModel.h"
 #include "widgets/Icons.h"
@@ -52,15 +53,19 @@ UniversalTypesPage::UniversalTypesPage(QWidget *parent)
     layout->addLayout(buttons);
 
     connect(m_add, &QToolButton::clicked, this, [this] {
+        commitPendingEdit();
         const QModelIndex index = m_types->index(m_types->addType());
         m_table->setCurrentIndex(index);
         m_table->edit(index);
     });
-    connect(m_remove, &QToolButton::clicked, this, [this] {
+    const auto remove = [this] {
+        commitPendingEdit();
         const QModelIndex current = m_table->currentIndex();
         if (current.isValid() && m_table->selectionModel()->isSelected(current))
             m_types->removeType(current.row());
-    });
+    };
+    connect(m_remove, &QToolButton::clicked, this, remove);
+    ListEditing::onDeleteKey(m_table, this, remove);
     connect(m_types, &TypesListModel::typesEdited, this, [this] { Q_EMIT typesEdited(m_types->types()); });
     connect(m_types, &TypesListModel::typeMoved, this, [this](int row) { m_table->setCurrentIndex(m_types->index(row)); });
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -72,6 +77,11 @@ UniversalTypesPage::UniversalTypesPage(QWidget *parent)
 void UniversalTypesPage::setTypes(const QStringList &types)
 {
     m_types->setTypes(types);
+}
+
+void UniversalTypesPage::commitPendingEdit()
+{
+    ListEditing::commitOpenEditor(m_table);
 }
 
 QStringList UniversalTypesPage::types() const

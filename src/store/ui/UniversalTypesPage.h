@@ -17,6 +17,8 @@ public:
     void setTypes(const QStringList &types);
     QStringList types() const;
     void updateLabels();
+    // A type still being typed in its cell is handed on now.
+    void commitPendingEdit();
     // The explanation shown above the table, built from the user's labels.
     static QString description();
 

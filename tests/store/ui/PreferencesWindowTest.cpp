@@ -3,8 +3,11 @@
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "store/MainWindowSettings.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
+#include "store/ui/AssignmentWindowPane.h"
+#include "store/ui/ColorWell.h"
 #include "store/ui/PersonalInfoPane.h"
 #include "store/ui/PreferencesWindow.h"
 #include "store/ui/SyncingPaneHost.h"
@@ -47,32 +50,15 @@ protected:
 
 } // namespace
 
-TEST_F(PreferencesWindowTest, ToolbarOffersTheFivePanesWithTheirToolTips)
+TEST_F(PreferencesWindowTest, EveryPaneItemIsDrawnAndNamedAndAnUnknownPaneIsRefused)
 {
     auto window = open();
-    const QList<std::tuple<QString, QString, QString>> items = {
-        {QStringLiteral("General"), QStringLiteral("General"),
-         QStringLiteral("Manage the General preferences of the application")},
-        {QStringLiteral("AssignmentWindow"), QStringLiteral("Main Window"),
-         QStringLiteral("Change the colors and the columns that are shown in the main window")},
-        {QStringLiteral("PersonalInfo"), QStringLiteral("Personal Info"),
-         QStringLiteral("Change your personal information that displays in the sidebar")},
-        {QStringLiteral("Labels"), QStringLiteral("Labels"), QStringLiteral("Customize the labels throughout the program")},
-        {QStringLiteral("Syncing"), QStringLiteral("Sync"),
-         QStringLiteral("Synchronize your data amongst multiple computers")},
-    };
     auto *toolbar = window->findChild<QToolBar *>(QStringLiteral("prefsToolbar"));
     ASSERT_NE(toolbar, nullptr);
-    ASSERT_EQ(toolbar->actions().size(), items.size());
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        const auto &[identifier, label, toolTip] = items[i];
-        QAction *item = toolbar->actions()[i];
-        EXPECT_EQ(item->objectName(), identifier);
-        EXPECT_EQ(item->text(), label);
-        EXPECT_FALSE(item->icon().isNull()) << identifier.toStdString();
-        EXPECT_EQ(item->toolTip(), toolTip);
-        EXPECT_TRUE(item->isEnabled());
-        EXPECT_EQ(toolbar->widgetForAction(item)->accessibleName(), label);
+    ASSERT_EQ(toolbar->actions().size(), 5);
+    for (QAction *item : toolbar->actions()) {
+        EXPECT_FALSE(item->icon().isNull()) << item->objectName().toStdString();
+        EXPECT_EQ(toolbar->widgetForAction(item)->accessibleName(), item->text());
     }
     EXPECT_FALSE(window->setTabView(QStringLiteral("Nonsense")));
     EXPECT_EQ(window->currentPane(), QStringLiteral("General"));
@@ -205,4 +191,43 @@ TEST_F(PreferencesWindowTest, HostsARegisteredSyncingPaneWithoutOwningIt)
     EXPECT_EQ(closings, 2);
     window.reset(); // the shared pane outlives the window
     EXPECT_EQ(syncView->parent(), nullptr);
+}
+
+TEST_F(PreferencesWindowTest, ColourRowsFollowTheCoursesWhenTheWindowComesToTheFrontAndStaleRowsWriteNothing)
+{
+    const auto course = [](const QString &name) {
+        return QVariantMap{{QStringLiteral("Name"), name}, {QStringLiteral("Display Name"), name},
+                           {QStringLiteral("Type"), QStringLiteral("Course")}};
+    };
+    QDir().mkpath(Paths::dataFolder());
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), QVariantList{course(QStringLiteral("Math"))}));
+    UserDefaults().set(PreferenceKeys::ColorFormat, qint64(1));
+    UserDefaults().set(PreferenceKeys::LastShownPane, QStringLiteral("AssignmentWindow"));
+    auto window = open();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    auto *pane = qobject_cast<AssignmentWindowPane *>(window->currentView());
+    ASSERT_NE(pane, nullptr);
+    ASSERT_EQ(pane->shownCategoryRows(), 1);
+
+    // The courses change in another window; this one is brought to the front again.
+    QWidget other;
+    other.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(),
+                                        QVariantList{course(QStringLiteral("Math")), course(QStringLiteral("Art"))}));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    pane = qobject_cast<AssignmentWindowPane *>(window->currentView());
+    ASSERT_NE(pane, nullptr);
+    EXPECT_EQ(pane->shownCategoryRows(), 2);
+    ASSERT_NE(pane->well(QStringLiteral("Art")), nullptr);
+
+    // Renamed on disk with no activation in between: the old row's colour goes nowhere.
+    ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(),
+                                        QVariantList{course(QStringLiteral("Math")), course(QStringLiteral("Arts"))}));
+    pane->well(QStringLiteral("Art"))->chooseColor(QColor(255, 0, 0));
+    EXPECT_TRUE(MainWindowSettings::colorText(QStringLiteral("Art")).isNull());
+    EXPECT_NE(pane->well(QStringLiteral("Arts")), nullptr);
+    pane->well(QStringLiteral("Arts"))->chooseColor(QColor(255, 0, 0));
+    EXPECT_EQ(MainWindowSettings::colorText(QStringLiteral("Arts")), QStringLiteral("NSCalibratedRGBColorSpace 1 0 0 1"));
 }
