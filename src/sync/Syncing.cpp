@@ -22,7 +22,9 @@
 #include <QThread>
 
 #include <algorithm>
+#include <condition_variable>
 #include <mutex>
+#include <set>
 
 Q_LOGGING_CATEGORY(lcSync, "quillory.sync")
 
@@ -47,11 +49,56 @@ constexpr auto KeychainLog = "Error: unable to get password from keychain.";
 std::mutex g_hooksMutex;
 Syncing::ProgressPresenter g_progress;
 std::function<void()> g_quit;
+Syncing::NoticePresenter g_notice;
+std::set<QString> g_noticesShown;
 
 Syncing::ProgressPresenter progressPresenter()
 {
     std::lock_guard lock(g_hooksMutex);
     return g_progress;
+}
+
+// The one sync of the program at a time.
+std::mutex g_runMutex;
+std::condition_variable g_runDone;
+bool g_running = false;
+
+bool tryBeginRun()
+{
+    std::lock_guard lock(g_runMutex);
+    if (g_running)
+        return false;
+    g_running = true;
+    return true;
+}
+
+void beginRun()
+{
+    QCoreApplication *app = QCoreApplication::instance();
+    const bool onInterfaceThread = app && QThread::currentThread() == app->thread();
+    std::unique_lock lock(g_runMutex);
+    while (g_running) {
+        if (!onInterfaceThread) {
+            g_runDone.wait(lock);
+            continue;
+        }
+        // The running sync may be on a worker that hands its sheet and alerts to this thread: keep
+        // serving them (but no user input) while waiting.
+        lock.unlock();
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        lock.lock();
+        g_runDone.wait_for(lock, std::chrono::milliseconds(20));
+    }
+    g_running = true;
+}
+
+void endRun()
+{
+    {
+        std::lock_guard lock(g_runMutex);
+        g_running = false;
+    }
+    g_runDone.notify_all();
 }
 
 } // namespace
@@ -85,6 +132,40 @@ void Syncing::setQuitHandler(std::function<void()> handler)
     g_quit = std::move(handler);
 }
 
+void Syncing::setNoticePresenter(NoticePresenter presenter)
+{
+    std::lock_guard lock(g_hooksMutex);
+    g_notice = std::move(presenter);
+}
+
+void Syncing::showNotice(const QString &title, const QString &text)
+{
+    NoticePresenter presenter;
+    {
+        std::lock_guard lock(g_hooksMutex);
+        // Said once already (the quit's upload meeting the link the start-up's download met): a
+        // second message would only repeat it.
+        if (!g_noticesShown.insert(title + QLatin1Char('\n') + text).second)
+            return;
+        presenter = g_notice;
+    }
+    qCWarning(lcSync).noquote() << title + QStringLiteral(": ") + text;
+    if (presenter)
+        presenter(title, text);
+}
+
+void Syncing::forgetNoticesForTest()
+{
+    std::lock_guard lock(g_hooksMutex);
+    g_noticesShown.clear();
+}
+
+bool Syncing::isSyncing()
+{
+    std::lock_guard lock(g_runMutex);
+    return g_running;
+}
+
 QVariantMap Syncing::settings()
 {
     return UserDefaults().dictionary(SyncingKeys::Group);
@@ -98,6 +179,24 @@ qint64 Syncing::method()
 // --- Sequences --------------------------------------------------------------------------------
 
 void Syncing::uploadData()
+{
+    if (method() == SyncingKeys::NoSyncing)
+        return;
+    beginRun();
+    runUpload();
+    endRun();
+}
+
+void Syncing::downloadData()
+{
+    if (method() == SyncingKeys::NoSyncing)
+        return;
+    beginRun();
+    runDownload();
+    endRun();
+}
+
+void Syncing::runUpload()
 {
     const qint64 chosen = method();
     if (chosen == SyncingKeys::NoSyncing)
@@ -120,7 +219,7 @@ void Syncing::uploadData()
     hideProgressSheet();
 }
 
-void Syncing::downloadData()
+void Syncing::runDownload()
 {
     const qint64 chosen = method();
     if (chosen == SyncingKeys::NoSyncing)
@@ -148,18 +247,28 @@ void Syncing::downloadData()
     if (!backedUp.written && merge)
         merge = showErrorDialog(backedUp.problem);
     if (unpacked == SyncArchive::Unpacked::Refused)
-        showErrorDialog(problem);
+        refuse(problem);
     if (merge)
         SyncArchive::mergeUnpacked(Paths::dataFolder());
     SyncArchive::cleanUp();
     hideProgressSheet();
 }
 
-void Syncing::syncData()
+bool Syncing::syncData()
 {
-    QThread *worker = QThread::create([this] { uploadDataAsynchronously(); });
+    // Taken here, before the thread starts, so that a second click finds it taken at once.
+    if (!tryBeginRun()) {
+        showNotice(SyncInProgressTitle, SyncInProgressText);
+        return false;
+    }
+    QThread *worker = QThread::create([this] {
+        runUpload();
+        endRun();
+        Q_EMIT asynchronousUploadFinished();
+    });
     connect(worker, &QThread::finished, worker, &QObject::deleteLater);
     worker->start();
+    return true;
 }
 
 void Syncing::uploadDataAsynchronously()
@@ -172,7 +281,7 @@ void Syncing::uploadDataAsynchronously()
 
 QString Syncing::backupPath()
 {
-    return QStringLiteral("%1/%2.plist").arg(Paths::syncingBackupsFolder(), DateText::nowStoredForm()).trimmed();
+    return Backup::automaticBackupPath();
 }
 
 QFuture<Syncing::BackupOutcome> Syncing::startBackup()
@@ -183,33 +292,13 @@ QFuture<Syncing::BackupOutcome> Syncing::startBackup()
     const QString path = backupPath();
     return QtConcurrent::run([path] {
         BackupOutcome outcome;
-        const QString folder = Paths::syncingBackupsFolder();
-        if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
-            qCWarning(lcSync) << "could not make" << folder;
         QString error;
         // Without a data folder (a first start on this computer) there is nothing to lose.
         const bool nothingToSave = !QFileInfo(Paths::dataFolder()).isDir();
-        outcome.written = Backup::sharedController()->exportBackupToFile(path, &error) || nothingToSave;
+        outcome.written = Backup::sharedController()->writeAutomaticBackup(path, &error) || nothingToSave;
         if (!outcome.written) {
             qCWarning(lcSync) << "automatic backup failed:" << error;
             outcome.problem = BackupFailed.arg(error);
-        }
-
-        // Every entry counts, whoever put it there; names sort oldest first.
-        const QDir dir(folder);
-        const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-        QStringList names = dir.entryList(filters, QDir::Unsorted);
-        std::sort(names.begin(), names.end());
-        while (names.size() > MaximumBackups) {
-            const QString entryPath = QStringLiteral("%1/%2").arg(folder, names.first());
-            const QFileInfo entry(entryPath);
-            const bool removed
-                = entry.isDir() && !entry.isSymLink() ? QDir(entryPath).removeRecursively() : QFile::remove(entryPath);
-            if (!removed) {
-                qCWarning(lcSync) << "could not remove old backup" << entryPath;
-                break;
-            }
-            names.removeFirst();
         }
         return outcome;
     });
@@ -230,7 +319,7 @@ bool Syncing::compressData()
     QString problem;
     if (SyncArchive::compress(Paths::dataFolder(), &problem))
         return true;
-    showErrorDialog(problem);
+    refuse(problem);
     return false;
 }
 
@@ -238,19 +327,57 @@ void Syncing::uncompressData()
 {
     QString problem;
     if (!SyncArchive::uncompress(Paths::dataFolder(), &problem))
-        showErrorDialog(problem);
+        refuse(problem);
+}
+
+void Syncing::refuse(const QString &problem)
+{
+    // Nothing is left to decide (the step cannot be made safely) and a link anyone can plant in /tmp
+    // must not hold the program at a question: the sync goes without this step and the user is told.
+    showNotice(WarningTitle, ProblemMessage + problem + NotSyncedText);
 }
 
 // --- Transfers --------------------------------------------------------------------------------
 
-QStringList Syncing::uploadArguments(const QString &credentials, const QString &url) const
+QStringList Syncing::uploadArguments(const QString &url) const
 {
-    return {QStringLiteral("-u"), credentials, url, QStringLiteral("-T"), SyncArchive::ArchivePath};
+    return {QStringLiteral("-K"), QStringLiteral("-"), url, QStringLiteral("-T"), SyncArchive::ArchivePath};
 }
 
-QStringList Syncing::downloadArguments(const QString &credentials, const QString &url) const
+QStringList Syncing::downloadArguments(const QString &url) const
 {
-    return {QStringLiteral("-u"), credentials, url, QStringLiteral("-o"), SyncArchive::ArchivePath};
+    return {QStringLiteral("-K"), QStringLiteral("-"), url, QStringLiteral("-o"), SyncArchive::ArchivePath};
+}
+
+QByteArray Syncing::curlConfig(const QString &credentials)
+{
+    // A quoted value of curl's configuration syntax: backslash escapes, one line.
+    QByteArray quoted;
+    for (const char c : credentials.toUtf8()) {
+        switch (c) {
+        case '\\':
+            quoted += "\\\\";
+            break;
+        case '"':
+            quoted += "\\\"";
+            break;
+        case '\n':
+            quoted += "\\n";
+            break;
+        case '\r':
+            quoted += "\\r";
+            break;
+        case '\t':
+            quoted += "\\t";
+            break;
+        case '\v':
+            quoted += "\\v";
+            break;
+        default:
+            quoted += c;
+        }
+    }
+    return "user = \"" + quoted + "\"\n";
 }
 
 QString Syncing::onlineCredentials() const
@@ -307,13 +434,14 @@ bool Syncing::transfer(const QString &credentials, const QString &url, bool down
     if (download) {
         QString problem;
         if (!SyncArchive::prepareForDownload(&problem)) {
-            showErrorDialog(problem);
+            refuse(problem);
             return false; // nothing arrived, and a planted archive must not be unpacked
         }
     }
     const QString curlUrl = forCurl(url);
-    const QString result = runCommand(
-        CurlPath, download ? downloadArguments(credentials, curlUrl) : uploadArguments(credentials, curlUrl));
+    const auto outcome = CommandLine::run(CurlPath, download ? downloadArguments(curlUrl) : uploadArguments(curlUrl),
+                                          true, {}, curlConfig(credentials));
+    const QString result = outcome.exitStatus != 0 ? outcome.output : QString();
     if (result.isEmpty())
         return true;
     // Whatever a failed download left is not the user's data.
@@ -424,7 +552,9 @@ bool Syncing::showErrorDialog(const QString &text)
     } else {
         answer = Alerts::run(request);
     }
-    if (answer != QuitButton)
+    // Quitting on a signal closes the alert with no answer: the program is on its way out, and
+    // going on would only start what the quit must not wait for.
+    if (answer != QuitButton && !(answer.isEmpty() && Alerts::isQuitting()))
         return true;
 
     m_quitChosen = true;

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPointer>
 #include <QProgressBar>
 #include <QScreen>
@@ -56,6 +57,18 @@ void hideSheet()
     g_current = nullptr;
 }
 
+// A message that leaves everything usable: the program goes on while it is read.
+void showNotice(const QString &title, const QString &text)
+{
+    auto *box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok);
+    box->setObjectName(QStringLiteral("syncNotice"));
+    box->setAccessibleName(title);
+    box->setAccessibleDescription(text);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::NonModal);
+    box->show();
+}
+
 } // namespace
 
 SyncProgressSheet::SyncProgressSheet(const QString &title, QWidget *parent)
@@ -98,4 +111,7 @@ void SyncProgressSheet::install()
 {
     Syncing::setProgressPresenter({[](const QString &title) { onInterfaceThread([title] { showSheet(title); }); },
                                    [] { onInterfaceThread(hideSheet); }});
+    Syncing::setNoticePresenter([](const QString &title, const QString &text) {
+        onInterfaceThread([title, text] { showNotice(title, text); });
+    });
 }
