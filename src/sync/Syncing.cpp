@@ -178,10 +178,10 @@ qint64 Syncing::method()
 
 // --- Sequences --------------------------------------------------------------------------------
 
+// Both wait for a sync already running even when syncing has been switched off since: the quit's
+// upload must not let the program end under the toolbar's.
 void Syncing::uploadData()
 {
-    if (method() == SyncingKeys::NoSyncing)
-        return;
     beginRun();
     runUpload();
     endRun();
@@ -189,8 +189,6 @@ void Syncing::uploadData()
 
 void Syncing::downloadData()
 {
-    if (method() == SyncingKeys::NoSyncing)
-        return;
     beginRun();
     runDownload();
     endRun();

@@ -217,7 +217,9 @@ TEST_F(QuitDuringSync, TheQuitUploadsOnASignalAndAFailureThenAsksNothing)
 
     // The server is gone by the time of the quit: the failure's Warning would wait for an answer
     // nobody gives. The quit goes on without asking.
+    UserDefaults::dropCaches();
     UserDefaults().remove(PreferenceKeys::LastStartup);
+    ASSERT_FALSE(started());
     start();
     ASSERT_TRUE(waitFor(started, 60000)) << m_log.toStdString();
     m_server.stop();
