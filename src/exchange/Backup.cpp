@@ -1,5 +1,6 @@
 #include "exchange/Backup.h"
 
+#include "exchange/AutomaticBackups.h"
 #include "exchange/RecordMatch.h"
 #include "platform/Alerts.h"
 #include "platform/DateText.h"
@@ -294,40 +295,6 @@ bool Backup::exportBackupToFile(const QString &path, QString *error)
     return writeBackupDocument(path, pieces, [] { return true; }, error);
 }
 
-QString Backup::automaticBackupPath()
-{
-    return QStringLiteral("%1/%2.plist").arg(Paths::syncingBackupsFolder(), DateText::nowStoredForm()).trimmed();
-}
-
-bool Backup::writeAutomaticBackup(const QString &path, QString *error)
-{
-    const QString folder = Paths::syncingBackupsFolder();
-    if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
-        qCWarning(lcBackup) << "could not make" << folder;
-    QString target = path;
-    const QString stem = path.endsWith(QLatin1String(".plist")) ? path.chopped(6) : path;
-    for (int n = 2; QFileInfo(target).exists() || QFileInfo(target).isSymLink(); ++n)
-        target = stem + QStringLiteral("_%1.plist").arg(n); // "_" sorts after ".": newer after older
-    const bool written = exportBackupToFile(target, error);
-
-    const QDir dir(folder);
-    const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    QStringList names = dir.entryList(filters, QDir::Unsorted);
-    std::sort(names.begin(), names.end());
-    while (names.size() > MaximumAutomaticBackups) {
-        const QString entryPath = QStringLiteral("%1/%2").arg(folder, names.first());
-        const QFileInfo entry(entryPath);
-        const bool removed
-            = entry.isDir() && !entry.isSymLink() ? QDir(entryPath).removeRecursively() : QFile::remove(entryPath);
-        if (!removed) {
-            qCWarning(lcBackup) << "could not remove old backup" << entryPath;
-            break;
-        }
-        names.removeFirst();
-    }
-    return written;
-}
-
 Backup::ImportOutcome Backup::importFromBackup()
 {
     const QString path = FilePanels::runOpen({Paths::home()});
@@ -395,7 +362,7 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
         // A wrong file or a wrong choice must be undoable: the data replaced goes to the automatic
         // backups first (a file that does not parse was kept beside itself above instead).
         const bool anyData = std::any_of(states.begin(), states.end(), [](FileState state) { return state == FileState::Read; });
-        if (anyData && !anyUnreadable && !writeAutomaticBackup(automaticBackupPath(), &error)) {
+        if (anyData && !anyUnreadable && !AutomaticBackups::write(AutomaticBackups::path(), &error)) {
             qCWarning(lcBackup) << "Not replacing: the current data could not be backed up:" << error;
             Alerts::inform(ErrorTitle, ImportFailedMessage);
             return ImportOutcome::WriteFailed;

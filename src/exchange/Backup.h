@@ -51,15 +51,6 @@ public:
     // silently lacked it would be worse than none).
     bool exportBackupToFile(const QString &path, QString *error = nullptr);
 
-    // The automatic backups kept in "Syncing Backups" in the data folder, made before every sync and
-    // before an import replaces the data: named after the moment (the stored date form, ".plist"),
-    // the newest MaximumAutomaticBackups entries kept (every entry counts, names sort oldest first).
-    // A name already taken in the same second gets "_2", "_3", ... before ".plist", so no backup
-    // ever replaces another. False (with the reason) when the backup could not be written.
-    static constexpr int MaximumAutomaticBackups = 20;
-    static QString automaticBackupPath();
-    bool writeAutomaticBackup(const QString &path, QString *error = nullptr);
-
     // Open panel, the Merge / Replace / Cancel question, then the chosen import.
     ImportOutcome importFromBackup();
     // The same from the question on, for a file already chosen.

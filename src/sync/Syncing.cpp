@@ -1,15 +1,17 @@
 #include "sync/Syncing.h"
 
-#include "exchange/Backup.h"
+#include "exchange/AutomaticBackups.h"
 #include "platform/Alerts.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
 #include "sync/AGKeychain.h"
 #include "sync/CommandLine.h"
+#include "sync/CurlText.h"
 #include "sync/Hashing.h"
 #include "sync/SyncArchive.h"
 #include "sync/SyncLog.h"
+#include "sync/SyncRunLock.h"
 #include "sync/SyncingKeys.h"
 #include "sync/UrlFetch.h"
 
@@ -18,11 +20,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QThread>
 
 #include <algorithm>
-#include <condition_variable>
 #include <mutex>
 #include <set>
 
@@ -56,49 +56,6 @@ Syncing::ProgressPresenter progressPresenter()
 {
     std::lock_guard lock(g_hooksMutex);
     return g_progress;
-}
-
-// The one sync of the program at a time.
-std::mutex g_runMutex;
-std::condition_variable g_runDone;
-bool g_running = false;
-
-bool tryBeginRun()
-{
-    std::lock_guard lock(g_runMutex);
-    if (g_running)
-        return false;
-    g_running = true;
-    return true;
-}
-
-void beginRun()
-{
-    QCoreApplication *app = QCoreApplication::instance();
-    const bool onInterfaceThread = app && QThread::currentThread() == app->thread();
-    std::unique_lock lock(g_runMutex);
-    while (g_running) {
-        if (!onInterfaceThread) {
-            g_runDone.wait(lock);
-            continue;
-        }
-        // The running sync may be on a worker that hands its sheet and alerts to this thread: keep
-        // serving them (but no user input) while waiting.
-        lock.unlock();
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        lock.lock();
-        g_runDone.wait_for(lock, std::chrono::milliseconds(20));
-    }
-    g_running = true;
-}
-
-void endRun()
-{
-    {
-        std::lock_guard lock(g_runMutex);
-        g_running = false;
-    }
-    g_runDone.notify_all();
 }
 
 } // namespace
@@ -162,8 +119,7 @@ void Syncing::forgetNoticesForTest()
 
 bool Syncing::isSyncing()
 {
-    std::lock_guard lock(g_runMutex);
-    return g_running;
+    return SyncRunLock::isHeld();
 }
 
 QVariantMap Syncing::settings()
@@ -182,16 +138,16 @@ qint64 Syncing::method()
 // upload must not let the program end under the toolbar's.
 void Syncing::uploadData()
 {
-    beginRun();
+    SyncRunLock::begin();
     runUpload();
-    endRun();
+    SyncRunLock::end();
 }
 
 void Syncing::downloadData()
 {
-    beginRun();
+    SyncRunLock::begin();
     runDownload();
-    endRun();
+    SyncRunLock::end();
 }
 
 void Syncing::runUpload()
@@ -255,13 +211,13 @@ void Syncing::runDownload()
 bool Syncing::syncData()
 {
     // Taken here, before the thread starts, so that a second click finds it taken at once.
-    if (!tryBeginRun()) {
+    if (!SyncRunLock::tryBegin()) {
         showNotice(SyncInProgressTitle, SyncInProgressText);
         return false;
     }
     QThread *worker = QThread::create([this] {
         runUpload();
-        endRun();
+        SyncRunLock::end();
         Q_EMIT asynchronousUploadFinished();
     });
     connect(worker, &QThread::finished, worker, &QObject::deleteLater);
@@ -279,7 +235,7 @@ void Syncing::uploadDataAsynchronously()
 
 QString Syncing::backupPath()
 {
-    return Backup::automaticBackupPath();
+    return AutomaticBackups::path();
 }
 
 QFuture<Syncing::BackupOutcome> Syncing::startBackup()
@@ -293,7 +249,7 @@ QFuture<Syncing::BackupOutcome> Syncing::startBackup()
         QString error;
         // Without a data folder (a first start on this computer) there is nothing to lose.
         const bool nothingToSave = !QFileInfo(Paths::dataFolder()).isDir();
-        outcome.written = Backup::sharedController()->writeAutomaticBackup(path, &error) || nothingToSave;
+        outcome.written = AutomaticBackups::write(path, &error) || nothingToSave;
         if (!outcome.written) {
             qCWarning(lcSync) << "automatic backup failed:" << error;
             outcome.problem = BackupFailed.arg(error);
@@ -349,33 +305,7 @@ QStringList Syncing::downloadArguments(const QString &url) const
 
 QByteArray Syncing::curlConfig(const QString &credentials)
 {
-    // A quoted value of curl's configuration syntax: backslash escapes, one line.
-    QByteArray quoted;
-    for (const char c : credentials.toUtf8()) {
-        switch (c) {
-        case '\\':
-            quoted += "\\\\";
-            break;
-        case '"':
-            quoted += "\\\"";
-            break;
-        case '\n':
-            quoted += "\\n";
-            break;
-        case '\r':
-            quoted += "\\r";
-            break;
-        case '\t':
-            quoted += "\\t";
-            break;
-        case '\v':
-            quoted += "\\v";
-            break;
-        default:
-            quoted += c;
-        }
-    }
-    return "user = \"" + quoted + "\"\n";
+    return CurlText::config(credentials);
 }
 
 QString Syncing::onlineCredentials() const
@@ -402,31 +332,6 @@ QString Syncing::ftpUrl(const QVariantMap &settings, bool download)
     return url;
 }
 
-// curl draws a progress meter on its error output, which the user has no use for in an alert;
-// the meter's lines go and the tool's own message stays.
-static QString withoutProgressMeter(const QString &output)
-{
-    static const QRegularExpression meterRow(
-        QStringLiteral("^\\s*\\d+\\s+[\\d.]+[kMGTP]?\\s+\\d+\\s+[\\d.]+[kMGTP]?\\s+\\d+\\s+[\\d.]+[kMGTP]?\\s"));
-    QStringList kept;
-    for (const QString &line : output.split(QLatin1Char('\n'))) {
-        const QString shown = line.section(QLatin1Char('\r'), -1).trimmed();
-        if (shown.isEmpty() || shown.startsWith(QLatin1String("% Total")) || shown.startsWith(QLatin1String("Dload"))
-            || meterRow.match(shown).hasMatch())
-            continue;
-        kept << shown;
-    }
-    return kept.isEmpty() ? output : kept.join(QLatin1Char('\n'));
-}
-
-// curl of today refuses a blank in a URL, where the curl of old took it as typed; a blank is the
-// one character escaped, so paths and user names with blanks keep working.
-static QString forCurl(const QString &url)
-{
-    QString escaped = url;
-    return escaped.replace(QLatin1Char(' '), QStringLiteral("%20"));
-}
-
 bool Syncing::transfer(const QString &credentials, const QString &url, bool download)
 {
     if (download) {
@@ -436,7 +341,7 @@ bool Syncing::transfer(const QString &credentials, const QString &url, bool down
             return false; // nothing arrived, and a planted archive must not be unpacked
         }
     }
-    const QString curlUrl = forCurl(url);
+    const QString curlUrl = CurlText::url(url);
     const auto outcome = CommandLine::run(CurlPath, download ? downloadArguments(curlUrl) : uploadArguments(curlUrl),
                                           true, {}, curlConfig(credentials));
     const QString result = outcome.exitStatus != 0 ? outcome.output : QString();
@@ -445,7 +350,7 @@ bool Syncing::transfer(const QString &credentials, const QString &url, bool down
     // Whatever a failed download left is not the user's data.
     if (download)
         SyncArchive::removeArchive();
-    return showErrorDialog(withoutProgressMeter(result));
+    return showErrorDialog(CurlText::message(result));
 }
 
 bool Syncing::onlineUpload()

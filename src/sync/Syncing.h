@@ -115,7 +115,7 @@ public:
     static void setNoticePresenter(NoticePresenter presenter);
     static void showNotice(const QString &title, const QString &text);
 
-    static constexpr int MaximumBackups = 20; // the automatic backups kept (Backup writes them)
+    static constexpr int MaximumBackups = 20; // the automatic backups kept (AutomaticBackups writes them)
     // Notices are shown once per run of the program; tests start each case afresh.
     static void forgetNoticesForTest();
 

@@ -1,3 +1,4 @@
+#include "exchange/AutomaticBackups.h"
 #include "exchange/Backup.h"
 #include "exchange/RecordMatch.h"
 #include "platform/Alerts.h"
@@ -424,7 +425,7 @@ TEST(BackupImport, ReplaceFirstKeepsTheDataItReplacesAmongTheAutomaticBackups)
     EXPECT_EQ(Backup::sharedController()->importFromFile(bogus), Backup::ImportOutcome::Replaced);
     EXPECT_TRUE(readList(Paths::assignmentsFile()).isEmpty());
     const QString kept = Paths::syncingBackupsFolder() + QStringLiteral("/2026-11-22 10:30:00 -0500.plist");
-    ASSERT_EQ(Backup::automaticBackupPath(), kept);
+    ASSERT_EQ(AutomaticBackups::path(), kept);
     EXPECT_EQ(PropertyList::readFile(kept)->toList(),
               (QVariantList{data, QVariantList{course("Math")}, QVariantList{"Quiz"}}));
 
