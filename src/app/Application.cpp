@@ -3,12 +3,16 @@
 #include "QuitSignals.h"
 #include "list/ui/MainWindow.h"
 #include "store/Preferences.h"
+#include "platform/Alerts.h"
 #include "sync/Syncing.h"
 #include "sync/ui/SyncProgressSheet.h"
 #include "widgets/DialogPresenters.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QLoggingCategory>
+#include <QSessionManager>
+#include <QThread>
 #include <QTimer>
 
 Q_LOGGING_CATEGORY(lcApp, "quillory.app")
@@ -32,17 +36,63 @@ int Application::run()
     auto *signals_ = new QuitSignals(this);
     connect(signals_, &QuitSignals::quitRequested, this, [this](int signal) {
         qCInfo(lcApp) << "Quitting on signal" << signal;
-        quit();
+        quitFromOutside();
     });
-    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { m_sequence.terminate(); });
+    // A session that ends asks first; nobody will be there to answer a question afterwards.
+    connect(qApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager &) {
+        qCInfo(lcApp) << "Quitting as the session ends";
+        quitFromOutside();
+    });
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        m_inEventLoop = false;
+        m_sequence.terminate();
+    });
     // "Quit" in a sync warning takes the normal quit path.
-    Syncing::setQuitHandler([this] { QTimer::singleShot(0, this, &Application::quit); });
+    Syncing::setQuitHandler([this] { quitFromSync(); });
 
-    if (m_sequence.run() == StartupSequence::Outcome::Restarting)
+    if (m_sequence.run() != StartupSequence::Outcome::Started) {
+        // Restarting, or stopped during the download: the start never completed, so nothing is
+        // uploaded, and there is nothing else to do on the way out.
         return 0;
-    if (qEnvironmentVariableIsSet(QuitAfterStartupVariable) || m_quitChosenDuringStartup)
+    }
+    if (qEnvironmentVariableIsSet(QuitAfterStartupVariable) || m_quitRequested)
         QTimer::singleShot(0, this, &Application::quit);
+    m_inEventLoop = true;
     return QApplication::exec();
+}
+
+void Application::quitFromSync()
+{
+    // The toolbar's upload asks from its own thread.
+    if (QThread::currentThread() != thread()) {
+        QMetaObject::invokeMethod(this, [this] { quitFromSync(); }, Qt::QueuedConnection);
+        return;
+    }
+    m_quitRequested = true;
+    quitSoon();
+}
+
+void Application::quitFromOutside()
+{
+    m_quitRequested = true;
+    Alerts::cancelForQuit();
+    // Every modal question open now (an alert, a file panel, a sheet) gets its cancel answer; the
+    // code that asked it goes on from there, and the quit follows once it has.
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        auto *dialog = qobject_cast<QDialog *>(window);
+        if (dialog && dialog->isVisible() && dialog->windowModality() != Qt::NonModal)
+            dialog->done(QDialog::Rejected);
+    }
+    quitSoon();
+}
+
+void Application::quitSoon()
+{
+    // During start-up the event loop does not run yet: the start-up sees the request after the
+    // download, or run() does once the window is up. During the quit path it is on its way already.
+    if (m_inEventLoop)
+        QTimer::singleShot(0, this, &Application::quit);
 }
 
 void Application::quit()
@@ -107,8 +157,18 @@ void Application::showMainWindow()
 
 void Application::downloadData()
 {
-    Syncing::sharedController()->downloadData();
-    m_quitChosenDuringStartup = Syncing::sharedController()->quitWasChosen();
+    // A quit asked for before the download (at an earlier alert) skips it.
+    if (!m_quitRequested)
+        Syncing::sharedController()->downloadData();
+    if (Syncing::sharedController()->quitWasChosen())
+        m_quitRequested = true;
+}
+
+bool Application::startupMayGoOn()
+{
+    if (m_quitRequested)
+        qCInfo(lcApp) << "Start-up stopped: quitting";
+    return !m_quitRequested;
 }
 
 void Application::uploadData()

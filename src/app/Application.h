@@ -23,6 +23,7 @@ public:
     // StartupHooks
     void restartAndQuit() override;
     void downloadData() override;
+    bool startupMayGoOn() override;
     void setUpWindow(bool drawerOpen) override;
     void setUpFilterBar(int viewIndex) override;
     void selectFormat(int format) override;
@@ -32,11 +33,19 @@ public:
 
 private:
     void quit();
+    // A quit asked for from outside (SIGTERM, SIGINT, the session ending): open alerts and other
+    // modal questions are closed with their cancel answer, later ones are not asked, and the
+    // normal quit path runs, now or, during start-up, once start-up has stopped or finished.
+    void quitFromOutside();
+    // "Quit" chosen in a sync warning.
+    void quitFromSync();
+    void quitSoon();
     MainWindow &window();
 
     StartupSequence m_sequence;
     std::unique_ptr<MainWindow> m_window;
     bool m_restarting = false;
-    bool m_quitChosenDuringStartup = false;
+    bool m_quitRequested = false;
+    bool m_inEventLoop = false;
     bool m_quitting = false;
 };

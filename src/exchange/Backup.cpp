@@ -1,5 +1,6 @@
 #include "exchange/Backup.h"
 
+#include "exchange/AutomaticBackups.h"
 #include "exchange/RecordMatch.h"
 #include "platform/Alerts.h"
 #include "platform/DateText.h"
@@ -350,11 +351,21 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
 
     QString error;
     if (replace) {
+        bool anyUnreadable = false;
         for (int i = 0; i < 3; ++i) {
+            anyUnreadable = anyUnreadable || states[i] == FileState::Unreadable;
             if (states[i] == FileState::Unreadable && !keepDamaged(files.at(i))) {
                 Alerts::inform(ErrorTitle, ImportFailedMessage);
                 return ImportOutcome::WriteFailed;
             }
+        }
+        // A wrong file or a wrong choice must be undoable: the data replaced goes to the automatic
+        // backups first (a file that does not parse was kept beside itself above instead).
+        const bool anyData = std::any_of(states.begin(), states.end(), [](FileState state) { return state == FileState::Read; });
+        if (anyData && !anyUnreadable && !AutomaticBackups::write(AutomaticBackups::path(), &error)) {
+            qCWarning(lcBackup) << "Not replacing: the current data could not be backed up:" << error;
+            Alerts::inform(ErrorTitle, ImportFailedMessage);
+            return ImportOutcome::WriteFailed;
         }
         if (!writeDataFiles(lists[0], lists[1], lists[2], &error)) {
             qCWarning(lcBackup) << "Replacing the data from" << path << "failed:" << error;

@@ -12,6 +12,7 @@ Alerts::Presenter g_presenter;
 QStringList g_answers;
 QList<Alerts::Request> g_asked;
 bool g_testing = false;
+bool g_quitting = false;
 } // namespace
 
 QString Alerts::run(const Request &request)
@@ -20,6 +21,10 @@ QString Alerts::run(const Request &request)
     {
         std::lock_guard lock(g_mutex);
         g_asked.append(request);
+        if (g_quitting) {
+            qCInfo(lcAlerts) << "Not asked while quitting:" << request.title << request.message;
+            return QString();
+        }
         if (g_testing || !g_answers.isEmpty()) {
             if (g_answers.isEmpty()) {
                 qCWarning(lcAlerts) << "Unanswered alert:" << request.title << request.message;
@@ -34,6 +39,8 @@ QString Alerts::run(const Request &request)
                             << request.informativeText;
         return QString();
     }
+    // One line per alert shown, so that a log tells what the program was waiting for.
+    qCInfo(lcAlerts).noquote() << "Asking:" << request.title << request.message.section(QLatin1Char('\n'), 0, 0);
     return presenter(request);
 }
 
@@ -47,6 +54,18 @@ bool Alerts::askYesNo(const QString &title, const QString &message)
 void Alerts::inform(const QString &title, const QString &message, Style style)
 {
     run({title, message, QString(), {QStringLiteral("OK")}, style});
+}
+
+void Alerts::cancelForQuit()
+{
+    std::lock_guard lock(g_mutex);
+    g_quitting = true;
+}
+
+bool Alerts::isQuitting()
+{
+    std::lock_guard lock(g_mutex);
+    return g_quitting;
 }
 
 void Alerts::setPresenter(Presenter presenter)
@@ -72,6 +91,7 @@ void Alerts::resetForTest()
 {
     std::lock_guard lock(g_mutex);
     g_testing = true;
+    g_quitting = false;
     g_answers.clear();
     g_asked.clear();
 }

@@ -32,6 +32,12 @@ public:
     // A message with one "OK" button.
     static void inform(const QString &title, const QString &message, Style style = Style::Warning);
 
+    // Once the program is quitting on a signal (a logout, Ctrl+C), nobody is left to answer: every
+    // alert from then on returns "" at once, the cancel answer, and the caller takes its cancel path.
+    // The interface closes the alerts already open the same way.
+    static void cancelForQuit();
+    static bool isQuitting();
+
     using Presenter = std::function<QString(const Request &)>;
     static void setPresenter(Presenter presenter);
 

@@ -31,6 +31,8 @@ StartupSequence::Outcome StartupSequence::run()
 
     // Before anything is read: a download may replace the data folder.
     m_hooks.downloadData();
+    if (!m_hooks.startupMayGoOn())
+        return Outcome::Stopped;
 
     AssignmentStore().repairAtStartup();
     m_hooks.createLists();

@@ -13,6 +13,9 @@ public:
     // The earlier version's preferences file was moved: start again (the sequence then stops).
     virtual void restartAndQuit() {}
     virtual void downloadData() {}
+    // Asked right after the download: false when the user chose to quit during it (or the program
+    // was told to quit). Start-up then ends there, unfinished, so the quit path uploads nothing.
+    virtual bool startupMayGoOn() { return true; }
     virtual void createLists() {}
     virtual void setUpDateFormatter(const QString &dateFormat) { Q_UNUSED(dateFormat) }
     // Toolbar, sidebar (open or closed, attached or not), placeholders, pull-down menus, buttons.
@@ -34,7 +37,7 @@ public:
 class StartupSequence
 {
 public:
-    enum class Outcome { Started, Restarting };
+    enum class Outcome { Started, Restarting, Stopped };
 
     explicit StartupSequence(StartupHooks &hooks);
 

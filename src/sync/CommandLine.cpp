@@ -14,7 +14,7 @@ CommandLine *CommandLine::sharedController()
 }
 
 CommandLine::Outcome CommandLine::run(const QString &program, const QStringList &arguments, bool mergeErrors,
-                                      const QStringList &environment)
+                                      const QStringList &environment, const QByteArray &input)
 {
     Outcome outcome;
     QProcess process;
@@ -24,7 +24,8 @@ CommandLine::Outcome CommandLine::run(const QString &program, const QStringList 
     process.setProcessChannelMode(mergeErrors ? QProcess::MergedChannels : QProcess::SeparateChannels);
     if (!mergeErrors)
         process.setStandardErrorFile(QProcess::nullDevice());
-    process.setStandardInputFile(QProcess::nullDevice());
+    if (input.isEmpty())
+        process.setStandardInputFile(QProcess::nullDevice());
     if (!environment.isEmpty()) {
         QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
         for (const QString &variable : environment)
@@ -39,6 +40,10 @@ CommandLine::Outcome CommandLine::run(const QString &program, const QStringList 
         return outcome;
     }
     outcome.started = true;
+    if (!input.isEmpty()) {
+        process.write(input);
+        process.closeWriteChannel(); // sent once the loop below runs
+    }
 
     const bool onInterfaceThread = QCoreApplication::instance()
         && QThread::currentThread() == QCoreApplication::instance()->thread();

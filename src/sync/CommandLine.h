@@ -20,9 +20,11 @@ public:
     // The runner underneath both forms. On the interface thread it keeps the windows painted (but
     // takes no user input) while the child runs, so a progress sheet does not look frozen.
     // With `mergeErrors` false, standard error is dropped and only standard output is kept.
-    // `environment` adds or replaces variables ("NAME=value") for this child only.
+    // `environment` adds or replaces variables ("NAME=value") for this child only. `input` is
+    // written to the child's standard input, which is then closed (the empty device when none):
+    // the way to hand a child a secret, which its arguments would show to every user.
     static Outcome run(const QString &program, const QStringList &arguments, bool mergeErrors = true,
-                       const QStringList &environment = {});
+                       const QStringList &environment = {}, const QByteArray &input = {});
 
     // A shell command line, run as "/bin/sh" "-c" line; returns the output whatever the exit status.
     QString runCommand(const QString &line) const;

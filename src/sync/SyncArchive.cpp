@@ -222,6 +222,37 @@ QString resolveLink(const QString &member, const QString &target)
     return QDir::cleanPath(folder + QLatin1Char('/') + target);
 }
 
+// What arrives from a server is the student's private data, whatever modes the archive carried:
+// folders 0700 and files 0600 (which also drops setuid, setgid and sticky bits), owned by us. Links
+// are left as they are (their own mode means nothing) and never followed.
+bool makePrivate(const fs::path &folder)
+{
+    bool complete = ::chmod(folder.c_str(), 0700) == 0;
+    std::error_code error;
+    for (fs::recursive_directory_iterator it(folder, fs::directory_options::none, error), end; !error && it != end;
+         it.increment(error)) {
+        struct stat info;
+        if (::lstat(it->path().c_str(), &info) != 0)
+            continue;
+        if (S_ISDIR(info.st_mode))
+            complete = ::chmod(it->path().c_str(), 0700) == 0 && complete;
+        else if (S_ISREG(info.st_mode))
+            complete = ::chmod(it->path().c_str(), 0600) == 0 && complete;
+    }
+    return complete && !error;
+}
+
+// A folder the download adds to the data folder is private from the start.
+bool makeFolders(const QString &path)
+{
+    if (QFileInfo(path).isDir())
+        return true;
+    const QString parent = QFileInfo(path).path();
+    if (parent != path && !makeFolders(parent))
+        return false;
+    return ::mkdir(QFile::encodeName(path).constData(), 0700) == 0 || errno == EEXIST;
+}
+
 bool copyFileAtomically(const QString &from, const QString &to, QString *problem)
 {
     QFile source(from);
@@ -246,7 +277,7 @@ bool copyFileAtomically(const QString &from, const QString &to, QString *problem
         *problem = CopyFailed.arg(from, target.errorString());
         return false;
     }
-    QFile::setPermissions(to, source.permissions());
+    ::chmod(QFile::encodeName(to).constData(), 0600);
     return true;
 }
 
@@ -279,7 +310,6 @@ void SyncArchive::removeUnpackFolder()
 bool SyncArchive::compress(const QString &dataFolder, QString *problem)
 {
     if (!makePrivateFolder(StagingFolder, problem) || !makePrivateFile(ArchivePath, problem)) {
-        qCWarning(lcSync) << "packing refused:" << *problem;
         if (kindOf(StagingFolder) == Kind::Folder) {
             QString ignored;
             clearPath(StagingFolder, &ignored);
@@ -352,7 +382,7 @@ std::optional<QString> SyncArchive::checkMembers(const QString &archivePath)
 
 bool SyncArchive::mergeCopy(const QString &from, const QString &to, QString *problem, bool move)
 {
-    if (!QDir().mkpath(to)) {
+    if (!makeFolders(to)) {
         *problem = CopyFailed.arg(from, QStringLiteral("the data folder cannot be made"));
         return false;
     }
@@ -405,14 +435,17 @@ SyncArchive::Unpacked SyncArchive::unpack(QString *problem)
     else if (const auto refusal = checkMembers(ArchivePath))
         *problem = *refusal;
     else if (makePrivateFolder(UnpackFolder, problem)) {
-        const auto tar = CommandLine::run(TarPath,
-                                          {QStringLiteral("-xf"), ArchivePath, QStringLiteral("-C"), QStringLiteral("/tmp/")});
+        // Owners and modes from the archive are not taken over (root's tar would by default).
+        const auto tar = CommandLine::run(TarPath, {QStringLiteral("--no-same-owner"), QStringLiteral("--no-same-permissions"),
+                                                    QStringLiteral("-xf"), ArchivePath, QStringLiteral("-C"),
+                                                    QStringLiteral("/tmp/")});
         if (tar.exitStatus != 0)
             qCWarning(lcSync) << "tar:" << tar.output.trimmed();
+        if (!makePrivate(fs::path(local(UnpackFolder).toStdString())))
+            qCWarning(lcSync) << "could not make every unpacked file private";
         return Unpacked::Ready;
     }
-    qCWarning(lcSync) << "archive refused:" << *problem;
-    return Unpacked::Refused;
+    return Unpacked::Refused; // the caller tells the user, and the log, why
 }
 
 void SyncArchive::mergeUnpacked(const QString &dataFolder)

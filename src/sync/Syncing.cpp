@@ -1,15 +1,17 @@
 #include "sync/Syncing.h"
 
-#include "exchange/Backup.h"
+#include "exchange/AutomaticBackups.h"
 #include "platform/Alerts.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
 #include "sync/AGKeychain.h"
 #include "sync/CommandLine.h"
+#include "sync/CurlText.h"
 #include "sync/Hashing.h"
 #include "sync/SyncArchive.h"
 #include "sync/SyncLog.h"
+#include "sync/SyncRunLock.h"
 #include "sync/SyncingKeys.h"
 #include "sync/UrlFetch.h"
 
@@ -18,11 +20,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QThread>
 
 #include <algorithm>
 #include <mutex>
+#include <set>
 
 Q_LOGGING_CATEGORY(lcSync, "quillory.sync")
 
@@ -47,6 +49,8 @@ constexpr auto KeychainLog = "Error: unable to get password from keychain.";
 std::mutex g_hooksMutex;
 Syncing::ProgressPresenter g_progress;
 std::function<void()> g_quit;
+Syncing::NoticePresenter g_notice;
+std::set<QString> g_noticesShown;
 
 Syncing::ProgressPresenter progressPresenter()
 {
@@ -85,6 +89,39 @@ void Syncing::setQuitHandler(std::function<void()> handler)
     g_quit = std::move(handler);
 }
 
+void Syncing::setNoticePresenter(NoticePresenter presenter)
+{
+    std::lock_guard lock(g_hooksMutex);
+    g_notice = std::move(presenter);
+}
+
+void Syncing::showNotice(const QString &title, const QString &text)
+{
+    NoticePresenter presenter;
+    {
+        std::lock_guard lock(g_hooksMutex);
+        // Said once already (the quit's upload meeting the link the start-up's download met): a
+        // second message would only repeat it.
+        if (!g_noticesShown.insert(title + QLatin1Char('\n') + text).second)
+            return;
+        presenter = g_notice;
+    }
+    qCWarning(lcSync).noquote() << title + QStringLiteral(": ") + text;
+    if (presenter)
+        presenter(title, text);
+}
+
+void Syncing::forgetNoticesForTest()
+{
+    std::lock_guard lock(g_hooksMutex);
+    g_noticesShown.clear();
+}
+
+bool Syncing::isSyncing()
+{
+    return SyncRunLock::isHeld();
+}
+
 QVariantMap Syncing::settings()
 {
     return UserDefaults().dictionary(SyncingKeys::Group);
@@ -97,7 +134,23 @@ qint64 Syncing::method()
 
 // --- Sequences --------------------------------------------------------------------------------
 
+// Both wait for a sync already running even when syncing has been switched off since: the quit's
+// upload must not let the program end under the toolbar's.
 void Syncing::uploadData()
+{
+    SyncRunLock::begin();
+    runUpload();
+    SyncRunLock::end();
+}
+
+void Syncing::downloadData()
+{
+    SyncRunLock::begin();
+    runDownload();
+    SyncRunLock::end();
+}
+
+void Syncing::runUpload()
 {
     const qint64 chosen = method();
     if (chosen == SyncingKeys::NoSyncing)
@@ -120,7 +173,7 @@ void Syncing::uploadData()
     hideProgressSheet();
 }
 
-void Syncing::downloadData()
+void Syncing::runDownload()
 {
     const qint64 chosen = method();
     if (chosen == SyncingKeys::NoSyncing)
@@ -148,18 +201,28 @@ void Syncing::downloadData()
     if (!backedUp.written && merge)
         merge = showErrorDialog(backedUp.problem);
     if (unpacked == SyncArchive::Unpacked::Refused)
-        showErrorDialog(problem);
+        refuse(problem);
     if (merge)
         SyncArchive::mergeUnpacked(Paths::dataFolder());
     SyncArchive::cleanUp();
     hideProgressSheet();
 }
 
-void Syncing::syncData()
+bool Syncing::syncData()
 {
-    QThread *worker = QThread::create([this] { uploadDataAsynchronously(); });
+    // Taken here, before the thread starts, so that a second click finds it taken at once.
+    if (!SyncRunLock::tryBegin()) {
+        showNotice(SyncInProgressTitle, SyncInProgressText);
+        return false;
+    }
+    QThread *worker = QThread::create([this] {
+        runUpload();
+        SyncRunLock::end();
+        Q_EMIT asynchronousUploadFinished();
+    });
     connect(worker, &QThread::finished, worker, &QObject::deleteLater);
     worker->start();
+    return true;
 }
 
 void Syncing::uploadDataAsynchronously()
@@ -172,7 +235,7 @@ void Syncing::uploadDataAsynchronously()
 
 QString Syncing::backupPath()
 {
-    return QStringLiteral("%1/%2.plist").arg(Paths::syncingBackupsFolder(), DateText::nowStoredForm()).trimmed();
+    return AutomaticBackups::path();
 }
 
 QFuture<Syncing::BackupOutcome> Syncing::startBackup()
@@ -183,33 +246,13 @@ QFuture<Syncing::BackupOutcome> Syncing::startBackup()
     const QString path = backupPath();
     return QtConcurrent::run([path] {
         BackupOutcome outcome;
-        const QString folder = Paths::syncingBackupsFolder();
-        if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder))
-            qCWarning(lcSync) << "could not make" << folder;
         QString error;
         // Without a data folder (a first start on this computer) there is nothing to lose.
         const bool nothingToSave = !QFileInfo(Paths::dataFolder()).isDir();
-        outcome.written = Backup::sharedController()->exportBackupToFile(path, &error) || nothingToSave;
+        outcome.written = AutomaticBackups::write(path, &error) || nothingToSave;
         if (!outcome.written) {
             qCWarning(lcSync) << "automatic backup failed:" << error;
             outcome.problem = BackupFailed.arg(error);
-        }
-
-        // Every entry counts, whoever put it there; names sort oldest first.
-        const QDir dir(folder);
-        const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-        QStringList names = dir.entryList(filters, QDir::Unsorted);
-        std::sort(names.begin(), names.end());
-        while (names.size() > MaximumBackups) {
-            const QString entryPath = QStringLiteral("%1/%2").arg(folder, names.first());
-            const QFileInfo entry(entryPath);
-            const bool removed
-                = entry.isDir() && !entry.isSymLink() ? QDir(entryPath).removeRecursively() : QFile::remove(entryPath);
-            if (!removed) {
-                qCWarning(lcSync) << "could not remove old backup" << entryPath;
-                break;
-            }
-            names.removeFirst();
         }
         return outcome;
     });
@@ -230,7 +273,7 @@ bool Syncing::compressData()
     QString problem;
     if (SyncArchive::compress(Paths::dataFolder(), &problem))
         return true;
-    showErrorDialog(problem);
+    refuse(problem);
     return false;
 }
 
@@ -238,19 +281,31 @@ void Syncing::uncompressData()
 {
     QString problem;
     if (!SyncArchive::uncompress(Paths::dataFolder(), &problem))
-        showErrorDialog(problem);
+        refuse(problem);
+}
+
+void Syncing::refuse(const QString &problem)
+{
+    // Nothing is left to decide (the step cannot be made safely) and a link anyone can plant in /tmp
+    // must not hold the program at a question: the sync goes without this step and the user is told.
+    showNotice(WarningTitle, ProblemMessage + problem + NotSyncedText);
 }
 
 // --- Transfers --------------------------------------------------------------------------------
 
-QStringList Syncing::uploadArguments(const QString &credentials, const QString &url) const
+QStringList Syncing::uploadArguments(const QString &url) const
 {
-    return {QStringLiteral("-u"), credentials, url, QStringLiteral("-T"), SyncArchive::ArchivePath};
+    return {QStringLiteral("-K"), QStringLiteral("-"), url, QStringLiteral("-T"), SyncArchive::ArchivePath};
 }
 
-QStringList Syncing::downloadArguments(const QString &credentials, const QString &url) const
+QStringList Syncing::downloadArguments(const QString &url) const
 {
-    return {QStringLiteral("-u"), credentials, url, QStringLiteral("-o"), SyncArchive::ArchivePath};
+    return {QStringLiteral("-K"), QStringLiteral("-"), url, QStringLiteral("-o"), SyncArchive::ArchivePath};
+}
+
+QByteArray Syncing::curlConfig(const QString &credentials)
+{
+    return CurlText::config(credentials);
 }
 
 QString Syncing::onlineCredentials() const
@@ -277,49 +332,25 @@ QString Syncing::ftpUrl(const QVariantMap &settings, bool download)
     return url;
 }
 
-// curl draws a progress meter on its error output, which the user has no use for in an alert;
-// the meter's lines go and the tool's own message stays.
-static QString withoutProgressMeter(const QString &output)
-{
-    static const QRegularExpression meterRow(
-        QStringLiteral("^\\s*\\d+\\s+[\\d.]+[kMGTP]?\\s+\\d+\\s+[\\d.]+[kMGTP]?\\s+\\d+\\s+[\\d.]+[kMGTP]?\\s"));
-    QStringList kept;
-    for (const QString &line : output.split(QLatin1Char('\n'))) {
-        const QString shown = line.section(QLatin1Char('\r'), -1).trimmed();
-        if (shown.isEmpty() || shown.startsWith(QLatin1String("% Total")) || shown.startsWith(QLatin1String("Dload"))
-            || meterRow.match(shown).hasMatch())
-            continue;
-        kept << shown;
-    }
-    return kept.isEmpty() ? output : kept.join(QLatin1Char('\n'));
-}
-
-// curl of today refuses a blank in a URL, where the curl of old took it as typed; a blank is the
-// one character escaped, so paths and user names with blanks keep working.
-static QString forCurl(const QString &url)
-{
-    QString escaped = url;
-    return escaped.replace(QLatin1Char(' '), QStringLiteral("%20"));
-}
-
 bool Syncing::transfer(const QString &credentials, const QString &url, bool download)
 {
     if (download) {
         QString problem;
         if (!SyncArchive::prepareForDownload(&problem)) {
-            showErrorDialog(problem);
+            refuse(problem);
             return false; // nothing arrived, and a planted archive must not be unpacked
         }
     }
-    const QString curlUrl = forCurl(url);
-    const QString result = runCommand(
-        CurlPath, download ? downloadArguments(credentials, curlUrl) : uploadArguments(credentials, curlUrl));
+    const QString curlUrl = CurlText::url(url);
+    const auto outcome = CommandLine::run(CurlPath, download ? downloadArguments(curlUrl) : uploadArguments(curlUrl),
+                                          true, {}, curlConfig(credentials));
+    const QString result = outcome.exitStatus != 0 ? outcome.output : QString();
     if (result.isEmpty())
         return true;
     // Whatever a failed download left is not the user's data.
     if (download)
         SyncArchive::removeArchive();
-    return showErrorDialog(withoutProgressMeter(result));
+    return showErrorDialog(CurlText::message(result));
 }
 
 bool Syncing::onlineUpload()
@@ -424,7 +455,9 @@ bool Syncing::showErrorDialog(const QString &text)
     } else {
         answer = Alerts::run(request);
     }
-    if (answer != QuitButton)
+    // Quitting on a signal closes the alert with no answer: the program is on its way out, and
+    // going on would only start what the quit must not wait for.
+    if (answer != QuitButton && !(answer.isEmpty() && Alerts::isQuitting()))
         return true;
 
     m_quitChosen = true;

@@ -40,9 +40,15 @@ public:
     void downloadData();
     // uploadData on a thread of its own (the toolbar's upload); returns at once and emits
     // asynchronousUploadFinished when done. Windows are touched only through the presenters,
-    // which hand the work to the interface thread.
-    void syncData();
+    // which hand the work to the interface thread. While another sync runs it starts nothing, tells
+    // the user so and returns false.
+    bool syncData();
     void uploadDataAsynchronously();
+
+    // Syncs share fixed temporary paths, so one runs at a time in the whole program: a sequence asked
+    // for while another runs waits for it (on the interface thread the windows stay painted meanwhile
+    // and the running sync can still show its sheet and alerts).
+    static bool isSyncing();
 
     // The steps.
     // Writes a dated backup and keeps the newest 20 entries. False (with the reason) when the
@@ -82,9 +88,12 @@ public:
     // download, since it runs before the event loop).
     bool quitWasChosen() const { return m_quitChosen; }
 
-    // What the arguments of a transfer are, for the sequences and for anyone checking them.
-    QStringList uploadArguments(const QString &credentials, const QString &url) const;
-    QStringList downloadArguments(const QString &credentials, const QString &url) const;
+    // What the arguments of a transfer are, for the sequences and for anyone checking them. The
+    // credentials never appear among them, where every user of the computer could read them: curl
+    // reads them from its standard input, as the configuration line curlConfig() makes.
+    QStringList uploadArguments(const QString &url) const;
+    QStringList downloadArguments(const QString &url) const;
+    static QByteArray curlConfig(const QString &credentials);
     QString onlineUrl(bool download) const;
     static QString ftpUrl(const QVariantMap &settings, bool download);
 
@@ -100,8 +109,15 @@ public:
     };
     static void setProgressPresenter(ProgressPresenter presenter);
     static void setQuitHandler(std::function<void()> handler);
+    // A message that asks nothing and blocks nothing (a refused temporary path, a sync already
+    // running). Each distinct message is shown once per run of the program and always logged.
+    using NoticePresenter = std::function<void(const QString &title, const QString &text)>;
+    static void setNoticePresenter(NoticePresenter presenter);
+    static void showNotice(const QString &title, const QString &text);
 
-    static constexpr int MaximumBackups = 20;
+    static constexpr int MaximumBackups = 20; // the automatic backups kept (AutomaticBackups writes them)
+    // Notices are shown once per run of the program; tests start each case afresh.
+    static void forgetNoticesForTest();
 
     static inline const QString CurlPath = QStringLiteral("/usr/bin/curl");
     static inline const QString RemoteArchiveName = QStringLiteral("Quillory.tar");
@@ -121,11 +137,19 @@ public:
     static inline const QString QuitButton = QStringLiteral("Quit");
     static inline const QString ContinueButton = QStringLiteral("Continue");
     static inline const QString UnableToLogin = QStringLiteral("unable to login.");
+    static inline const QString SyncInProgressTitle = QStringLiteral("Sync in Progress");
+    static inline const QString SyncInProgressText
+        = QStringLiteral("Your data is already being synced.  Try again when that sync has finished.");
+    static inline const QString NotSyncedText = QStringLiteral("\n\nThis sync was skipped; nothing was changed.");
 
 Q_SIGNALS:
     void asynchronousUploadFinished();
 
 private:
+    void runUpload();
+    void runDownload();
+    // Reports a temporary path or archive that had to be refused: logged, and a notice.
+    void refuse(const QString &problem);
     bool transfer(const QString &credentials, const QString &url, bool download);
     QString onlineCredentials() const;
 

@@ -1,3 +1,4 @@
+#include "exchange/AutomaticBackups.h"
 #include "exchange/Backup.h"
 #include "exchange/RecordMatch.h"
 #include "platform/Alerts.h"
@@ -410,4 +411,36 @@ TEST(RecordMatch, NumbersCompareByValueAndHashAlike)
     EXPECT_TRUE(RecordMatch::equal(c, e, "Date Updated"));
     EXPECT_EQ(RecordMatch::hash(c, "Date Updated"), RecordMatch::hash(e, "Date Updated"));
     EXPECT_FALSE(RecordMatch::equal(QVariantList{1, 2}, QVariantList{2, 1}));
+}
+
+TEST(BackupImport, ReplaceFirstKeepsTheDataItReplacesAmongTheAutomaticBackups)
+{
+    const QVariantList data = {assignment("Mine", Stamp)};
+    writeData(data, {course("Math")}, {"Quiz"});
+    const QString bogus = TestEnvironment::home() + QStringLiteral("/notes.txt");
+    TestEnvironment::writeFile(bogus, "just some text");
+
+    // The wrong file, and "Replace": the data is emptied, but kept where the sync keeps its backups.
+    Alerts::queueAnswer(Backup::ReplaceButton);
+    EXPECT_EQ(Backup::sharedController()->importFromFile(bogus), Backup::ImportOutcome::Replaced);
+    EXPECT_TRUE(readList(Paths::assignmentsFile()).isEmpty());
+    const QString kept = Paths::syncingBackupsFolder() + QStringLiteral("/2026-11-22 10:30:00 -0500.plist");
+    ASSERT_EQ(AutomaticBackups::path(), kept);
+    EXPECT_EQ(PropertyList::readFile(kept)->toList(),
+              (QVariantList{data, QVariantList{course("Math")}, QVariantList{"Quiz"}}));
+
+    // Undone from there. That Replace keeps what it replaces too, beside the first in the same
+    // second, which it does not overwrite.
+    Alerts::queueAnswer(Backup::ReplaceButton);
+    EXPECT_EQ(Backup::sharedController()->importFromFile(kept), Backup::ImportOutcome::Replaced);
+    EXPECT_EQ(readList(Paths::assignmentsFile()), data);
+    EXPECT_EQ(QDir(Paths::syncingBackupsFolder()).entryList(QDir::Files, QDir::Name),
+              (QStringList{"2026-11-22 10:30:00 -0500.plist", "2026-11-22 10:30:00 -0500_2.plist"}));
+    EXPECT_EQ(readList(Paths::syncingBackupsFolder() + QStringLiteral("/2026-11-22 10:30:00 -0500_2.plist")),
+              (QVariantList{QVariantList{}, QVariantList{}, QVariantList{}}));
+
+    // A merge keeps everything that was there, so it needs no backup.
+    Alerts::queueAnswer(Backup::MergeButton);
+    Backup::sharedController()->importFromFile(kept);
+    EXPECT_EQ(QDir(Paths::syncingBackupsFolder()).entryList(QDir::Files).size(), 2);
 }

@@ -55,12 +55,16 @@ void SyncTest::SetUp()
     Syncing::setProgressPresenter({[this](const QString &title) { m_sheet << QStringLiteral("show:") + title; },
                                    [this] { m_sheet << QStringLiteral("hide"); }});
     Syncing::setQuitHandler([] {});
+    Syncing::forgetNoticesForTest();
+    Syncing::setNoticePresenter(
+        [this](const QString &title, const QString &text) { m_notices << title + QStringLiteral(": ") + text; });
 }
 
 void SyncTest::TearDown()
 {
     Syncing::setProgressPresenter({});
     Syncing::setQuitHandler({});
+    Syncing::setNoticePresenter({});
     clearTemporaryPaths();
     m_lock.reset();
 }

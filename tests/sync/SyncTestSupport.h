@@ -29,6 +29,8 @@ protected:
 
     // "show:<title>" and "hide", in the order the engine asked for them.
     QStringList m_sheet;
+    // "<title>: <text>" of every notice (the messages that block nothing), in order.
+    QStringList m_notices;
 
     static void writeSettings(const QVariantMap &settings);
     // Three store files with a few records, a file with blanks in its name and one in a subfolder.

@@ -10,6 +10,10 @@
 #include "sync/SyncingKeys.h"
 #include "sync/ui/BusyIndicator.h"
 #include "sync/ui/SyncingPrefs.h"
+#include "list/ui/MainMenus.h"
+#include "list/ui/MainWindow.h"
+
+#include <QAction>
 
 #include <QComboBox>
 #include <QLabel>
@@ -242,5 +246,30 @@ TEST_F(SyncingPrefsTest, DownloadButtonAsksFirst)
 
     Alerts::queueAnswer(SyncingPrefs::YesButton);
     pane.downloadDataFromServer();
+    EXPECT_EQ(m_sheet.value(0), QStringLiteral("show:Downloading Data..."));
+}
+
+TEST_F(SyncingPrefsTest, TheFileMenusDownloadAsksTheSameQuestion)
+{
+    writeSampleData(QStringLiteral("local"));
+    writeSettings({{SyncingKeys::Method, qint64(3)}});
+    const auto before = snapshot(dataFolder(), true);
+    MainWindow window;
+    window.setUpFromPreferences();
+    QAction *download = window.menus()->action(MainMenus::Command::DownloadData);
+    ASSERT_NE(download, nullptr);
+
+    Alerts::queueAnswer(SyncingPrefs::NoButton);
+    download->trigger();
+    auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_EQ(asked[0].title, QStringLiteral("Download Data"));
+    EXPECT_EQ(asked[0].message, SyncingPrefs::DownloadQuestion);
+    EXPECT_EQ(asked[0].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("No")}));
+    EXPECT_TRUE(m_sheet.isEmpty());
+    EXPECT_EQ(snapshot(dataFolder(), true), before) << "not even a backup before the answer";
+
+    Alerts::queueAnswer(SyncingPrefs::YesButton);
+    download->trigger();
     EXPECT_EQ(m_sheet.value(0), QStringLiteral("show:Downloading Data..."));
 }

@@ -5,14 +5,22 @@
 #include "platform/Paths.h"
 #include "support/TestEnvironment.h"
 #include "sync/AGKeychain.h"
+#include "sync/CommandLine.h"
 #include "sync/SyncArchive.h"
 #include "sync/Syncing.h"
 #include "sync/SyncingKeys.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QThread>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -55,6 +63,14 @@ protected:
                 {SyncingKeys::FTPPath, path}};
     }
     QString remote(const QString &relative) const { return m_root.filePath(relative); }
+    // A large attachment, so that each transfer lasts long enough to be watched and overlapped.
+    static void writeLargeAttachment()
+    {
+        QByteArray bytes(48 << 20, Qt::Uninitialized);
+        QRandomGenerator generator(7);
+        generator.fillRange(reinterpret_cast<quint32 *>(bytes.data()), bytes.size() / 4);
+        TestEnvironment::writeFile(dataFolder() + QStringLiteral("/Attachments/lecture.mov"), bytes);
+    }
 
     QTemporaryDir m_root;
     LocalServers::FtpServer m_server;
@@ -104,12 +120,13 @@ TEST_F(FtpSyncTest, UrlsAreJoinedVerbatim)
     EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QString()), false), QStringLiteral("ftp://") + host);
     EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QString()), true), QStringLiteral("ftp://") + host + QStringLiteral("Quillory.tar"));
     Syncing engine;
-    EXPECT_EQ(engine.uploadArguments(QStringLiteral("a:b"), QStringLiteral("ftp://h/")),
-              (QStringList{QStringLiteral("-u"), QStringLiteral("a:b"), QStringLiteral("ftp://h/"), QStringLiteral("-T"),
+    EXPECT_EQ(engine.uploadArguments(QStringLiteral("ftp://h/")),
+              (QStringList{QStringLiteral("-K"), QStringLiteral("-"), QStringLiteral("ftp://h/"), QStringLiteral("-T"),
                            QStringLiteral("/tmp/Quillory.tar")}));
-    EXPECT_EQ(engine.downloadArguments(QStringLiteral("a:b"), QStringLiteral("ftp://h/Quillory.tar")),
-              (QStringList{QStringLiteral("-u"), QStringLiteral("a:b"), QStringLiteral("ftp://h/Quillory.tar"),
+    EXPECT_EQ(engine.downloadArguments(QStringLiteral("ftp://h/Quillory.tar")),
+              (QStringList{QStringLiteral("-K"), QStringLiteral("-"), QStringLiteral("ftp://h/Quillory.tar"),
                            QStringLiteral("-o"), QStringLiteral("/tmp/Quillory.tar")}));
+    EXPECT_EQ(Syncing::curlConfig(QStringLiteral("me:a \"b\" \\c\nd")), QByteArray("user = \"me:a \\\"b\\\" \\\\c\\nd\"\n"));
 }
 
 TEST_F(FtpSyncTest, EmptyPathUploadsToTheTopAndItsDownloadFailsWithoutTouchingData)
@@ -215,4 +232,115 @@ TEST_F(FtpSyncTest, ToolbarUploadRunsOnItsOwnThread)
     const auto asked = Alerts::takeAsked();
     ASSERT_EQ(asked.size(), 1);
     EXPECT_TRUE(asked[0].message.contains(QStringLiteral("curl: (67)")));
+}
+
+// Every command line of this process's children while `work` runs, read from /proc as any user of
+// the computer can.
+static QStringList childCommandLines(const std::function<void()> &work)
+{
+    std::atomic<bool> done{false};
+    std::mutex mutex;
+    QSet<QString> seen;
+    std::thread watcher([&] {
+        const QByteArray self = QByteArray::number(::getpid());
+        while (!done) {
+            for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+                QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+                if (pid.front() < QLatin1Char('0') || pid.front() > QLatin1Char('9') || !stat.open(QIODevice::ReadOnly))
+                    continue;
+                const QByteArray fields = stat.readAll();
+                const QList<QByteArray> after = fields.mid(fields.lastIndexOf(')') + 2).split(' ');
+                if (after.size() < 2 || after[1] != self)
+                    continue;
+                QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(pid));
+                if (!cmdline.open(QIODevice::ReadOnly))
+                    continue;
+                QByteArray line = cmdline.readAll();
+                line.replace('\0', ' ');
+                std::lock_guard lock(mutex);
+                seen.insert(QString::fromUtf8(line));
+            }
+        }
+    });
+    work();
+    done = true;
+    watcher.join();
+    return QStringList(seen.begin(), seen.end());
+}
+
+TEST_F(FtpSyncTest, ThePasswordNeverAppearsOnACommandLineAndAnyPasswordLogsIn)
+{
+    const QString password = QStringLiteral("pa\"ss wo\\rd 'x' \\\" end");
+    QTemporaryDir root;
+    LocalServers::FtpServer server;
+    QString error;
+    ASSERT_TRUE(server.start(root.path(), FtpUser, password, &error)) << error.toStdString();
+    QDir(root.path()).mkpath(QStringLiteral("planner"));
+    setKeychainPassword(password);
+    writeSampleData(QStringLiteral("first computer"));
+    writeLargeAttachment();
+    QVariantMap settings = ftpSettings(QStringLiteral("/planner/"));
+    settings[SyncingKeys::FTPServer] = server.hostAndPort();
+    writeSettings(settings);
+    const auto uploaded = snapshot(dataFolder());
+
+    Syncing engine;
+    const QStringList lines = childCommandLines([&] {
+        engine.uploadData();
+        switchToSecondHome();
+        writeSettings(settings);
+        engine.downloadData();
+    });
+    EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+    EXPECT_TRUE(QFileInfo::exists(root.filePath(QStringLiteral("planner/Quillory.tar"))));
+    EXPECT_EQ(snapshot(dataFolder()), uploaded);
+    int curls = 0;
+    for (const QString &line : lines) {
+        if (line.contains(QStringLiteral(" -m pyftpdlib ")))
+            continue; // the test's own server, told the password the test chose
+        curls += line.startsWith(QStringLiteral("/usr/bin/curl ")) ? 1 : 0;
+        EXPECT_FALSE(line.contains(password) || line.contains(QStringLiteral("ss wo"))) << line.toStdString();
+    }
+    EXPECT_GE(curls, 2) << "the transfers were not seen: " << lines.join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_F(FtpSyncTest, OneSyncAtATimeAndAQuitWaitsForTheToolbarUpload)
+{
+    QDir(m_root.path()).mkpath(QStringLiteral("planner"));
+    writeSampleData(QStringLiteral("local"));
+    writeLargeAttachment();
+    writeSettings(ftpSettings(QStringLiteral("/planner/")));
+    std::mutex mutex;
+    QList<QThread *> threads; // of every sheet shown or hidden, in order
+    Syncing::setProgressPresenter({[&](const QString &) {
+                                       std::lock_guard lock(mutex);
+                                       threads << QThread::currentThread();
+                                   },
+                                   [&] {
+                                       std::lock_guard lock(mutex);
+                                       threads << QThread::currentThread();
+                                   }});
+    Syncing engine;
+    QSignalSpy finished(&engine, &Syncing::asynchronousUploadFinished);
+    EXPECT_TRUE(engine.syncData());
+    // A second click is refused, and says why without blocking.
+    EXPECT_FALSE(engine.syncData());
+    EXPECT_EQ(m_notices, QStringList{QStringLiteral("Sync in Progress: Your data is already being synced.  Try again "
+                                                    "when that sync has finished.")});
+    // The quit's upload on the interface thread waits for the toolbar's, then runs on its own.
+    EXPECT_TRUE(Syncing::isSyncing());
+    engine.uploadData();
+    EXPECT_FALSE(Syncing::isSyncing());
+    EXPECT_TRUE(finished.count() == 1 || finished.wait(30000));
+    EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+
+    std::lock_guard lock(mutex);
+    const qsizetype firstOfQuit = threads.indexOf(QThread::currentThread());
+    ASSERT_GT(firstOfQuit, 0);
+    for (qsizetype i = 0; i < threads.size(); ++i)
+        EXPECT_EQ(threads[i] == QThread::currentThread(), i >= firstOfQuit) << "sheet event " << i << " overlaps";
+    const auto listed = CommandLine::run(QStringLiteral("/usr/bin/tar"),
+                                         {QStringLiteral("-tf"), remote(QStringLiteral("planner/Quillory.tar"))});
+    EXPECT_EQ(listed.exitStatus, 0) << listed.output.toStdString();
+    EXPECT_TRUE(listed.output.contains(QStringLiteral("tmp/Quillory/Attachments/lecture.mov")));
 }

@@ -22,6 +22,7 @@
 #include "store/ui/CoursesAndTextbooks.h"
 #include "store/ui/PreferencesWindow.h"
 #include "sync/Syncing.h"
+#include "sync/ui/SyncingPrefs.h"
 #include "widgets/AnimatingTabView.h"
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarController.h"
@@ -400,6 +401,8 @@ void MainWindow::perform(Command command)
         Syncing::sharedController()->uploadData();
         break;
     case Command::DownloadData:
+        if (!SyncingPrefs::confirmDownload())
+            break;
         // The download replaced the files; the refresh reads them.
         Syncing::sharedController()->downloadData();
         refresh();

@@ -4,10 +4,13 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QMainWindow>
+#include <QMessageBox>
 #include <QPointer>
 #include <QProgressBar>
 #include <QScreen>
 #include <QThread>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
@@ -56,6 +59,35 @@ void hideSheet()
     g_current = nullptr;
 }
 
+QWidget *visibleMainWindow()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (qobject_cast<QMainWindow *>(window) && window->isVisible())
+            return window;
+    }
+    return nullptr;
+}
+
+// A message that leaves everything usable: the program goes on while it is read. It stands over the
+// main window, so that a notice from the start-up's download is not hidden by the window shown
+// after it: until that window is up (a few seconds at most) the notice waits for it.
+void showNotice(const QString &title, const QString &text, int attemptsLeft = 50)
+{
+    QWidget *parent = visibleMainWindow();
+    if (!parent && attemptsLeft > 0) {
+        QTimer::singleShot(200, qApp, [title, text, attemptsLeft] { showNotice(title, text, attemptsLeft - 1); });
+        return;
+    }
+    auto *box = new QMessageBox(QMessageBox::Warning, title, text, QMessageBox::Ok, parent);
+    box->setObjectName(QStringLiteral("syncNotice"));
+    box->setAccessibleName(title);
+    box->setAccessibleDescription(text);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(Qt::NonModal);
+    box->show();
+}
+
 } // namespace
 
 SyncProgressSheet::SyncProgressSheet(const QString &title, QWidget *parent)
@@ -98,4 +130,7 @@ void SyncProgressSheet::install()
 {
     Syncing::setProgressPresenter({[](const QString &title) { onInterfaceThread([title] { showSheet(title); }); },
                                    [] { onInterfaceThread(hideSheet); }});
+    Syncing::setNoticePresenter([](const QString &title, const QString &text) {
+        onInterfaceThread([title, text] { showNotice(title, text); });
+    });
 }

@@ -16,7 +16,7 @@ public:
     QString title() const;
 
     // Hands the engine a presenter that shows and hides sheets on the interface thread, whichever
-    // thread the engine runs on.
+    // thread the engine runs on, and one for its notices (message boxes that block nothing).
     static void install();
     // The sheet on screen now, or null.
     static SyncProgressSheet *current();

@@ -344,11 +344,15 @@ void SyncingPrefs::showImage(const QString &name)
     m_confirmationImageView->show();
 }
 
+bool SyncingPrefs::confirmDownload()
+{
+    return Alerts::run({DownloadTitle, DownloadQuestion, QString(), {YesButton, NoButton}, Alerts::Style::Warning})
+        == YesButton;
+}
+
 void SyncingPrefs::downloadDataFromServer()
 {
-    const QString answer
-        = Alerts::run({DownloadTitle, DownloadQuestion, QString(), {YesButton, NoButton}, Alerts::Style::Warning});
-    if (answer == YesButton)
+    if (confirmDownload())
         m_engine->downloadData();
 }
 

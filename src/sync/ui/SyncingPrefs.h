@@ -41,6 +41,9 @@ public:
     void controlTextDidChange();
     void checkForValidOnlineUser();
     void downloadDataFromServer();
+    // The question before any download that replaces this computer's data (this pane's button, the
+    // File menu): true for "Yes".
+    static bool confirmDownload();
     void openWebsite();
     // An online account never confirmed in this pane switches syncing off.
     void preferencesPanelWillClose();
