@@ -8,6 +8,8 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
 #include <QScreen>
 
 // The main window left open beside the preferences window: what the panes change shows in the list
@@ -172,4 +174,15 @@ TEST(PreferencesFollowWindow, LabelsAndColumnsFromThePanesReachTheOpenWindow)
     QTest::mouseClick(daysLeft, Qt::LeftButton, {}, QPoint(8, daysLeft->height() / 2));
     EXPECT_TRUE(eventually([&] { return columnOf(w.controller(), ColumnCatalogue::DaysLeft) >= 0; }));
     EXPECT_EQ(w.controller()->tableModel()->cellText(1, ColumnCatalogue::DaysLeft).toString(), QStringLiteral("6"));
+
+    // A label typed in the Labels pane: the sidebar names the empty personal detail by it.
+    preferences.toolbarItem(QStringLiteral("Labels"))->trigger();
+    auto *nameLabel = preferences.currentView()->findChild<QLineEdit *>(QStringLiteral("nameLabel"));
+    ASSERT_NE(nameLabel, nullptr);
+    nameLabel->selectAll();
+    QTest::keyClicks(nameLabel, QStringLiteral("Nickname"));
+    QStringList shown;
+    for (const QLabel *label : w.window->sidebar()->personalInfoLabels())
+        shown.append(label->text());
+    EXPECT_TRUE(shown.contains(QStringLiteral("nickname"))) << shown.join(QLatin1Char(',')).toStdString();
 }
