@@ -10,7 +10,9 @@
 #include "list/SidebarEditing.h"
 #include "list/ToolbarState.h"
 #include "platform/Paths.h"
+#include "platform/PreferencesNotifier.h"
 #include "platform/UserDefaults.h"
+#include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
 #include <QItemSelectionModel>
@@ -45,6 +47,7 @@ void Controller::construct()
     connect(m_table, &AssignmentTableModel::completedToggled, this,
             [this](int row) { m_editing->markAssignmentAsCompleted(row); });
     connect(m_selection, &QItemSelectionModel::selectionChanged, this, &Controller::onSelectionChanged);
+    connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, &Controller::preferenceChanged);
 }
 
 void Controller::setUp()
@@ -251,11 +254,7 @@ std::optional<QString> Controller::getSubprojectDisplayName(const Assignment &su
     const AssignmentRef project = projectFor(subproject.string(AssignmentKeys::Subproject));
     if (!project)
         return std::nullopt;
-    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General,
-                                                      PreferenceKeys::GeneralKeys::SubprojectTitleFormat);
-    return CellPresentation::subprojectTitle(format.typeId() == QMetaType::QString
-                                                 ? format.toString()
-                                                 : PreferenceKeys::DefaultSubprojectTitleFormat,
+    return CellPresentation::subprojectTitle(GeneralSettings::storedSubprojectTitleFormat(),
                                              project->string(AssignmentKeys::Name),
                                              subproject.string(AssignmentKeys::Name));
 }
@@ -549,4 +548,33 @@ void Controller::updateWindowInformation()
     }
     Q_EMIT m_table->headerDataChanged(Qt::Horizontal, 0, std::max(0, m_table->columnCount() - 1));
     Q_EMIT labelsChanged();
+}
+
+void Controller::preferenceChanged(const QString &group, const QString &key)
+{
+    using namespace PreferenceKeys;
+    const bool presentation = group == Colors || (group.isEmpty() && key == ColorFormat)
+        || (group == General
+            && (key == GeneralKeys::DateFormat || key == GeneralKeys::DisplayDuplicateDates
+                || key == GeneralKeys::AlternateRowColors || key == GeneralKeys::SubprojectTitleFormat
+                || key.isEmpty()));
+    if (presentation) {
+        // The cells read the preferences as they are drawn; they only need drawing again.
+        m_table->refreshPresentation();
+        return;
+    }
+    if (group == Labels || group == PersonalInfo) {
+        Q_EMIT m_table->headerDataChanged(Qt::Horizontal, 0, std::max(0, m_table->columnCount() - 1));
+        Q_EMIT labelsChanged();
+        return;
+    }
+    if (group.isEmpty() && (key == UserColumns || key == UserColumnsOrdering)) {
+        // The columns pane changed the shown columns. This controller saves the layout itself on
+        // every resize and move; what it wrote is what it shows, and is left alone.
+        const std::optional<ColumnLayout> layout = ColumnLayout::load();
+        if (layout && *layout != m_layout) {
+            const auto action = beginAction();
+            rebuildColumns();
+        }
+    }
 }

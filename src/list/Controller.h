@@ -141,6 +141,9 @@ public:
     void updateWindowInformation();
     // "Preferences - Personal Info" values in lower case, those that are not empty.
     static QStringList personalInformation();
+    // A preference was written (by this or any other window): redraws what it decides, without
+    // reloading the store. Connected to the preferences' change signal.
+    void preferenceChanged(const QString &group, const QString &key);
 
     Editing &editing() { return *m_editing; }
     SidebarEditing &sidebarEditing() { return *m_sidebarEditing; }

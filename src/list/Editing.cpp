@@ -13,6 +13,7 @@
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/UserDefaults.h"
+#include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
 using namespace AssignmentKeys;
@@ -20,12 +21,6 @@ using namespace AssignmentKeys;
 Editing::Editing(Controller &controller)
     : m_controller(controller)
 {
-}
-
-QString Editing::dateFormat() const
-{
-    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
-    return format.typeId() == QMetaType::QString ? format.toString() : PreferenceKeys::DateFormatLong;
 }
 
 bool Editing::warningsOn() const
@@ -238,7 +233,7 @@ void Editing::setSubprojectValue(int row, const QString &column, const QVariant 
         if (value.typeId() == QMetaType::QDateTime)
             date = value.toDateTime();
         else if (!value.toString().isEmpty())
-            date = DateText::parseNatural(value.toString(), dateFormat(), Clock::now());
+            date = DateText::parseNatural(value.toString(), GeneralSettings::storedDateFormat(), Clock::now());
         if (date && date->isValid())
             subproject->set(Date, DateText::toStoredForm(*date));
         else if (value.toString().isEmpty())
@@ -268,7 +263,7 @@ QVariant Editing::subprojectCell(int row, const QString &column) const
     const Assignment &record = *rows[row];
     if (column == ColumnCatalogue::Date) {
         if (const std::optional<QDateTime> due = record.dueDate())
-            return DateText::format(due->toLocalTime(), dateFormat());
+            return DateText::format(due->toLocalTime(), GeneralSettings::storedDateFormat());
     }
     return record.value(column);
 }

@@ -46,7 +46,6 @@ public:
 private:
     AssignmentRef addRecordWithDate(const std::optional<QDateTime> &date);
     AssignmentRef newRecord() const;
-    QString dateFormat() const;
     bool warningsOn() const;
 
     Controller &m_controller;

@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/ColorString.h"
 #include "platform/UserDefaults.h"
+#include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
 PresentationSettings PresentationSettings::load()
@@ -12,13 +13,10 @@ PresentationSettings PresentationSettings::load()
     const QVariantMap general = defaults.dictionary(General);
 
     PresentationSettings settings;
-    const QVariant format = general.value(GeneralKeys::DateFormat);
-    settings.dateFormat = format.typeId() == QMetaType::QString ? format.toString() : DateFormatLong;
+    settings.dateFormat = GeneralSettings::storedDateFormat();
     settings.displayDuplicateDates = general.value(GeneralKeys::DisplayDuplicateDates).toBool();
     settings.alternateRowColors = general.value(GeneralKeys::AlternateRowColors).toBool();
-    const QVariant titleFormat = general.value(GeneralKeys::SubprojectTitleFormat);
-    settings.subprojectTitleFormat
-        = titleFormat.typeId() == QMetaType::QString ? titleFormat.toString() : DefaultSubprojectTitleFormat;
+    settings.subprojectTitleFormat = GeneralSettings::storedSubprojectTitleFormat();
     settings.colorFormat = defaults.integer(ColorFormat);
 
     const QVariantMap colors = defaults.dictionary(Colors);

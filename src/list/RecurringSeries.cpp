@@ -6,9 +6,9 @@
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
-#include "platform/UserDefaults.h"
 #include "store/Assignment.h"
 #include "store/AssignmentStore.h"
+#include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
 namespace {
@@ -34,15 +34,9 @@ constexpr int MaximumStepsWithoutProgress = 14;
 // filling the memory.
 constexpr int MaximumOccurrences = 10000;
 
-QString dateFormat()
-{
-    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
-    return format.typeId() == QMetaType::QString ? format.toString() : PreferenceKeys::DateFormatLong;
-}
-
 std::optional<QDateTime> readDate(const QString &text)
 {
-    return DateText::parseNatural(text, dateFormat(), Clock::now());
+    return DateText::parseNatural(text, GeneralSettings::storedDateFormat(), Clock::now());
 }
 
 // The text fields' integer value: leading digits, 0 when there are none.

@@ -10,6 +10,7 @@
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/UserDefaults.h"
+#include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
 using namespace AssignmentKeys;
@@ -17,12 +18,6 @@ using namespace AssignmentKeys;
 SidebarEditing::SidebarEditing(Controller &controller)
     : m_controller(controller)
 {
-}
-
-QString SidebarEditing::dateFormat() const
-{
-    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
-    return format.typeId() == QMetaType::QString ? format.toString() : PreferenceKeys::DateFormatLong;
 }
 
 SidebarValues SidebarEditing::currentValues() const
@@ -69,7 +64,8 @@ bool SidebarEditing::editAssignment(Sender sender)
     };
     putText(Name, values.name);
     if (!values.dateText.isEmpty()) {
-        const std::optional<QDateTime> due = DateText::parseNatural(values.dateText, dateFormat(), Clock::now());
+        const std::optional<QDateTime> due
+            = DateText::parseNatural(values.dateText, GeneralSettings::storedDateFormat(), Clock::now());
         if (!due) {
             qCInfo(lcList) << "edit abandoned: no date in" << values.dateText;
             return false;
@@ -151,8 +147,9 @@ void SidebarEditing::dateToToday()
         return;
     SidebarValues values = currentValues();
     // The field's formatter reads the word and shows the day it names.
-    const std::optional<QDateTime> today = DateText::parseNatural(ListTexts::Today, dateFormat(), Clock::now());
-    values.dateText = today ? DateText::format(*today, dateFormat()) : ListTexts::Today;
+    const std::optional<QDateTime> today
+        = DateText::parseNatural(ListTexts::Today, GeneralSettings::storedDateFormat(), Clock::now());
+    values.dateText = today ? DateText::format(*today, GeneralSettings::storedDateFormat()) : ListTexts::Today;
     show(values);
     editAssignment(Sender::Other);
 }
@@ -172,7 +169,7 @@ void SidebarEditing::addDay(int days)
     if (!due)
         return;
     const QDateTime moved = due->toLocalTime().addDays(days);
-    values.dateText = DateText::format(moved, dateFormat());
+    values.dateText = DateText::format(moved, GeneralSettings::storedDateFormat());
     show(values);
     editAssignment(Sender::Other);
 }
@@ -199,7 +196,7 @@ SidebarValues SidebarEditing::valuesFor(const Assignment &record) const
     values.name = record.string(Name);
     if (const std::optional<QDateTime> due = record.dueDate()) {
         const QDateTime local = due->toLocalTime();
-        values.dateText = DateText::format(local, dateFormat());
+        values.dateText = DateText::format(local, GeneralSettings::storedDateFormat());
         DatePullDowns::titlesFor(local, values.monthTitle, values.dayTitle, values.yearTitle);
     }
     values.course = record.string(Course);

@@ -71,7 +71,6 @@ public:
 private:
     SidebarValues currentValues() const;
     void show(const SidebarValues &values);
-    QString dateFormat() const;
 
     Controller &m_controller;
     Fill m_fill;

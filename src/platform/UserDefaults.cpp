@@ -1,6 +1,7 @@
 #include "platform/UserDefaults.h"
 
 #include "platform/Paths.h"
+#include "platform/PreferencesNotifier.h"
 #include "platform/PropertyList.h"
 
 #include <QDir>
@@ -171,10 +172,11 @@ void UserDefaults::remove(const QString &key)
 
 void UserDefaults::setMany(const QVariantMap &changes, const QStringList &removals)
 {
-    std::lock_guard lock(g_mutex);
+    std::unique_lock lock(g_mutex);
     const QString file = path();
     const CachedFile &now = current(file);
     QVariantMap values = now.values;
+    const QVariantMap before = now.values;
     if (now.damaged)
         moveAside(file);
     for (auto it = changes.begin(); it != changes.end(); ++it)
@@ -191,6 +193,16 @@ void UserDefaults::setMany(const QVariantMap &changes, const QStringList &remova
     }
     if (const auto stamp = stampOf(file))
         g_cache.insert(file, CachedFile{*stamp, values, false});
+    // Outside the lock: a window that rereads the preferences on the signal must not wait for a
+    // worker thread that is writing meanwhile.
+    lock.unlock();
+    if (m_domain == ProgramDomain)
+        PreferencesNotifier::instance()->announce(before, values);
+}
+
+PreferencesNotifier *UserDefaults::notifier()
+{
+    return PreferencesNotifier::instance();
 }
 
 void UserDefaults::dropCaches()

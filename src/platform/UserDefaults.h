@@ -5,6 +5,8 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+class PreferencesNotifier;
+
 // The preferences domain "com.brevandt.Quillory", kept as the property list
 // ~/Library/Preferences/com.brevandt.Quillory.plist.
 //
@@ -45,6 +47,9 @@ public:
     void remove(const QString &key);
     // Several changes in one write.
     void setMany(const QVariantMap &changes, const QStringList &removals = {});
+
+    // Says after every write of the program's own domain what it changed (on the interface thread).
+    static PreferencesNotifier *notifier();
 
     // Forgets every cached parse (tests switch $HOME between cases).
     static void dropCaches();

@@ -32,7 +32,7 @@ GeneralSettings GeneralSettings::load()
     s.defaultView = general.value(DefaultView).toInt();
     s.defaultCalendarFormat = general.value(DefaultCalendarFormat).toInt();
     s.dateEntryFormat = general.value(DateEntryFormat).toInt();
-    s.setDateFormat(general.value(DateFormat).toString());
+    s.setDateFormat(storedDateFormat());
     s.displayDuplicateDates = general.value(DisplayDuplicateDates).toBool();
     s.displayWarningMessages = general.value(DisplayWarningMessages).toBool();
     s.displayAdvancedICalSettings = general.value(DisplayAdvancedICalSettings).toBool();
@@ -41,10 +41,28 @@ GeneralSettings GeneralSettings::load()
     s.hideWeekends = general.value(HideWeekends).toBool();
     s.mainWindowTransition = general.value(MainWindowTransition).toInt();
     // Without the key the list titles subprojects with the built-in format; the pane shows that.
-    s.subprojectTitleFormat = general.contains(SubprojectTitleFormat) ? general.value(SubprojectTitleFormat).toString()
-                                                                       : DefaultSubprojectTitleFormat;
+    s.subprojectTitleFormat = storedSubprojectTitleFormat();
     s.checkForUpdates = defaults.boolValue(SUCheckAtStartup);
     return s;
+}
+
+namespace
+{
+QString storedText(const QString &key, const QString &fallback)
+{
+    const QVariant value = UserDefaults().groupValue(General, key);
+    return value.typeId() == QMetaType::QString ? value.toString() : fallback;
+}
+} // namespace
+
+QString GeneralSettings::storedDateFormat()
+{
+    return storedText(DateFormat, DateFormatLong);
+}
+
+QString GeneralSettings::storedSubprojectTitleFormat()
+{
+    return storedText(SubprojectTitleFormat, DefaultSubprojectTitleFormat);
 }
 
 QString GeneralSettings::dateFormat() const

@@ -25,6 +25,12 @@ struct GeneralSettings {
 
     // What the pane shows when it opens.
     static GeneralSettings load();
+
+    // The one reading of "Date Format" for every window that shows or reads due dates: the stored
+    // text, or the first offered format when there is none.
+    static QString storedDateFormat();
+    // "Subproject Title Format" the same way, with "%p - %s" when there is none.
+    static QString storedSubprojectTitleFormat();
     // `setGeneral:`
     void save() const;
     // `setGeneralDefaultsAndSave:`: everything back to its default except the window transition.

@@ -204,6 +204,13 @@ void BVCalendarView::setFocusDate(const QDateTime &date)
     drawCalendar();
 }
 
+void BVCalendarView::redrawEntries()
+{
+    for (BVCalendarDayCell *cell : m_cells)
+        if (cell)
+            cell->viewport()->update();
+}
+
 void BVCalendarView::setHiddenWeekends(bool hidden)
 {
     m_hideWeekends = hidden;

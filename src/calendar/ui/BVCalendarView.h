@@ -69,6 +69,8 @@ public:
     // --- drawing ---------------------------------------------------------------------------------
     void drawCalendar();
     void colorCells();
+    // Paints the entries again, as they are now coloured (the layout stays).
+    void redrawEntries();
     // How many week rows the grid shows now.
     int rows() const { return m_rows; }
     const CalendarLayout &currentLayout() const { return m_layout; }

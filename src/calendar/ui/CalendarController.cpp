@@ -9,6 +9,7 @@
 #include "list/CellPresentation.h"
 #include "list/Controller.h"
 #include "list/Editing.h"
+#include "platform/PreferencesNotifier.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
 
@@ -39,6 +40,7 @@ CalendarController::CalendarController(QObject *parent)
     m_weeklyCalendar->setDelegate(this);
     m_weeklyCalendar->setWeeklyView();
     m_activeCalendar = m_monthlyCalendar;
+    connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, &CalendarController::preferenceChanged);
 }
 
 CalendarController::~CalendarController()
@@ -215,6 +217,22 @@ void CalendarController::calendarViewOpenSelection(BVCalendarView *view)
         return;
     selectInList(view);
     Q_EMIT openAssignmentRequested(record);
+}
+
+void CalendarController::preferenceChanged(const QString &group, const QString &key)
+{
+    using namespace PreferenceKeys;
+    if (group == General && (key == GeneralKeys::HideWeekends || key.isEmpty())) {
+        const bool hide = generalSwitch(GeneralKeys::HideWeekends);
+        if (m_activeCalendar && m_activeCalendar->hiddenWeekends() != hide)
+            m_activeCalendar->setHiddenWeekends(hide);
+    }
+    if (group == Colors || (group.isEmpty() && key == ColorFormat)) {
+        m_settingsLoaded = false;
+        for (BVCalendarView *view : {m_monthlyCalendar.data(), m_weeklyCalendar.data()})
+            if (view)
+                view->redrawEntries();
+    }
 }
 
 const PresentationSettings &CalendarController::settingsFor(const BVCalendarView *view)

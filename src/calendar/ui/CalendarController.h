@@ -66,6 +66,8 @@ Q_SIGNALS:
 private:
     // The calendar's selection becomes the list's.
     void selectInList(BVCalendarView *view);
+    // A preference was written: redraw what it decides (hidden weekends, the entries' colours).
+    void preferenceChanged(const QString &group, const QString &key);
     const PresentationSettings &settingsFor(const BVCalendarView *view);
 
     QPointer<BVCalendarView> m_monthlyCalendar;

@@ -9,6 +9,7 @@
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
 #include "store/CoursesStore.h"
+#include "store/GeneralSettings.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 
@@ -227,12 +228,6 @@ QWidget *MultipleAssignmentsSheet::buildEnd()
     return box;
 }
 
-QString MultipleAssignmentsSheet::dateFormat() const
-{
-    const QVariant format = UserDefaults().groupValue(General, GeneralKeys::DateFormat);
-    return format.typeId() == QMetaType::QString ? format.toString() : DateFormatLong;
-}
-
 void MultipleAssignmentsSheet::showMultiplePanel()
 {
     const int face = int(UserDefaults().groupValue(General, GeneralKeys::DateEntryFormat).toLongLong());
@@ -291,7 +286,7 @@ QString MultipleAssignmentsSheet::dateText(const DateEditor *editor)
 void MultipleAssignmentsSheet::setDateToToday(DateEditor *editor)
 {
     const QDateTime today = Clock::now().toLocalTime();
-    editor->setText(DateText::format(today, dateFormat()));
+    editor->setText(DateText::format(today, GeneralSettings::storedDateFormat()));
     QString month, day, year;
     DatePullDowns::titlesFor(today, month, day, year);
     editor->setTitles(month, day, year);
@@ -299,11 +294,12 @@ void MultipleAssignmentsSheet::setDateToToday(DateEditor *editor)
 
 void MultipleAssignmentsSheet::dateIncreaseOrDecrease(DateEditor *editor, int days)
 {
-    const std::optional<QDateTime> date = DateText::parseNatural(editor->text(), dateFormat(), Clock::now());
+    const std::optional<QDateTime> date
+        = DateText::parseNatural(editor->text(), GeneralSettings::storedDateFormat(), Clock::now());
     if (!date)
         return;
     const QDateTime moved = date->toLocalTime().addDays(days);
-    editor->setText(DateText::format(moved, dateFormat()));
+    editor->setText(DateText::format(moved, GeneralSettings::storedDateFormat()));
     QString month, day, year;
     DatePullDowns::titlesFor(moved, month, day, year);
     editor->setTitles(month, day, year);

@@ -61,7 +61,6 @@ private:
     void dateIncreaseOrDecrease(DateEditor *editor, int days);
     void changeDateWithPullDownBoxes(DateEditor *editor, bool month);
     static QString dateText(const DateEditor *editor);
-    QString dateFormat() const;
     QWidget *buildRepeat();
     QWidget *buildEnd();
 
