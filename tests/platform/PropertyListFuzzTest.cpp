@@ -95,17 +95,26 @@ QByteArray mutate(QByteArray bytes, Random &random)
 void check(const QByteArray &bytes, int &parsedCount)
 {
     QString error;
-    const auto parsed = PropertyList::parse(bytes, &error);
+    PropertyList::ReadReport report;
+    const auto parsed = PropertyList::parse(bytes, &error, &report);
     if (!parsed) {
         ASSERT_FALSE(error.isEmpty()) << bytes.toHex().toStdString();
         return;
     }
     ++parsedCount;
     // Whatever was accepted is a well-formed value: it writes and reads back to the same bytes.
-    const QByteArray written = PropertyList::toXml(*parsed);
-    const auto again = PropertyList::parse(written, &error);
+    // Text that could not be kept (a control character in a key moves the key elsewhere in the
+    // order) settles after one more round.
+    QByteArray written = PropertyList::toXml(*parsed);
+    auto again = PropertyList::parse(written, &error, &report);
     ASSERT_TRUE(again) << error.toStdString() << "\n" << written.toStdString();
-    ASSERT_EQ(PropertyList::toXml(*again), written);
+    ASSERT_FALSE(report.textWillChange) << written.toStdString();
+    if (PropertyList::toXml(*again) != written) {
+        written = PropertyList::toXml(*again);
+        again = PropertyList::parse(written, &error);
+        ASSERT_TRUE(again) << error.toStdString();
+    }
+    ASSERT_EQ(PropertyList::toXml(*again), written) << bytes.toHex().toStdString();
 }
 
 } // namespace
