@@ -1,7 +1,9 @@
 #include "platform/PropertyListXmlWriter.h"
 
+#include <QAssociativeIterable>
 #include <QDateTime>
 #include <QLoggingCategory>
+#include <QSequentialIterable>
 #include <QStringList>
 #include <QVariantHash>
 #include <QVariantList>
