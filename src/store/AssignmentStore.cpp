@@ -68,8 +68,10 @@ void AssignmentStore::repairAtStartup()
 {
     const QString folder = QFileInfo(m_path).absolutePath();
     Paths::makePrivateFolder(folder);
-    // Copies that a run killed between writing and renaming left behind.
+    // Copies that a run killed between writing and renaming left behind, here and beside the
+    // preferences, before this run writes anything of its own.
     PropertyList::removeLeftovers(folder);
+    PropertyList::removeLeftovers(Paths::preferencesFolder());
     if (!QFileInfo::exists(m_path))
         writeFile(m_path, QVariantList());
 

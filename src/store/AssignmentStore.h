@@ -23,7 +23,7 @@ public:
     QString path() const { return m_path; }
 
     // The start-up repair: creates the data folder (owner-only), removes temporary files that killed
-    // runs left in it, writes an empty store when the file is missing, then gives every record
+    // runs left in it and in the preferences folder, writes an empty store when the file is missing, then gives every record
     // without "Date Updated" now as text, and every record without "Date Created" now as seconds
     // since 1970, each pass rewriting the file. Does nothing to a file that does not parse. When a
     // rewrite would change text that could not be read exactly, the original is kept first as

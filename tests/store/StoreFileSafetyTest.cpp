@@ -136,15 +136,18 @@ TEST(StoreFileSafety, TemporaryFilesOfProgramsThatDiedAreRemovedAtStartUp)
     const QString foreign = QStringLiteral("Assignments.plist.mine");
     for (const QString &name : {dead, alive, deadCourses, foreign})
         TestEnvironment::writeFile(folder + name, "partial");
+    const QString preferences = Paths::preferencesFolder() + QLatin1Char('/');
+    const QString deadBeforeStart = QStringLiteral(".com.brevandt.Quillory.plist.quillory-tmp-%1-Zz9Zz9").arg(finishedProcessId());
+    TestEnvironment::writeFile(preferences + deadBeforeStart, "partial");
 
     AssignmentStore store;
     store.repairAtStartup();
+    EXPECT_FALSE(QFileInfo::exists(preferences + deadBeforeStart));
     ASSERT_TRUE(store.load());
     ASSERT_TRUE(store.save({Assignments::make({{Name, QStringLiteral("Essay")}})}));
     EXPECT_EQ(entries(Paths::dataFolder()), (QStringList{alive, QStringLiteral("Assignments.plist"), foreign}));
 
-    // The preferences folder is swept of ours the same way, and only of ours.
-    const QString preferences = Paths::preferencesFolder() + QLatin1Char('/');
+    // The preferences store sweeps its folder of ours the same way, and only of ours.
     const QString deadPreferences = QStringLiteral(".com.brevandt.Quillory.plist.quillory-tmp-%1-AbCdEf").arg(finishedProcessId());
     const QString otherProgram = QStringLiteral(".org.other.plist.tmp-1-AbCdEf");
     TestEnvironment::writeFile(preferences + deadPreferences, "partial");
