@@ -2,6 +2,7 @@
 
 #include "platform/PropertyListXmlScalars.h"
 
+#include <QStringDecoder>
 #include <QVariantList>
 #include <QVariantMap>
 
@@ -95,6 +96,17 @@ bool writableUtf8(const char *data, qsizetype size)
         i += extra + 1;
     }
     return true;
+}
+
+// UTF-8 to QString, keeping a leading U+FEFF: QString::fromUtf8 takes it for a byte-order mark and
+// drops it, so a string that starts with one would lose it on every read.
+QString fromUtf8(const char *data, qsizetype size)
+{
+    if (size >= 3 && std::memcmp(data, "\xEF\xBB\xBF", 3) == 0) {
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+        return decoder(QByteArrayView(data, size));
+    }
+    return QString::fromUtf8(data, size);
 }
 
 const QString &emptyString()
@@ -397,7 +409,7 @@ QString PropertyListXmlReader::makeString(Text text)
     if (!m_textWillChange && !writableUtf8(text.data, text.size))
         m_textWillChange = true;
     if (text.size > InternMaxSize)
-        return QString::fromUtf8(text.data, text.size);
+        return fromUtf8(text.data, text.size);
     quint32 hash = 2166136261u;
     for (qsizetype i = 0; i < text.size; ++i)
         hash = (hash ^ quint8(text.data[i])) * 16777619u;
@@ -405,7 +417,7 @@ QString PropertyListXmlReader::makeString(Text text)
         m_intern = new InternCache;
     InternCache::Slot &slot = m_intern->slots[hash & (InternSlots - 1)];
     if (slot.hash != hash || slot.size != text.size || std::memcmp(slot.bytes, text.data, size_t(text.size)) != 0) {
-        slot.value = QString::fromUtf8(text.data, text.size);
+        slot.value = fromUtf8(text.data, text.size);
         slot.hash = hash;
         slot.size = text.size;
         std::memcpy(slot.bytes, text.data, size_t(text.size));

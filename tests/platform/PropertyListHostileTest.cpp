@@ -174,6 +174,11 @@ TEST(PropertyListHostile, DatesOutsideWhatTheReaderTakesAreNeverWritten)
         const QVariant value(QVariantList{moment});
         EXPECT_EQ(PropertyList::parse(PropertyList::toXml(value)), value);
     }
+    // Only digits make a year: "2o06" is not the year 1 BC.
+    for (const char *text : {"2o06-09-14T04:00:00Z", "-006-09-14T04:00:00Z", "0000-01-01T00:00:00Z"}) {
+        EXPECT_FALSE(PropertyList::parse(QByteArray("<plist><date>") + text + "</date></plist>")) << text;
+    }
+
     const QString path = TestEnvironment::home() + QStringLiteral("/dates.plist");
     ASSERT_TRUE(PropertyList::writeFile(path, QVariantList{utc(2006, 9, 14, 4, 0, 0)}));
     const QByteArray before = TestEnvironment::readFile(path);
@@ -255,5 +260,10 @@ TEST(PropertyListHostile, EverythingWrittenParsesInOtherReaders)
     EXPECT_EQ(back.value(QStringLiteral("Text")).toString(),
               QStringLiteral("\uFFFDkept\r\n\ttab & <tag> \"quoted\" 😀"));
     EXPECT_TRUE(back.contains(QStringLiteral("Key with & < >")));
+
+    // A string or key that starts with U+FEFF keeps it: it is text there, not a byte-order mark.
+    const QVariantMap marked{{QStringLiteral("\uFEFFKey"), QStringLiteral("\uFEFF\uFEFFvalue")},
+                             {QStringLiteral("Long"), QString(QChar(0xFEFF)) + QString(40, QLatin1Char('x'))}};
+    EXPECT_EQ(PropertyList::parse(PropertyList::toXml(marked)), QVariant(marked));
     EXPECT_EQ(back.value(QStringLiteral("Big")), record.value(QStringLiteral("Big")));
 }
