@@ -32,3 +32,12 @@ inline void checkWritesBackStably(const QVariant &value)
         std::abort();
     }
 }
+
+// A refused input is refused with a message saying why.
+inline void checkSaysWhy(const QString &error)
+{
+    if (error.isEmpty()) {
+        std::fprintf(stderr, "refused without a message\n");
+        std::abort();
+    }
+}

@@ -11,7 +11,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
     if (!bytes.startsWith("bplist00"))
         bytes.prepend("bplist00");
-    if (const auto value = PropertyListBinaryReader::read(bytes, nullptr))
+    QString error;
+    if (const auto value = PropertyListBinaryReader::read(bytes, &error))
         checkWritesBackStably(*value);
+    else
+        checkSaysWhy(error);
     return 0;
 }

@@ -11,7 +11,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArrayView bytes(reinterpret_cast<const char *>(data), qsizetype(size));
     if (PropertyListBinaryReader::isBinary(bytes))
         return -1;
-    if (const auto value = PropertyList::parse(bytes))
+    QString error;
+    if (const auto value = PropertyList::parse(bytes, &error))
         checkWritesBackStably(*value);
+    else
+        checkSaysWhy(error);
     return 0;
 }
