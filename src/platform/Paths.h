@@ -27,4 +27,9 @@ QString preferencesFolder();
 // "~/Library/Logs/CrashReporter/Quillory.crash.log"
 QString crashLog();
 
+// Creates the folder and any missing parents readable by the owner only (0700, whatever the umask):
+// the data and preferences folders hold a student's grades and contacts. Folders that exist keep
+// their mode. True when the folder exists afterwards.
+bool makePrivateFolder(const QString &path);
+
 } // namespace Paths

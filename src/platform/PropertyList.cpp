@@ -1,13 +1,19 @@
 #include "platform/PropertyList.h"
 
 #include "platform/PropertyListBinaryReader.h"
+#include "platform/PropertyListSaveFile.h"
 #include "platform/PropertyListXmlReader.h"
 #include "platform/PropertyListXmlWriter.h"
 
 #include <QFile>
-#include <QSaveFile>
+#include <QLoggingCategory>
+#include <QStringDecoder>
+
+#include <cstring>
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcPropertyList, "quillory.platform")
 
 const char DocumentHeader[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                               "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
@@ -19,27 +25,115 @@ const char DocumentFooter[] = "</plist>\n";
 constexpr qint64 MapThreshold = qint64(1) << 20;
 // A little above the writer's flush size, so that its buffer never needs to grow.
 constexpr qsizetype WriteBufferSize = (qsizetype(1) << 20) + (qsizetype(1) << 16);
+// How far into the file the XML declaration is looked for.
+constexpr qsizetype DeclarationWindow = 512;
 
-bool failedWrite(const QString &path, const QSaveFile &file, QString *error)
+bool failedWrite(const QString &path, const QString &why, QString *error)
 {
     if (error)
-        *error = QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
+        *error = QStringLiteral("Could not write %1: %2").arg(path, why);
     return false;
+}
+
+// The encoding an XML document is in, from its byte-order mark or its declaration; empty for UTF-8
+// (and for ASCII, which is UTF-8). `skip` receives the length of a byte-order mark.
+QByteArray declaredEncoding(QByteArrayView bytes, qsizetype &skip)
+{
+    skip = 0;
+    const auto starts = [&](const char *prefix, qsizetype length) {
+        return bytes.size() >= length && std::memcmp(bytes.data(), prefix, size_t(length)) == 0;
+    };
+    if (starts("\xEF\xBB\xBF", 3))
+        return {};
+    if (starts("\xFF\xFE\0\0", 4) || starts("\0\0\xFE\xFF", 4)) {
+        skip = 4;
+        return bytes[0] == '\xFF' ? "UTF-32LE" : "UTF-32BE";
+    }
+    if (starts("\xFF\xFE", 2) || starts("\xFE\xFF", 2)) {
+        skip = 2;
+        return bytes[0] == '\xFF' ? "UTF-16LE" : "UTF-16BE";
+    }
+    // UTF-16 without a mark still starts with "<?" in two-byte units.
+    if (starts("<\0?\0", 4))
+        return "UTF-16LE";
+    if (starts("\0<\0?", 4))
+        return "UTF-16BE";
+    if (!starts("<?xml", 5))
+        return {};
+    const QByteArrayView head = bytes.first(std::min(bytes.size(), DeclarationWindow));
+    const qsizetype end = head.indexOf("?>");
+    if (end < 0)
+        return {};
+    const QByteArrayView declaration = head.first(end);
+    const qsizetype at = declaration.indexOf("encoding");
+    if (at < 0)
+        return {};
+    qsizetype i = at + 8;
+    while (i < declaration.size() && (declaration[i] == ' ' || declaration[i] == '\t' || declaration[i] == '\n' || declaration[i] == '\r' || declaration[i] == '='))
+        ++i;
+    if (i >= declaration.size() || (declaration[i] != '"' && declaration[i] != '\''))
+        return {};
+    const char quote = declaration[i];
+    const qsizetype close = declaration.indexOf(quote, i + 1);
+    if (close < 0)
+        return {};
+    const QByteArray name = declaration.sliced(i + 1, close - i - 1).toByteArray();
+    const QByteArray lower = name.toLower();
+    // A declaration readable byte by byte cannot be right about a two- or four-byte encoding.
+    if (lower == "utf-8" || lower == "utf8" || lower == "us-ascii" || lower == "ascii" || lower.startsWith("utf-16")
+        || lower.startsWith("utf-32") || lower.startsWith("ucs-"))
+        return {};
+    return name;
+}
+
+std::optional<QVariant> parseUtf8(QByteArrayView bytes, QString *error, bool releasePages, bool *textWillChange)
+{
+    if (PropertyListBinaryReader::isBinary(bytes))
+        return PropertyListBinaryReader::read(bytes, error, textWillChange);
+    PropertyListXmlReader reader(bytes);
+    reader.setReleasePassedPages(releasePages);
+    auto value = reader.read(error);
+    *textWillChange = value && reader.textWillChange();
+    return value;
+}
+
+// Reads the bytes in whatever encoding they declare: anything but UTF-8 is converted first.
+std::optional<QVariant> parseAny(QByteArrayView bytes, QString *error, bool releasePages, PropertyList::ReadReport *report)
+{
+    bool textWillChange = false;
+    std::optional<QVariant> value;
+    qsizetype skip = 0;
+    const QByteArray encoding = PropertyListBinaryReader::isBinary(bytes) ? QByteArray() : declaredEncoding(bytes, skip);
+    if (encoding.isEmpty()) {
+        value = parseUtf8(bytes, error, releasePages, &textWillChange);
+    } else {
+        QStringDecoder decoder(encoding.constData());
+        if (!decoder.isValid()) {
+            if (error)
+                *error = QStringLiteral("the file is written in the encoding \"%1\", which cannot be read here")
+                             .arg(QString::fromLatin1(encoding));
+            return std::nullopt;
+        }
+        const QString text = decoder.decode(bytes.sliced(skip));
+        const QByteArray utf8 = text.toUtf8();
+        value = parseUtf8(utf8, error, false, &textWillChange);
+        textWillChange = textWillChange || decoder.hasError();
+    }
+    if (report)
+        report->textWillChange = value && textWillChange;
+    return value;
 }
 
 } // namespace
 
 namespace PropertyList {
 
-std::optional<QVariant> parse(QByteArrayView bytes, QString *error)
+std::optional<QVariant> parse(QByteArrayView bytes, QString *error, ReadReport *report)
 {
-    if (PropertyListBinaryReader::isBinary(bytes))
-        return PropertyListBinaryReader::read(bytes, error);
-    PropertyListXmlReader reader(bytes);
-    return reader.read(error);
+    return parseAny(bytes, error, false, report);
 }
 
-std::optional<QVariant> readFile(const QString &path, QString *error)
+std::optional<QVariant> readFile(const QString &path, QString *error, ReadReport *report)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
@@ -53,13 +147,7 @@ std::optional<QVariant> readFile(const QString &path, QString *error)
     uchar *mapped = size >= MapThreshold ? file.map(0, size) : nullptr;
     if (mapped) {
         const QByteArrayView bytes(reinterpret_cast<const char *>(mapped), qsizetype(size));
-        if (PropertyListBinaryReader::isBinary(bytes)) {
-            value = PropertyListBinaryReader::read(bytes, &message);
-        } else {
-            PropertyListXmlReader reader(bytes);
-            reader.setReleasePassedPages(true);
-            value = reader.read(&message);
-        }
+        value = parseAny(bytes, &message, true, report);
         file.unmap(mapped);
     } else {
         const QByteArray bytes = file.readAll();
@@ -68,11 +156,19 @@ std::optional<QVariant> readFile(const QString &path, QString *error)
                 *error = QStringLiteral("Could not read %1: %2").arg(path, file.errorString());
             return std::nullopt;
         }
-        value = parse(bytes, &message);
+        value = parseAny(bytes, &message, false, report);
     }
     if (!value && error)
         *error = QStringLiteral("%1: %2").arg(path, message);
     return value;
+}
+
+bool isWritableDate(const QDateTime &moment)
+{
+    if (!moment.isValid())
+        return false;
+    const int year = moment.toUTC().date().year();
+    return year >= 1 && year <= 9999;
 }
 
 QByteArray documentHeader()
@@ -104,38 +200,63 @@ bool writeFile(const QString &path, const QVariant &root, QString *error)
 {
     // Serialised straight into the file a megabyte at a time: a large store never exists whole in
     // memory as text.
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return failedWrite(path, file, error);
+    PropertyListSaveFile file(path);
+    if (!file.open())
+        return failedWrite(path, file.errorString(), error);
     QByteArray buffer;
     buffer.reserve(WriteBufferSize);
     {
-        PropertyListXmlWriter writer(buffer, &file);
+        PropertyListXmlWriter writer(buffer, file.device());
         writer.raw(QByteArrayView(DocumentHeader, qsizetype(sizeof DocumentHeader - 1)));
         writer.value(root, 0);
         writer.raw(QByteArrayView(DocumentFooter, qsizetype(sizeof DocumentFooter - 1)));
+        if (writer.wroteUnreadable()) {
+            file.cancel();
+            return failedWrite(path, QStringLiteral("it holds a date outside the years 1 to 9999"), error);
+        }
         if (!writer.flush()) {
-            failedWrite(path, file, error);
-            file.cancelWriting();
-            return false;
+            const QString why = file.device()->errorString();
+            file.cancel();
+            return failedWrite(path, why, error);
         }
     }
-    // commit() syncs the new file to disk before renaming it over the old one.
-    return file.commit() || failedWrite(path, file, error);
+    return file.commit() || failedWrite(path, file.errorString(), error);
 }
 
 bool writeBytes(const QString &path, const QByteArray &bytes, QString *error)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return failedWrite(path, file, error);
-    if (file.write(bytes) != bytes.size()) {
-        failedWrite(path, file, error);
-        file.cancelWriting();
+    PropertyListSaveFile file(path);
+    if (!file.open())
+        return failedWrite(path, file.errorString(), error);
+    if (file.device()->write(bytes) != bytes.size()) {
+        const QString why = file.device()->errorString();
+        file.cancel();
+        return failedWrite(path, why, error);
+    }
+    return file.commit() || failedWrite(path, file.errorString(), error);
+}
+
+int removeLeftovers(const QString &folder)
+{
+    return PropertyListSaveFile::removeLeftovers(folder);
+}
+
+bool keepOriginalOnce(const QString &path, const QString &copy)
+{
+    if (QFile::exists(copy))
+        return true;
+    QFile original(path);
+    if (!original.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray bytes = original.readAll();
+    QString error;
+    if (original.error() != QFileDevice::NoError || !writeBytes(copy, bytes, &error)) {
+        qCWarning(lcPropertyList) << "Could not keep a copy of" << path << ":" << (error.isEmpty() ? original.errorString() : error);
         return false;
     }
-    // commit() syncs the new file to disk before renaming it over the old one.
-    return file.commit() || failedWrite(path, file, error);
+    qCWarning(lcPropertyList) << "Kept the original of" << path << "as" << copy
+                              << "before writing it back: some of its text could not be kept exactly";
+    return true;
 }
 
 } // namespace PropertyList

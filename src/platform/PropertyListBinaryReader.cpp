@@ -1,5 +1,7 @@
 #include "platform/PropertyListBinaryReader.h"
 
+#include "platform/PropertyList.h"
+
 #include <QDateTime>
 #include <QVariantList>
 #include <QVariantMap>
@@ -23,6 +25,34 @@ constexpr double BinaryDateEpoch = 978307200.0;
 constexpr int MaxDepth = 512;
 // How a keyed archive's object reference looks in XML, so both forms read alike.
 const QString UidKey = QStringLiteral("CF$UID");
+// The seconds since 1970 of 0001-01-01T00:00:00Z and 9999-12-31T23:59:59Z: the dates that the XML
+// form can hold.
+constexpr qint64 FirstWritableSecond = -62135596800;
+constexpr qint64 LastWritableSecond = 253402300799;
+
+// Roughly the bytes each kind of value takes when written as XML, without its indentation; what
+// matters is that a value shared a million times costs a million times.
+constexpr quint64 ScalarCost = 32;
+constexpr quint64 StringCost = 18;
+constexpr quint64 ContainerCost = 16;
+
+// What a value costs when written out in full: its values and its bytes.
+struct Cost {
+    quint64 objects = 0;
+    quint64 bytes = 0;
+    Cost &operator+=(const Cost &other)
+    {
+        objects += other.objects;
+        bytes += other.bytes;
+        return *this;
+    }
+};
+
+// Whether a character can be written into XML as it is.
+bool writableUnit(char16_t c)
+{
+    return c >= 0x20 ? c < 0xFFFE : (c == '\t' || c == '\n' || c == '\r');
+}
 
 quint64 bigEndian(const quint8 *p, int size)
 {
@@ -43,6 +73,7 @@ public:
 
     std::optional<QVariant> read(QString &error)
     {
+        m_byteLimit = std::max<quint64>(PropertyList::MinExpandedLimit, quint64(m_size) * PropertyList::MaxExpansion);
         if (m_size < qsizetype(sizeof BinaryMagic - 1) + TrailerSize + 1)
             return failure(error, QStringLiteral("the binary property list is truncated"));
         const quint8 *trailer = m_data + m_size - TrailerSize;
@@ -59,12 +90,16 @@ public:
         m_table = qsizetype(table);
         m_count = qsizetype(count);
         m_done.assign(size_t(m_count), QVariant());
+        m_cost.assign(size_t(m_count), Cost());
         m_state.assign(size_t(m_count), Unseen);
         QVariant root;
-        if (!object(qsizetype(top), 0, root))
+        Cost cost;
+        if (!object(qsizetype(top), 0, root, cost))
             return failure(error, m_error);
         return root;
     }
+
+    bool textWillChange() const { return m_textWillChange; }
 
 private:
     enum State : quint8 { Unseen, InProgress, Done };
@@ -118,14 +153,30 @@ private:
         return true;
     }
 
-    bool object(qsizetype index, int depth, QVariant &value)
+    // Adds a value's cost to its container's; fails once the whole would pass the limits. Each
+    // part is within the limits when it is added, so the sums cannot overflow.
+    bool charge(Cost &total, const Cost &part)
+    {
+        total += part;
+        if (total.objects > PropertyList::MaxExpandedObjects)
+            return fail(QStringLiteral("the binary property list would expand to more than %1 values when written out "
+                                       "(it refers to the same values over and over); it is treated as damaged")
+                            .arg(PropertyList::MaxExpandedObjects));
+        if (total.bytes > m_byteLimit)
+            return fail(QStringLiteral("the binary property list would expand to more than %1 MB when written out "
+                                       "(it refers to the same values over and over); it is treated as damaged")
+                            .arg(m_byteLimit >> 20));
+        return true;
+    }
+
+    bool object(qsizetype index, int depth, QVariant &value, Cost &cost)
     {
         if (m_state[size_t(index)] == Done) {
             // Shared objects (a writer stores each distinct key or string once) are converted once
-            // and shared in the result too; so a file whose containers refer to each other many
-            // times over cannot blow up into an exponentially large value.
+            // and shared in the result too, but every save writes each reference in full: what
+            // they add up to is what is checked.
             value = m_done[size_t(index)];
-            return true;
+            return charge(cost, m_cost[size_t(index)]);
         }
         if (m_state[size_t(index)] == InProgress)
             return fail(QStringLiteral("the binary property list refers to itself"));
@@ -135,14 +186,33 @@ private:
         if (offset < 8 || offset >= quint64(m_objectsEnd))
             return damaged();
         m_state[size_t(index)] = InProgress;
-        if (!convert(qsizetype(offset), depth, value))
+        Cost own{1, ScalarCost};
+        if (!convert(qsizetype(offset), depth, value, own))
             return false;
         m_state[size_t(index)] = Done;
         m_done[size_t(index)] = value;
-        return true;
+        m_cost[size_t(index)] = own;
+        return charge(cost, own);
     }
 
-    bool convert(qsizetype offset, int depth, QVariant &value)
+    void checkText(const QString &text)
+    {
+        if (m_textWillChange)
+            return;
+        const char16_t *s = reinterpret_cast<const char16_t *>(text.utf16());
+        const qsizetype length = text.size();
+        for (qsizetype i = 0; i < length; ++i) {
+            const char16_t c = s[i];
+            if (QChar::isHighSurrogate(c) && i + 1 < length && QChar::isLowSurrogate(s[i + 1])) {
+                ++i;
+            } else if (QChar::isSurrogate(c) || !writableUnit(c)) {
+                m_textWillChange = true;
+                return;
+            }
+        }
+    }
+
+    bool convert(qsizetype offset, int depth, QVariant &value, Cost &cost)
     {
         const quint8 marker = m_data[offset];
         const quint8 info = marker & 0x0F;
@@ -194,9 +264,12 @@ private:
             const quint64 bits = bigEndian(payload, 8);
             double seconds;
             std::memcpy(&seconds, &bits, sizeof seconds);
-            if (!std::isfinite(seconds) || std::fabs(seconds) > 1e12)
-                return fail(QStringLiteral("the binary property list holds an impossible date"));
-            value = QDateTime::fromMSecsSinceEpoch(qint64(std::floor(seconds + BinaryDateEpoch)) * 1000, Qt::UTC);
+            // Only the years 1 to 9999: nothing else can be written back as a property-list date.
+            const double since1970 = std::isfinite(seconds) ? std::floor(seconds + BinaryDateEpoch) : 0.0;
+            if (!std::isfinite(seconds) || since1970 < double(FirstWritableSecond)
+                || since1970 > double(LastWritableSecond))
+                return fail(QStringLiteral("the binary property list holds a date outside the years 1 to 9999"));
+            value = QDateTime::fromMSecsSinceEpoch(qint64(since1970) * 1000, Qt::UTC);
             return true;
         }
         case 0x4:
@@ -210,14 +283,20 @@ private:
             const auto *bytes = reinterpret_cast<const char *>(m_data + start);
             if ((marker >> 4) == 0x4) {
                 value = QByteArray(bytes, qsizetype(length));
+                cost.bytes = StringCost + length / 3 * 4 + length / 57 + 4;
             } else if ((marker >> 4) == 0x5) {
-                value = QString::fromLatin1(bytes, qsizetype(length));
+                const QString text = QString::fromLatin1(bytes, qsizetype(length));
+                checkText(text);
+                value = text;
+                cost.bytes = StringCost + 2 * length;
             } else {
                 QString text(qsizetype(length), Qt::Uninitialized);
                 char16_t *out = reinterpret_cast<char16_t *>(text.data());
                 for (quint64 i = 0; i < length; ++i)
                     out[i] = char16_t((m_data[start + 2 * i] << 8) | m_data[start + 2 * i + 1]);
+                checkText(text);
                 value = text;
+                cost.bytes = StringCost + 3 * length;
             }
             return true;
         }
@@ -238,10 +317,11 @@ private:
             for (quint64 i = 0; i < length; ++i) {
                 qsizetype index = 0;
                 QVariant item;
-                if (!reference(start + qsizetype(i) * m_refSize, index) || !object(index, depth + 1, item))
+                if (!reference(start + qsizetype(i) * m_refSize, index) || !object(index, depth + 1, item, cost))
                     return false;
                 list.append(item);
             }
+            cost.bytes += ContainerCost;
             value = list;
             return true;
         }
@@ -257,15 +337,17 @@ private:
                 qsizetype valueIndex = 0;
                 QVariant key;
                 QVariant item;
-                if (!reference(start + qsizetype(i) * m_refSize, keyIndex) || !object(keyIndex, depth + 1, key))
+                if (!reference(start + qsizetype(i) * m_refSize, keyIndex)
+                    || !object(keyIndex, depth + 1, key, cost))
                     return false;
                 if (key.typeId() != QMetaType::QString)
                     return fail(QStringLiteral("the binary property list has a dictionary key that is not text"));
                 if (!reference(values + qsizetype(i) * m_refSize, valueIndex)
-                    || !object(valueIndex, depth + 1, item))
+                    || !object(valueIndex, depth + 1, item, cost))
                     return false;
                 map.insert_or_assign(key.toString(), std::move(item));
             }
+            cost.bytes += ContainerCost;
             value = QVariantMap(std::move(map));
             return true;
         }
@@ -281,7 +363,10 @@ private:
     qsizetype m_count = 0;
     int m_offsetSize = 0;
     int m_refSize = 0;
+    quint64 m_byteLimit = 0;
+    bool m_textWillChange = false;
     std::vector<QVariant> m_done;
+    std::vector<Cost> m_cost;
     std::vector<State> m_state;
     QString m_error;
 };
@@ -295,14 +380,18 @@ bool isBinary(QByteArrayView bytes)
     return bytes.startsWith(QByteArrayView(BinaryMagic, 6));
 }
 
-std::optional<QVariant> read(QByteArrayView bytes, QString *error)
+std::optional<QVariant> read(QByteArrayView bytes, QString *error, bool *textWillChange)
 {
     QString message;
     std::optional<QVariant> value;
-    if (!bytes.startsWith(QByteArrayView(BinaryMagic, 8)))
+    if (!bytes.startsWith(QByteArrayView(BinaryMagic, 8))) {
         message = QStringLiteral("unsupported binary property-list version");
-    else
-        value = Reader(bytes).read(message);
+    } else {
+        Reader reader(bytes);
+        value = reader.read(message);
+        if (textWillChange)
+            *textWillChange = value && reader.textWillChange();
+    }
     if (!value && error)
         *error = message;
     return value;

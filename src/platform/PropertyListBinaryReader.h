@@ -6,11 +6,12 @@
 
 #include <optional>
 
-// The binary half of PropertyList::parse ("bplist00"), read with libplist and turned into the same
-// QVariants as the XML reader makes.
+// The binary half of PropertyList::parse ("bplist00"): the same QVariants as the XML reader makes,
+// within the limits on expansion that PropertyList.h names.
 namespace PropertyListBinaryReader {
 
 bool isBinary(QByteArrayView bytes);
-std::optional<QVariant> read(QByteArrayView bytes, QString *error);
+// `textWillChange` is set when a string holds what the XML writer cannot write as it is.
+std::optional<QVariant> read(QByteArrayView bytes, QString *error, bool *textWillChange = nullptr);
 
 } // namespace PropertyListBinaryReader

@@ -2,6 +2,7 @@
 
 #include "platform/PropertyListXmlScalars.h"
 
+#include <QStringDecoder>
 #include <QVariantList>
 #include <QVariantMap>
 
@@ -43,6 +44,69 @@ std::string_view trimmed(const char *data, qsizetype size)
 QString quoted(std::string_view name)
 {
     return QLatin1Char('<') + QString::fromUtf8(name.data(), qsizetype(name.size())) + QLatin1Char('>');
+}
+
+// Whether the bytes are UTF-8 text that XML can hold as it is. Almost all text is printable ASCII,
+// which a branch-free pass settles; only the rest is decoded.
+bool writableUtf8(const char *data, qsizetype size)
+{
+    const auto *p = reinterpret_cast<const quint8 *>(data);
+    bool plain = true;
+    for (qsizetype i = 0; i < size; ++i) {
+        const quint8 c = p[i];
+        plain &= ((c >= 0x20) & (c < 0x80)) | (c == '\t') | (c == '\n') | (c == '\r');
+    }
+    if (plain)
+        return true;
+    for (qsizetype i = 0; i < size;) {
+        const quint8 c = p[i];
+        if (c < 0x80) {
+            if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
+                return false;
+            ++i;
+            continue;
+        }
+        int extra = 0;
+        char32_t code = 0;
+        char32_t least = 0;
+        if (c >= 0xC2 && c <= 0xDF) {
+            extra = 1;
+            code = c & 0x1F;
+            least = 0x80;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            extra = 2;
+            code = c & 0x0F;
+            least = 0x800;
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            extra = 3;
+            code = c & 0x07;
+            least = 0x10000;
+        } else {
+            return false;
+        }
+        if (size - i <= extra)
+            return false;
+        for (int k = 1; k <= extra; ++k) {
+            if ((p[i + k] & 0xC0) != 0x80)
+                return false;
+            code = (code << 6) | (p[i + k] & 0x3F);
+        }
+        if (code < least || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF) || code == 0xFFFE || code == 0xFFFF)
+            return false;
+        i += extra + 1;
+    }
+    return true;
+}
+
+// UTF-8 to QString, keeping a leading U+FEFF: QString::fromUtf8 takes it for a byte-order mark and
+// drops it, so a string that starts with one would lose it on every read.
+QString fromUtf8(const char *data, qsizetype size)
+{
+    if (size >= 3 && std::memcmp(data, "\xEF\xBB\xBF", 3) == 0) {
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+        return decoder(QByteArrayView(data, size));
+    }
+    return QString::fromUtf8(data, size);
 }
 
 const QString &emptyString()
@@ -342,8 +406,10 @@ QString PropertyListXmlReader::makeString(Text text)
 {
     if (text.size == 0)
         return emptyString();
+    if (!m_textWillChange && !writableUtf8(text.data, text.size))
+        m_textWillChange = true;
     if (text.size > InternMaxSize)
-        return QString::fromUtf8(text.data, text.size);
+        return fromUtf8(text.data, text.size);
     quint32 hash = 2166136261u;
     for (qsizetype i = 0; i < text.size; ++i)
         hash = (hash ^ quint8(text.data[i])) * 16777619u;
@@ -351,7 +417,7 @@ QString PropertyListXmlReader::makeString(Text text)
         m_intern = new InternCache;
     InternCache::Slot &slot = m_intern->slots[hash & (InternSlots - 1)];
     if (slot.hash != hash || slot.size != text.size || std::memcmp(slot.bytes, text.data, size_t(text.size)) != 0) {
-        slot.value = QString::fromUtf8(text.data, text.size);
+        slot.value = fromUtf8(text.data, text.size);
         slot.hash = hash;
         slot.size = text.size;
         std::memcpy(slot.bytes, text.data, size_t(text.size));

@@ -37,6 +37,10 @@ public:
 
     std::optional<QVariant> read(QString *error);
 
+    // After read(): whether some text was not valid UTF-8 (read as U+FFFD) or holds characters that
+    // XML cannot carry (left out when written back), so that a rewrite would change it.
+    bool textWillChange() const { return m_textWillChange; }
+
 private:
     struct Text {
         const char *data;
@@ -75,6 +79,7 @@ private:
     bool m_checkOnly = false;
     int m_depth = 0;
     bool m_failed = false;
+    bool m_textWillChange = false;
     const char *m_errorAt = nullptr;
     QString m_error;
     std::string m_scratch;

@@ -67,9 +67,11 @@ bool date(std::string_view date, QVariant &value)
     if (date.size() != 20 || d[4] != '-' || d[7] != '-' || d[10] != 'T' || d[13] != ':' || d[16] != ':'
         || d[19] != 'Z')
         return false;
-    const QDate day(digits(d, 4), digits(d + 5, 2), digits(d + 8, 2));
+    // digits() answers -1 for anything but digits, which QDate would take for the year 1 BC.
+    const int year = digits(d, 4);
+    const QDate day(year, digits(d + 5, 2), digits(d + 8, 2));
     const QTime time(digits(d + 11, 2), digits(d + 14, 2), digits(d + 17, 2));
-    if (!day.isValid() || !time.isValid())
+    if (year < 1 || !day.isValid() || !time.isValid())
         return false;
     value = QDateTime(day, time, Qt::UTC);
     return true;

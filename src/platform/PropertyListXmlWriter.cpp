@@ -1,7 +1,9 @@
 #include "platform/PropertyListXmlWriter.h"
 
+#include <QAssociativeIterable>
 #include <QDateTime>
 #include <QLoggingCategory>
+#include <QSequentialIterable>
 #include <QStringList>
 #include <QVariantHash>
 #include <QVariantList>
@@ -39,11 +41,21 @@ const std::array<quint16, 4096> &base64Pairs()
     return table;
 }
 
+// ASCII that is not copied as it stands: markup characters to escape, and the control characters
+// that XML 1.0 does not allow (all below 0x20 but tab and line feed; the carriage return is written
+// as a reference, because XML readers turn a raw one into a line feed).
 constexpr std::array<bool, 128> NeedsEscape = [] {
     std::array<bool, 128> table{};
+    for (int c = 0; c < 0x20; ++c)
+        table[size_t(c)] = c != '\t' && c != '\n';
     table['&'] = table['<'] = table['>'] = true;
     return table;
 }();
+
+// The years a property-list date can hold: "YYYY-MM-DDTHH:MM:SSZ" has four digits, and year 0 is
+// not a year.
+constexpr int FirstWritableYear = 1;
+constexpr int LastWritableYear = 9999;
 
 char *encodeGroup(char *d, quint32 triple, const std::array<quint16, 4096> &pairs)
 {
@@ -120,7 +132,7 @@ void PropertyListXmlWriter::escaped(QStringView text)
     bool plain = true;
     for (qsizetype i = 0; i < length; ++i) {
         const char16_t c = s[i];
-        plain &= (c < 0x80) & (c != '&') & (c != '<') & (c != '>');
+        plain &= (c < 0x80) & ((c >= 0x20) | (c == '\t') | (c == '\n')) & (c != '&') & (c != '<') & (c != '>');
     }
     if (plain) {
         for (qsizetype i = 0; i < length; ++i)
@@ -136,10 +148,14 @@ void PropertyListXmlWriter::escaped(QStringView text)
             } else if (c == '&') {
                 std::memcpy(d, "&amp;", 5);
                 d += 5;
-            } else {
+            } else if (c == '<' || c == '>') {
                 std::memcpy(d, c == '<' ? "&lt;" : "&gt;", 4);
                 d += 4;
+            } else if (c == '\r') {
+                std::memcpy(d, "&#13;", 5);
+                d += 5;
             }
+            // Any other control character has no form in XML 1.0, not even as a reference.
         } else if (c < 0x800) {
             *d++ = char(0xC0 | (c >> 6));
             *d++ = char(0x80 | (c & 0x3F));
@@ -149,13 +165,14 @@ void PropertyListXmlWriter::escaped(QStringView text)
             *d++ = char(0x80 | ((code >> 12) & 0x3F));
             *d++ = char(0x80 | ((code >> 6) & 0x3F));
             *d++ = char(0x80 | (code & 0x3F));
-        } else {
+        } else if (c < 0xFFFE) {
             // A lone surrogate has no UTF-8 form; it becomes the replacement character.
             const char16_t unit = QChar::isSurrogate(c) ? char16_t(0xFFFD) : c;
             *d++ = char(0xE0 | (unit >> 12));
             *d++ = char(0x80 | ((unit >> 6) & 0x3F));
             *d++ = char(0x80 | (unit & 0x3F));
         }
+        // U+FFFE and U+FFFF are not characters XML allows: left out.
     }
     m_p = d;
 }
@@ -230,7 +247,15 @@ void PropertyListXmlWriter::realFromFloat(float value, int depth)
 
 void PropertyListXmlWriter::date(const QDateTime &dateTime, int depth)
 {
-    const QDateTime utc = dateTime.toUTC();
+    QDateTime utc = dateTime.toUTC();
+    const int year = utc.date().year();
+    if (year < FirstWritableYear || year > LastWritableYear) {
+        m_wroteUnreadable = true;
+        qCWarning(lcPropertyListWriter) << "A date outside the years 1 to 9999 cannot be written; the nearest one is"
+                                        << "written instead:" << utc;
+        utc = year < FirstWritableYear ? QDateTime(QDate(FirstWritableYear, 1, 1), QTime(0, 0), Qt::UTC)
+                                       : QDateTime(QDate(LastWritableYear, 12, 31), QTime(23, 59, 59), Qt::UTC);
+    }
     const QDate day = utc.date();
     const QTime time = utc.time();
     char buffer[64];

@@ -10,7 +10,9 @@
 #include <string_view>
 
 // The XML half of PropertyList's writing: appends values to a QByteArray in the standard form (tab
-// indentation, <true/>, <array/>, base64 in lines of 76). It writes through a raw cursor into the
+// indentation, <true/>, <array/>, base64 in lines of 76). Only what XML 1.0 allows is written:
+// control characters other than tab, line feed and carriage return (written as "&#13;", which
+// readers keep) and U+FFFE/U+FFFF are left out, a lone surrogate becomes U+FFFD. It writes through a raw cursor into the
 // array's spare capacity and settles the array's size once, when it goes out of scope, because a
 // store of 100,000 records is millions of small pieces and each QByteArray::append costs more than
 // the bytes it copies.
@@ -29,6 +31,10 @@ public:
     void raw(QByteArrayView bytes);
     // Writes what is left to the device; false when any write to it failed.
     bool flush();
+
+    // A value that no reader would take back was met (a date outside the years 1 to 9999); it was
+    // written as the nearest one that can be read. The file writer refuses such a value.
+    bool wroteUnreadable() const { return m_wroteUnreadable; }
 
 private:
     char *room(qsizetype bytes)
@@ -63,6 +69,7 @@ private:
     QByteArray &m_out;
     QIODevice *m_device;
     bool m_deviceFailed = false;
+    bool m_wroteUnreadable = false;
     char *m_p;
     char *m_end;
 };

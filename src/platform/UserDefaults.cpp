@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QLoggingCategory>
+#include <QSet>
 
 #include <mutex>
 #include <optional>
@@ -29,7 +30,12 @@ struct CachedFile {
     Stamp stamp;
     QVariantMap values;
     bool damaged = false;
+    // Some text will not be written back exactly: the original is kept before the first change.
+    bool textWillChange = false;
 };
+
+// The folders this process has swept of leftover temporary files (once each is enough).
+QSet<QString> g_sweptFolders;
 
 std::recursive_mutex g_mutex;
 QHash<QString, CachedFile> g_cache;
@@ -59,7 +65,9 @@ const CachedFile &current(const QString &path)
     CachedFile file;
     file.stamp = *stamp;
     QString error;
-    const auto parsed = PropertyList::readFile(path, &error);
+    PropertyList::ReadReport report;
+    const auto parsed = PropertyList::readFile(path, &error, &report);
+    file.textWillChange = report.textWillChange;
     if (!parsed || parsed->typeId() != QMetaType::QVariantMap) {
         file.damaged = true;
         qCWarning(lcDefaults) << "The preferences file" << path << "cannot be read; using no preferences:"
@@ -179,12 +187,19 @@ void UserDefaults::setMany(const QVariantMap &changes, const QStringList &remova
     const QVariantMap before = now.values;
     if (now.damaged)
         moveAside(file);
+    else if (now.textWillChange)
+        PropertyList::keepOriginalOnce(file, file + QStringLiteral(".before-repair"));
     for (auto it = changes.begin(); it != changes.end(); ++it)
         values.insert(it.key(), it.value());
     for (const QString &key : removals)
         values.remove(key);
 
-    QDir().mkpath(QFileInfo(file).absolutePath());
+    const QString folder = QFileInfo(file).absolutePath();
+    Paths::makePrivateFolder(folder);
+    if (!g_sweptFolders.contains(folder)) {
+        g_sweptFolders.insert(folder);
+        PropertyList::removeLeftovers(folder);
+    }
     QString error;
     if (!PropertyList::writeFile(file, values, &error)) {
         qCWarning(lcDefaults) << "Could not save the preferences:" << error;

@@ -24,12 +24,13 @@ AssignmentStore::AssignmentStore(QString path)
 {
 }
 
-std::optional<QVariantList> AssignmentStore::readFile(const QString &path, QString *error)
+std::optional<QVariantList> AssignmentStore::readFile(const QString &path, QString *error,
+                                                      PropertyList::ReadReport *report)
 {
     if (!QFileInfo::exists(path))
         return QVariantList();
     QString parseError;
-    const auto root = PropertyList::readFile(path, &parseError);
+    const auto root = PropertyList::readFile(path, &parseError, report);
     if (!root) {
         if (error)
             *error = parseError;
@@ -65,16 +66,27 @@ bool AssignmentStore::writeFile(const QString &path, const QVariantList &records
 
 void AssignmentStore::repairAtStartup()
 {
-    QDir().mkpath(QFileInfo(m_path).absolutePath());
+    const QString folder = QFileInfo(m_path).absolutePath();
+    Paths::makePrivateFolder(folder);
+    // Copies that a run killed between writing and renaming left behind, here and beside the
+    // preferences, before this run writes anything of its own.
+    PropertyList::removeLeftovers(folder);
+    PropertyList::removeLeftovers(Paths::preferencesFolder());
     if (!QFileInfo::exists(m_path))
         writeFile(m_path, QVariantList());
 
     // Two passes, each reading the file afresh and writing it back whole, even when nothing changed.
     const auto pass = [this](const QString &key, const QVariant &value) {
         QString error;
-        auto records = readFile(m_path, &error);
+        PropertyList::ReadReport report;
+        auto records = readFile(m_path, &error, &report);
         if (!records) {
             qCWarning(lcStore) << "The assignments file cannot be read and is left as it is:" << error;
+            return false;
+        }
+        if (report.textWillChange && !PropertyList::keepOriginalOnce(m_path, m_path + BeforeRepairSuffix)) {
+            qCWarning(lcStore) << "The assignments file holds text that cannot be written back exactly, and no copy"
+                               << "of it could be kept: it is left as it is";
             return false;
         }
         for (QVariant &record : *records) {

@@ -4,6 +4,10 @@
 
 #include <QString>
 
+namespace PropertyList {
+struct ReadReport;
+}
+
 // The file "Assignments.plist" in the data folder: an XML property list whose root is an array of
 // assignment dictionaries, in order of creation.
 //
@@ -18,12 +22,15 @@ public:
 
     QString path() const { return m_path; }
 
-    // The start-up repair: creates the data folder, an empty store when the file is missing, then
-    // gives every record without "Date Updated" now as text, and every record without
-    // "Date Created" now as seconds since 1970, each pass rewriting the file. Does nothing to a file
-    // that does not parse.
+    // The start-up repair: creates the data folder (owner-only), removes temporary files that killed
+    // runs left in it and in the preferences folder, writes an empty store when the file is missing, then gives every record
+    // without "Date Updated" now as text, and every record without "Date Created" now as seconds
+    // since 1970, each pass rewriting the file. Does nothing to a file that does not parse. When a
+    // rewrite would change text that could not be read exactly, the original is kept first as
+    // "Assignments.plist.before-repair" (once: an existing copy is never replaced).
     void repairAtStartup();
 
+    static inline const QString BeforeRepairSuffix = QStringLiteral(".before-repair");
     // Reads the file. A missing file is an empty list. nullopt when the file does not parse; the
     // store is then not usable for saving until a later load succeeds.
     std::optional<AssignmentList> load(QString *error = nullptr);
@@ -42,7 +49,8 @@ public:
     // Reads or writes a store file directly, for the windows that change assignments outside the
     // main list (course renames, recurring series, deleting all data). readFile returns nullopt when
     // the file does not parse (a missing file reads as empty).
-    static std::optional<QVariantList> readFile(const QString &path, QString *error = nullptr);
+    static std::optional<QVariantList> readFile(const QString &path, QString *error = nullptr,
+                                                PropertyList::ReadReport *report = nullptr);
     static bool writeFile(const QString &path, const QVariantList &records);
 
 private:

@@ -145,7 +145,7 @@ void Preferences::importEarlierPreferencesFile()
     if (all.contains(Old::LastShownPreferencePane))
         defaults.setMany({{LastShownPane, all.value(Old::LastShownPreferencePane)}}, {Old::LastShownPreferencePane});
     if (all.contains(Old::UniversalTypes)) {
-        QDir().mkpath(Paths::dataFolder());
+        Paths::makePrivateFolder(Paths::dataFolder());
         QString error;
         if (PropertyList::writeFile(Paths::universalTypesFile(), all.value(Old::UniversalTypes).toList(), &error))
             defaults.remove(Old::UniversalTypes);
