@@ -8,29 +8,19 @@
 #include <QFile>
 #include <QVariantMap>
 
-#include <sys/stat.h>
 
 CoursesFile::CoursesFile(QString path)
     : m_path(path.isEmpty() ? Paths::coursesFile() : std::move(path))
 {
 }
 
-CoursesFile::Stamp CoursesFile::stampOf(const QString &path)
-{
-    struct stat info {};
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
-        return {};
-    return {qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
-            quint64(info.st_ino), true};
-}
-
 bool CoursesFile::refresh()
 {
-    const Stamp stamp = stampOf(m_path);
+    const std::optional<FileStamp> stamp = FileStamp::of(m_path);
     if (m_stamp && *m_stamp == stamp)
         return false;
     m_stamp = stamp;
-    QVariantList records = stamp.exists ? read(m_path) : QVariantList();
+    QVariantList records = stamp ? read(m_path) : QVariantList();
     if (records == m_records)
         return false;
     m_records = std::move(records);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileStamp.h"
+
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
@@ -31,16 +33,8 @@ public:
     static std::optional<QString> defaultTextbook(const QVariantList &records, const QString &course);
 
 private:
-    struct Stamp {
-        qint64 size = -1;
-        qint64 modified = 0;
-        quint64 inode = 0;
-        bool exists = false;
-        bool operator==(const Stamp &) const = default;
-    };
-    static Stamp stampOf(const QString &path);
-
     QString m_path;
-    std::optional<Stamp> m_stamp;
+    // The stamp of the last read (nullopt inside: the file was missing then).
+    std::optional<std::optional<FileStamp>> m_stamp;
     QVariantList m_records;
 };

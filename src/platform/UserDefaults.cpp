@@ -1,5 +1,6 @@
 #include "platform/UserDefaults.h"
 
+#include "platform/FileStamp.h"
 #include "platform/Paths.h"
 #include "platform/PreferencesNotifier.h"
 #include "platform/PropertyList.h"
@@ -13,21 +14,13 @@
 
 #include <mutex>
 #include <optional>
-#include <sys/stat.h>
 
 Q_LOGGING_CATEGORY(lcDefaults, "quillory.platform.defaults")
 
 namespace {
 
-struct Stamp {
-    qint64 size = -1;
-    qint64 mtimeNs = 0;
-    quint64 inode = 0;
-    bool operator==(const Stamp &) const = default;
-};
-
 struct CachedFile {
-    Stamp stamp;
+    FileStamp stamp;
     QVariantMap values;
     bool damaged = false;
     // Some text will not be written back exactly: the original is kept before the first change.
@@ -40,20 +33,11 @@ QSet<QString> g_sweptFolders;
 std::recursive_mutex g_mutex;
 QHash<QString, CachedFile> g_cache;
 
-std::optional<Stamp> stampOf(const QString &path)
-{
-    struct stat info;
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
-        return std::nullopt;
-    return Stamp{qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
-                 quint64(info.st_ino)};
-}
-
 // The file's current contents, parsed at most once per version of the file. Caller holds g_mutex.
 const CachedFile &current(const QString &path)
 {
     static const CachedFile missing;
-    const auto stamp = stampOf(path);
+    const auto stamp = FileStamp::of(path);
     if (!stamp) {
         g_cache.remove(path);
         return missing;
@@ -206,7 +190,7 @@ void UserDefaults::setMany(const QVariantMap &changes, const QStringList &remova
         g_cache.remove(file);
         return;
     }
-    if (const auto stamp = stampOf(file))
+    if (const auto stamp = FileStamp::of(file))
         g_cache.insert(file, CachedFile{*stamp, values, false});
     // Outside the lock: a window that rereads the preferences on the signal must not wait for a
     // worker thread that is writing meanwhile.

@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 
-#include <sys/stat.h>
 
 Q_LOGGING_CATEGORY(lcStore, "quillory.store")
 
@@ -155,24 +154,15 @@ bool AssignmentStore::save(const AssignmentList &list)
     return true;
 }
 
-std::optional<AssignmentStore::FileStamp> AssignmentStore::stampOf(const QString &path)
-{
-    struct stat info;
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
-        return std::nullopt;
-    return FileStamp{qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
-                     quint64(info.st_ino)};
-}
-
 void AssignmentStore::remember()
 {
-    m_lastStamp = stampOf(m_path);
+    m_lastStamp = FileStamp::of(m_path);
     m_accessed = true;
 }
 
 bool AssignmentStore::isUnchangedSinceLastAccess() const
 {
-    return m_accessed && m_usable && stampOf(m_path) == m_lastStamp;
+    return m_accessed && m_usable && FileStamp::of(m_path) == m_lastStamp;
 }
 
 bool AssignmentStore::addPrioritiesToAssignmentsWithoutThem(AssignmentList &list)

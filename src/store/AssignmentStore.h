@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileStamp.h"
 #include "store/Assignment.h"
 
 #include <QString>
@@ -54,13 +55,6 @@ public:
     static bool writeFile(const QString &path, const QVariantList &records);
 
 private:
-    struct FileStamp {
-        qint64 size = -1;
-        qint64 mtimeNs = 0;
-        quint64 inode = 0;
-        bool operator==(const FileStamp &) const = default;
-    };
-    static std::optional<FileStamp> stampOf(const QString &path);
     void remember();
 
     QString m_path;

@@ -16,7 +16,6 @@
 
 #include <algorithm>
 
-#include <sys/stat.h>
 
 Q_DECLARE_LOGGING_CATEGORY(lcStore)
 
@@ -90,24 +89,15 @@ bool CoursesStore::reload()
     return m_usable;
 }
 
-std::optional<CoursesStore::FileStamp> CoursesStore::stampOf(const QString &path)
-{
-    struct stat info;
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
-        return std::nullopt;
-    return FileStamp{qint64(info.st_size), qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec,
-                     quint64(info.st_ino)};
-}
-
 void CoursesStore::rememberStamps()
 {
-    m_coursesStamp = stampOf(m_coursesPath);
-    m_typesStamp = stampOf(m_typesPath);
+    m_coursesStamp = FileStamp::of(m_coursesPath);
+    m_typesStamp = FileStamp::of(m_typesPath);
 }
 
 bool CoursesStore::reloadIfChangedOnDisk()
 {
-    if (stampOf(m_coursesPath) == m_coursesStamp && stampOf(m_typesPath) == m_typesStamp)
+    if (FileStamp::of(m_coursesPath) == m_coursesStamp && FileStamp::of(m_typesPath) == m_typesStamp)
         return false;
     qCInfo(lcStore) << "The courses or types changed on disk; reading them again before changing them";
     reload();
@@ -239,7 +229,7 @@ bool CoursesStore::saveData()
         return false;
     }
     const bool written = AssignmentStore::writeFile(m_coursesPath, m_combined);
-    m_coursesStamp = stampOf(m_coursesPath);
+    m_coursesStamp = FileStamp::of(m_coursesPath);
     return written;
 }
 
@@ -478,7 +468,7 @@ bool CoursesStore::editUniversalTypes(const QStringList &types)
         return false;
     }
     QStringList result = types;
-    if (stampOf(m_typesPath) != m_typesStamp) {
+    if (FileStamp::of(m_typesPath) != m_typesStamp) {
         qCInfo(lcStore) << "The universal types changed on disk; the edit is made to the new list";
         result = TypeListEdits::sameEditOn(m_universalTypes, types, stringsOf(readArray(m_typesPath).value_or(QVariantList())));
     }
@@ -487,6 +477,6 @@ bool CoursesStore::editUniversalTypes(const QStringList &types)
     for (const QString &type : std::as_const(result))
         list.append(type);
     const bool written = AssignmentStore::writeFile(m_typesPath, list);
-    m_typesStamp = stampOf(m_typesPath);
+    m_typesStamp = FileStamp::of(m_typesPath);
     return written;
 }

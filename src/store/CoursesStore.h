@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileStamp.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
@@ -113,15 +115,6 @@ public:
     QString originalTextbook;
 
 private:
-    // What tells a file rewritten by someone else from the one read here: an atomic write makes a
-    // new inode, and any write a new modification time.
-    struct FileStamp {
-        qint64 size = -1;
-        qint64 mtimeNs = 0;
-        quint64 inode = 0;
-        bool operator==(const FileStamp &) const = default;
-    };
-    static std::optional<FileStamp> stampOf(const QString &path);
     static void regroup(QVariantList &combined);
     bool renameInAssignments(const QString &key, const QString &from, const QString &to);
     // The row that `row` named before a reload of changed files, or -1 when its record is gone.
