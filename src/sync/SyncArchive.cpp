@@ -1,6 +1,7 @@
 #include "sync/SyncArchive.h"
 
 #include "platform/Paths.h"
+#include "platform/PropertyListSaveFile.h"
 #include "sync/CommandLine.h"
 #include "sync/SyncLog.h"
 
@@ -8,7 +9,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QThreadPool>
 
 #include <atomic>
@@ -263,21 +263,26 @@ bool copyFileAtomically(const QString &from, const QString &to, QString *problem
     // A link of the user's own at this name is replaced, not written through.
     if (kindOf(to) == Kind::Link)
         QFile::remove(to);
-    QSaveFile target(to);
-    if (!target.open(QIODevice::WriteOnly)) {
+    // Written the way the program writes its own files: a temporary name a later start recognises
+    // and clears should this run be killed, owner-only modes, and a rename that replaces whole.
+    PropertyListSaveFile target(to);
+    if (!target.open()) {
         *problem = CopyFailed.arg(from, target.errorString());
         return false;
     }
     QByteArray chunk;
-    while (!(chunk = source.read(1 << 20)).isEmpty()) {
-        if (target.write(chunk) != chunk.size())
-            break;
+    bool written = true;
+    while (written && !(chunk = source.read(1 << 20)).isEmpty())
+        written = target.device()->write(chunk) == chunk.size();
+    if (!written || source.error() != QFileDevice::NoError) {
+        *problem = CopyFailed.arg(from, written ? source.errorString() : target.device()->errorString());
+        target.cancel();
+        return false;
     }
-    if (source.error() != QFileDevice::NoError || !target.commit()) {
+    if (!target.commit()) {
         *problem = CopyFailed.arg(from, target.errorString());
         return false;
     }
-    ::chmod(QFile::encodeName(to).constData(), 0600);
     return true;
 }
 
