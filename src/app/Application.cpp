@@ -153,6 +153,7 @@ void Application::showMainWindow()
     main.show();
     main.raise();
     main.activateWindow();
+    Q_EMIT mainWindowShown(&main);
 }
 
 void Application::downloadData()

@@ -3,6 +3,7 @@
 #include "store/StartupSequence.h"
 
 #include <QObject>
+#include <QWidget>
 
 #include <memory>
 
@@ -30,6 +31,10 @@ public:
     void updateWindowInformation() override;
     void showMainWindow() override;
     void uploadData() override;
+
+Q_SIGNALS:
+    // The main window is on screen; files handed to the program wait for this.
+    void mainWindowShown(QWidget *window);
 
 private:
     void quit();

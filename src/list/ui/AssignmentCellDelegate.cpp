@@ -2,6 +2,7 @@
 
 #include "list/AssignmentTableModel.h"
 #include "widgets/Icons.h"
+#include "widgets/ReadableColors.h"
 
 #include <QApplication>
 #include <QPainter>
@@ -23,6 +24,24 @@ QIcon AssignmentCellDelegate::image(const QString &imageName)
     if (it == cache.end())
         it = cache.insert(imageName, Icons::own(ImagePrefix + imageName));
     return *it;
+}
+
+void AssignmentCellDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (!ReadableColors::isDark(option->palette))
+        return;
+    const QColor base = option->palette.color(QPalette::Base);
+    QColor background = base;
+    if (option->backgroundBrush.style() != Qt::NoBrush) {
+        background = ReadableColors::band(option->backgroundBrush.color(), base);
+        option->backgroundBrush = background;
+    }
+    const QVariant foreground = index.data(Qt::ForegroundRole);
+    if (foreground.canConvert<QColor>()) {
+        const QColor readable = ReadableColors::text(foreground.value<QColor>(), background);
+        option->palette.setColor(QPalette::Text, readable);
+    }
 }
 
 void AssignmentCellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,

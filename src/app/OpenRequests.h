@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+
+class QWidget;
+
+// Files to open and requests to come to the front, from this program's own command line or from a
+// later start that handed them over. They wait until the main window is up and no question is
+// open, then each file goes through the backup import (merge or replace) one after the other.
+class OpenRequests : public QObject
+{
+    Q_OBJECT
+public:
+    // Our own message for a file that is no backup; the import's own question would otherwise
+    // offer to replace the data with the empty lists such a file reads as.
+    static inline const QString NotABackupMessage = QStringLiteral("\u201c%1\u201d is not a Quillory backup, so it was not imported.  Nothing has been changed.");
+    static inline const QString CalendarFileMessage = QStringLiteral("Quillory cannot import calendar files such as \u201c%1\u201d, only its own backups.  Nothing has been changed.");
+
+    explicit OpenRequests(QObject *parent = nullptr);
+
+    // `raise`: bring the window to the front (a later start asked for it).
+    void add(const QStringList &files, bool raise);
+    // The main window is on screen: whatever waited is done now.
+    void windowShown(QWidget *window);
+
+    // True when `path` holds a property-list array whose first three elements are lists.
+    static bool isBackup(const QString &path);
+
+private:
+    void scheduleProcessing(int delayMs = 0);
+    void process();
+    void open(const QString &path);
+
+    QPointer<QWidget> m_window;
+    QStringList m_pending;
+    bool m_raise = false;
+    bool m_scheduled = false;
+};

@@ -1,0 +1,80 @@
+#include "widgets/ReadableColors.h"
+
+#include <QPalette>
+
+#include <algorithm>
+#include <cmath>
+
+namespace ReadableColors {
+
+namespace {
+double linear(float channel)
+{
+    return channel <= 0.04045f ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+}
+
+// How far the band stands off its base, at least: enough to see on a dim screen, not enough to
+// compete with the text.
+constexpr float MinimumBandStep = 0.05f;
+constexpr float BandSaturation = 0.25f;
+constexpr float LightnessStep = 0.02f;
+constexpr float GreySaturation = 0.1f;
+} // namespace
+
+bool isDark(const QPalette &palette)
+{
+    return luminance(palette.color(QPalette::Active, QPalette::Base)) < 0.2;
+}
+
+double luminance(const QColor &color)
+{
+    const QColor rgb = color.toRgb();
+    return 0.2126 * linear(rgb.redF()) + 0.7152 * linear(rgb.greenF()) + 0.0722 * linear(rgb.blueF());
+}
+
+double contrast(const QColor &a, const QColor &b)
+{
+    const double la = luminance(a);
+    const double lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+QColor text(const QColor &stored, const QColor &background)
+{
+    if (!stored.isValid() || luminance(background) >= 0.2 || contrast(stored, background) >= TextContrast)
+        return stored;
+    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
+    stored.toHsl().getHslF(&hue, &saturation, &lightness, &alpha);
+    // A grey (black, most often) was picked as plain text on white: on a dark base it is plain text
+    // there, as light as the stored one was dark, not a grey barely lighter than the background.
+    if (saturation < GreySaturation)
+        lightness = std::max(lightness, 1.0f - lightness - LightnessStep);
+    QColor adjusted = QColor::fromHslF(hue, saturation, lightness, alpha);
+    if (contrast(adjusted, background) >= TextContrast)
+        return adjusted.toRgb();
+    // Lighter in small steps keeps the colour recognisably the one chosen (red stays a red).
+    while (lightness < 1.0f) {
+        lightness = std::min(1.0f, lightness + LightnessStep);
+        adjusted = QColor::fromHslF(hue, saturation, lightness, alpha);
+        if (contrast(adjusted, background) >= TextContrast)
+            break;
+    }
+    return adjusted.toRgb();
+}
+
+QColor band(const QColor &stored, const QColor &base)
+{
+    if (!stored.isValid())
+        return stored;
+    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
+    stored.toHsl().getHslF(&hue, &saturation, &lightness, &alpha);
+    float baseHue = 0, baseSaturation = 0, baseLightness = 0, baseAlpha = 1;
+    base.toHsl().getHslF(&baseHue, &baseSaturation, &baseLightness, &baseAlpha);
+    // The stored band sits (1 - lightness) below white; the dark band sits as far above the base.
+    const float step = std::max(MinimumBandStep, 1.0f - lightness);
+    return QColor::fromHslF(hue < 0 ? 0 : hue, std::min(saturation, BandSaturation),
+                            std::min(1.0f, baseLightness + step), alpha)
+        .toRgb();
+}
+
+} // namespace ReadableColors
