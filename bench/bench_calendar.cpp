@@ -7,6 +7,7 @@
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarController.h"
 #include "list/Controller.h"
+#include "list/ListStartupSteps.h"
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
@@ -14,6 +15,7 @@
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
+#include "store/StartupSequence.h"
 
 #include <QApplication>
 #include <QDir>
@@ -74,7 +76,8 @@ Setup &setup()
         made.view = made.calendar->monthlyView();
         made.view->resize(1000, 700);
         made.view->show();
-        made.controller->setUp();
+        ListStartupSteps steps(*made.controller);
+        StartupSequence::setUpWindowFromPreferences(steps);
         QCoreApplication::processEvents();
         return made;
     }();

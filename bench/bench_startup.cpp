@@ -8,6 +8,7 @@
 #include "platform/Paths.h"
 #include "store/AssignmentStore.h"
 #include "store/Preferences.h"
+#include "store/StartupSequence.h"
 #include "support/StoreGenerator.h"
 
 #include <QApplication>
@@ -62,7 +63,7 @@ void BM_WindowWithRows(benchmark::State &state)
         QElapsedTimer timer;
         timer.start();
         auto window = std::make_unique<MainWindow>();
-        window->setUpFromPreferences();
+        StartupSequence::setUpWindowFromPreferences(window->startupSteps());
         window->show();
         QCoreApplication::processEvents();
         // Paints now, rows included, rather than at the next turn of the event loop.
@@ -84,7 +85,7 @@ void BM_SearchKeystrokeInWindow(benchmark::State &state)
 {
     home().prepare(int(state.range(0)));
     auto window = std::make_unique<MainWindow>();
-    window->setUpFromPreferences();
+    StartupSequence::setUpWindowFromPreferences(window->startupSteps());
     window->show();
     QCoreApplication::processEvents();
     double floor = 0;

@@ -125,26 +125,9 @@ void Application::restartAndQuit()
         qCWarning(lcApp) << "Could not schedule the restart after moving the preferences file";
 }
 
-void Application::setUpWindow(bool drawerOpen)
+WindowStartupHooks &Application::windowSteps()
 {
-    window().setUpWindow(drawerOpen);
-}
-
-void Application::setUpFilterBar(int viewIndex)
-{
-    window().setUpFilterBar(viewIndex);
-}
-
-void Application::selectFormat(int format)
-{
-    window().selectFormat(format);
-}
-
-void Application::updateWindowInformation()
-{
-    // Reads the store (an unreadable file leaves the list empty and is never written), gives missing
-    // priorities, and fills the window.
-    window().refresh();
+    return window().startupSteps();
 }
 
 void Application::showMainWindow()

@@ -25,10 +25,7 @@ public:
     void restartAndQuit() override;
     void downloadData() override;
     bool startupMayGoOn() override;
-    void setUpWindow(bool drawerOpen) override;
-    void setUpFilterBar(int viewIndex) override;
-    void selectFormat(int format) override;
-    void updateWindowInformation() override;
+    WindowStartupHooks &windowSteps() override;
     void showMainWindow() override;
     void uploadData() override;
 

@@ -2,20 +2,19 @@
 
 #include "list/ColumnLayout.h"
 #include "list/CoursesFile.h"
-#include "list/DisplayPipeline.h"
+#include "list/DisplayLists.h"
 #include "list/FilterBarModel.h"
+#include "list/PendingEdit.h"
 #include "list/Sorting.h"
+#include "list/TableSelection.h"
 #include "store/Assignment.h"
 #include "store/AssignmentStore.h"
 
-#include <QHash>
 #include <QObject>
-#include <QScopeGuard>
 #include <QStringList>
 
 #include <memory>
 #include <optional>
-#include <utility>
 
 class AssignmentTableModel;
 class CalendarObserver;
@@ -25,109 +24,115 @@ class SidebarEditing;
 class SidebarEditor;
 class ToolbarState;
 
-// The heart of the main window: the three assignment lists, the filter bar's model, the table
-// model with its selection, the sort and the column layout, and the window refresh. Everything here
-// runs without a window; the main window draws it and forwards its events.
+// The heart of the main window. It owns the parts of the list and wires them together: the three
+// assignment lists with the display pipeline that derives them (DisplayLists), the table model
+// with its selection (TableSelection), the commit-before-action path (PendingEdit), the editing
+// from the list and from the sidebar (Editing, SidebarEditing), and itself keeps the store, the
+// column layout and the window refresh. Everything here runs without a window; the main window
+// draws it and forwards its events.
 //
-//   allAssignments       every record of the store, kept in the sort order
-//   filteredAssignments  those that pass the view and course chosen in the filter bar
-//   displayAssignments   those that also match the search: the table's rows
-//
-// The lists share their records. Every change made through the list refilters, sorts and saves.
+// Every change made through the list refilters, sorts and saves.
 class Controller : public QObject
 {
     Q_OBJECT
 public:
-    enum class SearchSender { None, SearchField };
+    using SearchSender = DisplayLists::SearchSender;
 
     explicit Controller(QObject *parent = nullptr);
     // A store file elsewhere than the data folder (the benchmarks).
     Controller(const QString &assignmentsPath, const QString &coursesPath, QObject *parent = nullptr);
     ~Controller() override;
 
-    void setToolbar(ToolbarState *toolbar) { m_toolbar = toolbar; }
-    void setCalendar(CalendarObserver *calendar) { m_calendar = calendar; }
-    void setSidebar(SidebarEditor *sidebar) { m_sidebar = sidebar; }
-    ToolbarState *toolbar() const { return m_toolbar; }
-    CalendarObserver *calendar() const { return m_calendar; }
-    SidebarEditor *sidebar() const { return m_sidebar; }
+    void setToolbar(ToolbarState *toolbar) { m_lists.setToolbar(toolbar); }
+    void setCalendar(CalendarObserver *calendar) { m_lists.setCalendar(calendar); }
+    void setSidebar(SidebarEditor *sidebar) { m_pendingEdit.setSidebar(sidebar); }
+    ToolbarState *toolbar() const { return m_lists.toolbar(); }
+    CalendarObserver *calendar() const { return m_lists.calendar(); }
+    SidebarEditor *sidebar() const { return m_pendingEdit.sidebar(); }
+
+    // The parts.
+    DisplayLists &lists() { return m_lists; }
+    TableSelection &selection() { return *m_selection; }
+    PendingEdit &pendingEdit() { return m_pendingEdit; }
+    Editing &editing() { return *m_editing; }
+    SidebarEditing &sidebarEditing() { return *m_sidebarEditing; }
+
     // Asks the sidebar to hand over an edit still in progress. Every action that changes the
     // selection, filters, reloads or saves runs this first, so typing is never lost to it.
-    void commitPendingEdit();
-    // Holds commits off without committing: for an edit that is itself the pending one (a cell of
-    // the subprojects table).
-    [[nodiscard]] auto holdPendingEdit()
-    {
-        return qScopeGuard([this, outer = std::exchange(m_committing, true)] { m_committing = outer; });
-    }
-    // The start of an action: commits the pending edit once, then holds further commits off until
-    // the returned guard goes, so the action's own reselections and reloads hand nothing over.
-    [[nodiscard]] auto beginAction()
-    {
-        commitPendingEdit();
-        return holdPendingEdit();
-    }
+    void commitPendingEdit() { m_pendingEdit.commit(); }
+    [[nodiscard]] auto holdPendingEdit() { return m_pendingEdit.hold(); }
+    [[nodiscard]] auto beginAction() { return m_pendingEdit.beginAction(); }
 
-    // Start-up: reads "Sort Selectors", builds the filter bar and sets its view from
-    // "Default View" (+1, where 3 wraps to 0), then loads the store.
-    void setUp();
+    // The sort keys read from "Sort Selectors" at start-up.
+    void setSortingSelectors(const QStringList &selectors) { m_sortingSelectors = selectors; }
+    QStringList sortingSelectors() const { return m_sortingSelectors; }
 
     // --- the lists -------------------------------------------------------------------------------
-    const AssignmentList &allAssignments() const { return m_all; }
-    const AssignmentList &filteredAssignments() const { return m_filtered; }
-    const AssignmentList &displayAssignments() const { return m_display; }
+    const AssignmentList &allAssignments() const { return m_lists.all(); }
+    const AssignmentList &filteredAssignments() const { return m_lists.filtered(); }
+    const AssignmentList &displayAssignments() const { return m_lists.display(); }
     const QVariantList &coursesAndTextbooks() const { return m_courses.records(); }
+    QString coursesFilePath() const { return m_courses.path(); }
     bool isStoreUsable() const { return m_storeUsable; }
     // Replaces the whole store in memory (for loading and the tests), then filters and sorts.
     void setAllAssignments(const AssignmentList &records);
 
     // --- the display pipeline --------------------------------------------------------------------
-    // A missing title means the filter bar's current choice in that segment.
     void filterWithViews(const std::optional<QString> &view = std::nullopt,
-                         const std::optional<QString> &course = std::nullopt);
-    void searchAssignments(SearchSender sender = SearchSender::None);
+                         const std::optional<QString> &course = std::nullopt)
+    {
+        m_lists.filterWithViews(view, course);
+    }
+    void searchAssignments(SearchSender sender = SearchSender::None) { m_lists.searchAssignments(sender); }
     // A scope menu item was chosen: "All" clears the placeholder, any other title becomes it in
     // lower case. The list changes only with the next keystroke.
-    void setSearchSpecifications(const QString &menuItemTitle);
+    void setSearchSpecifications(const QString &menuItemTitle) { m_lists.setSearchSpecifications(menuItemTitle); }
     // Every filter-bar button's action.
-    void selectNewItem();
+    void selectNewItem() { m_lists.selectNewItem(); }
     // A text field changed; only the toolbar's search field searches.
-    void controlTextDidChange(bool fromSearchField);
-    void updateFilterBar();
-    FilterBarModel &filterBar() { return m_filterBar; }
+    void controlTextDidChange(bool fromSearchField) { m_lists.controlTextDidChange(fromSearchField); }
+    void updateFilterBar() { m_lists.updateFilterBar(); }
+    FilterBarModel &filterBar() { return m_lists.filterBar(); }
 
-    AssignmentRef actualSelectedObject() const;
-    AssignmentList subprojectsForProject(const QString &projectIdentifier) const;
-    qsizetype findIndexOfProjectForSubproject(const QString &projectIdentifier) const;
+    AssignmentRef actualSelectedObject() const { return m_lists.actualSelectedObject(); }
+    AssignmentList subprojectsForProject(const QString &projectIdentifier) const
+    {
+        return m_lists.subprojectsForProject(projectIdentifier);
+    }
+    qsizetype findIndexOfProjectForSubproject(const QString &projectIdentifier) const
+    {
+        return m_lists.findIndexOfProjectForSubproject(projectIdentifier);
+    }
     // The first project with that identifier, or none.
-    AssignmentRef projectFor(const QString &projectIdentifier) const;
-    std::optional<QString> getSubprojectDisplayName(const Assignment &subproject) const;
-
+    AssignmentRef projectFor(const QString &projectIdentifier) const { return m_lists.projectFor(projectIdentifier); }
+    std::optional<QString> getSubprojectDisplayName(const Assignment &subproject) const
+    {
+        return m_lists.getSubprojectDisplayName(subproject);
+    }
     // The subprojects table: the subprojects of the selected record's project; none without a
     // selection.
-    AssignmentList subprojectRows() const;
+    AssignmentList subprojectRows() const { return m_lists.subprojectRows(); }
 
     // --- table and selection ---------------------------------------------------------------------
     AssignmentTableModel *tableModel() const { return m_table; }
-    QItemSelectionModel *selectionModel() const { return m_selection; }
-    QList<int> selectedRows() const;
+    QItemSelectionModel *selectionModel() const { return m_selection->model(); }
+    QList<int> selectedRows() const { return m_selection->selectedRows(); }
     // The row of the only selected row, or -1 with none or several.
-    int singleSelectedRow() const;
-    void selectRowAlone(int row);
-    void selectRows(const QList<int> &rows);
-    void clearSelection();
+    int singleSelectedRow() const { return m_selection->singleSelectedRow(); }
+    void selectRowAlone(int row) { m_selection->selectRowAlone(row); }
+    void selectRows(const QList<int> &rows) { m_selection->selectRows(rows); }
+    void clearSelection() { m_selection->clear(); }
 
     // --- sorting and columns ---------------------------------------------------------------------
     // Sorts by the given column (a second time on the stored column reverses), or with none
     // re-applies the stored sort.
-    void sortColumn(const std::optional<QString> &column = std::nullopt);
+    void sortColumn(const std::optional<QString> &column = std::nullopt) { m_lists.sortColumn(column); }
     // A click on a header: image columns do nothing; any other sorts and sets didJustSort.
-    void didClickTableColumn(const QString &identifier);
-    bool didJustSort() const { return m_didJustSort; }
-    void clearDidJustSort() { m_didJustSort = false; }
+    void didClickTableColumn(const QString &identifier) { m_lists.didClickTableColumn(identifier); }
+    bool didJustSort() const { return m_lists.didJustSort(); }
+    void clearDidJustSort() { m_lists.clearDidJustSort(); }
     // The order the list is in: the column the header shows its arrow in, and the direction.
-    Sorting::Order sortIndicator() const { return m_sortIndicator; }
-    QStringList sortingSelectors() const { return m_sortingSelectors; }
+    Sorting::Order sortIndicator() const { return m_lists.sortIndicator(); }
     // The widget resized or dragged a column; both save the whole layout.
     void columnDidResize(int column, double width);
     void columnDidMove(int from, int to);
@@ -144,9 +149,6 @@ public:
     // A preference was written (by this or any other window): redraws what it decides, without
     // reloading the store. Connected to the preferences' change signal.
     void preferenceChanged(const QString &group, const QString &key);
-
-    Editing &editing() { return *m_editing; }
-    SidebarEditing &sidebarEditing() { return *m_sidebarEditing; }
 
 Q_SIGNALS:
     // The sidebar should show nothing selected / be emptied.
@@ -166,57 +168,21 @@ Q_SIGNALS:
     void selectionDidChange();
 
 private:
-    friend class Editing;
-    friend class SidebarEditing;
-
     void construct();
-    void allChanged();
-    void reloadTable();
     void onSelectionChanged();
-    void updateCalendar();
-    QString searchText() const;
-    QString searchScope() const;
     bool loadStore();
-    Sorting::Order storedOrder();
-    void applyOrder(const Sorting::Order &order);
-    void rememberSelection(QList<AssignmentRef> &records) const;
-    void reselectEqual(const QList<AssignmentRef> &records);
+    void headersChanged();
 
     AssignmentStore m_store;
     bool m_storeUsable = true;
     bool m_loadedOnce = false;
-    AssignmentList m_all;
-    AssignmentList m_filtered;
-    AssignmentList m_display;
-    DisplayPipeline m_pipeline;
     CoursesFile m_courses;
-
-    FilterBarModel m_filterBar;
-    bool m_rebuildingFilterBar = false;
-    bool m_filterRequestedDuringRebuild = false;
-
-    AssignmentTableModel *m_table = nullptr;
-    QItemSelectionModel *m_selection = nullptr;
-
     ColumnLayout m_layout;
-    Sorting::Order m_sortIndicator{QStringLiteral("Date"), true};
-    // The orders allAssignments, filteredAssignments and displayAssignments are known to be in.
-    std::optional<Sorting::Order> m_appliedOrder;
-    // The sort keys of allAssignments and of displayAssignments, kept between sorts.
-    Sorting::KeyCache m_allKeys;
-    Sorting::KeyCache m_displayKeys;
-    std::optional<Sorting::Order> m_filteredOrder;
-    std::optional<Sorting::Order> m_displayOrder;
-    std::pair<QString, QString> m_lastSearch;
-    bool m_didJustSort = false;
-    bool m_committing = false;
+    AssignmentTableModel *m_table;
+    PendingEdit m_pendingEdit;
+    DisplayLists m_lists;
+    TableSelection *m_selection = nullptr;
     QStringList m_sortingSelectors;
-
-    mutable std::optional<QHash<QString, qsizetype>> m_projectIndex;
-
-    ToolbarState *m_toolbar = nullptr;
-    CalendarObserver *m_calendar = nullptr;
-    SidebarEditor *m_sidebar = nullptr;
     std::unique_ptr<Editing> m_editing;
     std::unique_ptr<SidebarEditing> m_sidebarEditing;
 };

@@ -42,13 +42,13 @@ AssignmentRef Editing::newRecord() const
 
 int Editing::addAssignment()
 {
-    const int format = m_controller.m_toolbar ? m_controller.m_toolbar->formatSegment() : 0;
+    const int format = m_controller.toolbar() ? m_controller.toolbar()->formatSegment() : 0;
     if (format == 0)
         return addAssignmentWithDate(std::nullopt);
     if (format == 1 || format == 2) {
         std::optional<QDateTime> focus;
-        if (m_controller.m_calendar)
-            focus = m_controller.m_calendar->focusDate();
+        if (m_controller.calendar())
+            focus = m_controller.calendar()->focusDate();
         return addAssignmentWithDate(focus);
     }
     return -1;
@@ -64,7 +64,7 @@ int Editing::addAssignmentWithDate(const std::optional<QDateTime> &date)
 AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
 {
     Controller &c = m_controller;
-    if (!c.m_storeUsable) {
+    if (!c.isStoreUsable()) {
         // Saving the list over a file that could not be read would lose everything in it.
         qCWarning(lcList) << "the store could not be read; the new assignment has nowhere to go";
         Alerts::inform(ListTexts::StoreErrorTitle, ListTexts::AddUnreadableMessage);
@@ -75,20 +75,19 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
     c.sidebarEditing().editAssignment(SidebarEditing::Sender::None);
 
     AssignmentRef record = newRecord();
-    if (c.m_filterBar.getSelectedTitleInSegment(0) == ListTexts::Complete)
+    if (c.filterBar().getSelectedTitleInSegment(0) == ListTexts::Complete)
         record->set(Completed, true);
-    const QString course = c.m_filterBar.getSelectedTitleInSegment(1);
+    const QString course = c.filterBar().getSelectedTitleInSegment(1);
     if (!course.isEmpty() && course != ListTexts::All)
         record->set(Course, course);
     if (date)
         record->set(Date, DateText::toStoredForm(*date));
 
-    c.m_all.append(record);
-    c.allChanged();
+    c.lists().append(record);
     c.filterWithViews();
     Q_EMIT c.sidebarCleared();
 
-    const qsizetype row = c.m_display.indexOf(record);
+    const qsizetype row = c.displayAssignments().indexOf(record);
     if (row < 0) {
         c.sortColumn();
         c.saveData();
@@ -107,16 +106,16 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
         c.saveData();
     }
     const int selected = c.singleSelectedRow();
-    return selected >= 0 ? c.m_display[selected] : record;
+    return selected >= 0 ? c.displayAssignments()[selected] : record;
 }
 
 int Editing::addProject()
 {
-    const int format = m_controller.m_toolbar ? m_controller.m_toolbar->formatSegment() : 0;
+    const int format = m_controller.toolbar() ? m_controller.toolbar()->formatSegment() : 0;
     if (format == 0)
         return addProjectWithDate(std::nullopt);
-    if ((format == 1 || format == 2) && m_controller.m_calendar)
-        return addProjectWithDate(m_controller.m_calendar->focusDate());
+    if ((format == 1 || format == 2) && m_controller.calendar())
+        return addProjectWithDate(m_controller.calendar()->focusDate());
     return -1;
 }
 
@@ -130,11 +129,11 @@ int Editing::addProjectWithDate(const std::optional<QDateTime> &date)
     if (date)
         record->set(Date, DateText::toStoredForm(*date));
     record->set(Project, DateText::nowStoredForm());
-    c.allChanged();
+    c.lists().allChanged();
     c.saveData();
-    const qsizetype row = c.m_display.indexOf(record);
+    const qsizetype row = c.displayAssignments().indexOf(record);
     // The record changed in place: the table shows it afresh.
-    c.reloadTable();
+    c.lists().reloadTable();
     if (row >= 0)
         c.selectRowAlone(int(row));
     Q_EMIT c.focusNameField();
@@ -148,7 +147,7 @@ void Editing::addSubproject()
     const QList<int> rows = c.selectedRows();
     if (rows.isEmpty())
         return;
-    AssignmentRef project = c.m_display[rows.last()];
+    AssignmentRef project = c.displayAssignments()[rows.last()];
     if (project->isSubproject())
         project = c.projectFor(project->string(Subproject));
     if (!project || !project->isProject())
@@ -163,11 +162,11 @@ void Editing::addSubproject()
     for (const QString &key : {Course, Textbook, Grade, Type, Priority})
         if (project->has(key))
             record->set(key, project->value(key));
-    c.allChanged();
+    c.lists().allChanged();
     c.saveData();
     c.filterWithViews();
     Q_EMIT c.subprojectsChanged();
-    const qsizetype row = c.m_display.indexOf(record);
+    const qsizetype row = c.displayAssignments().indexOf(record);
     if (row >= 0)
         c.selectRowAlone(int(row));
     Q_EMIT c.showSubprojectsTab();
@@ -180,7 +179,7 @@ void Editing::deleteSubprojects(const QList<int> &subprojectRows, bool ask)
     const QList<int> rows = c.selectedRows();
     if (rows.isEmpty())
         return;
-    const AssignmentRef selected = c.m_display[rows.last()];
+    const AssignmentRef selected = c.displayAssignments()[rows.last()];
     const bool selectedWasProject = selected->isProject();
     const AssignmentRef project
         = selected->isSubproject() ? c.projectFor(selected->string(Subproject)) : selected;
@@ -199,16 +198,15 @@ void Editing::deleteSubprojects(const QList<int> &subprojectRows, bool ask)
         return;
     for (const AssignmentRef &record : std::as_const(doomed)) {
         const Assignment gone = *record;
-        Assignments::removeEqual(c.m_all, gone);
+        c.lists().removeEqual(gone);
     }
-    c.allChanged();
     c.filterWithViews();
     c.sortColumn();
     Q_EMIT c.subprojectsChanged();
     c.saveData();
     c.clearSelection();
     if (selectedWasProject) {
-        const qsizetype projectRow = c.m_display.indexOf(project);
+        const qsizetype projectRow = c.displayAssignments().indexOf(project);
         if (projectRow >= 0)
             c.selectRowAlone(int(projectRow));
     }
@@ -248,7 +246,7 @@ void Editing::setSubprojectValue(int row, const QString &column, const QVariant 
     for (const QString &key : {Course, Textbook, Grade, Type})
         if (project->has(key))
             subproject->set(key, project->value(key));
-    c.allChanged();
+    c.lists().allChanged();
     c.saveData();
     Q_EMIT c.subprojectsChanged();
     c.filterWithViews();
@@ -273,7 +271,7 @@ QVariant Editing::subprojectCell(int row, const QString &column) const
 void Editing::duplicateAssignment()
 {
     Controller &c = m_controller;
-    if (!c.m_storeUsable)
+    if (!c.isStoreUsable())
         return;
     // The copy takes what the user is typing into the sidebar.
     const auto action = c.beginAction();
@@ -282,13 +280,12 @@ void Editing::duplicateAssignment()
         return;
     // Every key is copied, "Project" and "Subproject" too: a duplicated project shares its
     // subprojects with the record it came from.
-    const AssignmentRef copy = Assignments::copy(c.m_display[rows.last()]);
+    const AssignmentRef copy = Assignments::copy(c.displayAssignments()[rows.last()]);
     copy->set(DateUpdated, DateText::nowStoredForm());
     copy->set(DateCreated, Clock::secondsSince1970());
-    c.m_all.append(copy);
-    c.allChanged();
+    c.lists().append(copy);
     c.filterWithViews();
-    c.updateCalendar();
+    c.lists().updateCalendar();
     c.sortColumn();
     c.saveData();
 }
@@ -307,7 +304,7 @@ void Editing::deleteAssignment()
 
     AssignmentList doomed;
     for (int row : rows)
-        doomed.append(c.m_display[row]);
+        doomed.append(c.displayAssignments()[row]);
     for (qsizetype i = 0, selected = doomed.size(); i < selected; ++i)
         if (doomed[i]->isProject())
             doomed.append(c.subprojectsForProject(doomed[i]->string(Project)));
@@ -316,28 +313,25 @@ void Editing::deleteAssignment()
     // keystroke in the search field cannot bring deleted records back on screen.
     for (const AssignmentRef &record : std::as_const(doomed)) {
         const Assignment gone = *record;
-        Assignments::removeEqual(c.m_display, gone);
-        Assignments::removeEqual(c.m_filtered, gone);
-        Assignments::removeEqual(c.m_all, gone);
+        c.lists().removeEqualEverywhere(gone);
     }
-    c.allChanged();
     c.clearSelection();
     Q_EMIT c.sidebarNoSelection();
-    c.reloadTable();
+    c.lists().reloadTable();
     c.saveData();
-    c.updateCalendar();
+    c.lists().updateCalendar();
 }
 
 void Editing::markAssignmentAsCompleted(int row)
 {
     Controller &c = m_controller;
-    if (row >= 0 && row < c.m_display.size()) {
+    if (row >= 0 && row < c.displayAssignments().size()) {
         // The pending edit may sort again: the clicked row is found again by its record, and the
         // edited record (replaced by the edit) is the selected row afterwards.
-        const AssignmentRef clicked = c.m_display[row];
+        const AssignmentRef clicked = c.displayAssignments()[row];
         const bool clickedSelected = c.singleSelectedRow() == row;
         c.commitPendingEdit();
-        row = int(c.m_display.indexOf(clicked));
+        row = int(c.displayAssignments().indexOf(clicked));
         if (row < 0 && clickedSelected)
             row = c.singleSelectedRow();
         if (row < 0)
@@ -350,16 +344,15 @@ void Editing::markAssignmentAsCompleted(int row)
             return;
         row = rows.last();
     }
-    if (row >= c.m_display.size())
+    if (row >= c.displayAssignments().size())
         return;
-    const AssignmentRef record = c.m_display[row];
-    const qsizetype index = Assignments::indexOfEqual(c.m_all, *record);
+    const AssignmentRef record = c.displayAssignments()[row];
+    const qsizetype index = Assignments::indexOfEqual(c.allAssignments(), *record);
     if (index < 0)
         return;
     const AssignmentRef toggled = Assignments::copy(record);
     toggled->set(Completed, !record->isCompleted());
-    c.m_all[index] = toggled;
-    c.allChanged();
+    c.lists().replace(index, toggled);
     c.saveData();
     Q_EMIT c.subprojectsChanged();
     c.filterWithViews();

@@ -22,18 +22,18 @@ SidebarEditing::SidebarEditing(Controller &controller)
 
 SidebarValues SidebarEditing::currentValues() const
 {
-    return m_controller.m_sidebar ? m_controller.m_sidebar->sidebarValues() : SidebarValues();
+    return m_controller.sidebar() ? m_controller.sidebar()->sidebarValues() : SidebarValues();
 }
 
 void SidebarEditing::show(const SidebarValues &values)
 {
-    if (m_controller.m_sidebar)
-        m_controller.m_sidebar->setSidebarValues(values);
+    if (m_controller.sidebar())
+        m_controller.sidebar()->setSidebarValues(values);
 }
 
 QStringList SidebarEditing::updateTextbooksForCourse(const QString &course)
 {
-    const QStringList textbooks = CoursesFile::textbooksOf(CoursesFile::read(m_controller.m_courses.path()), course);
+    const QStringList textbooks = CoursesFile::textbooksOf(CoursesFile::read(m_controller.coursesFilePath()), course);
     m_fill.textbookChoices = textbooks;
     Q_EMIT m_controller.textbookChoicesChanged(textbooks);
     return textbooks;
@@ -43,12 +43,12 @@ bool SidebarEditing::editAssignment(Sender sender)
 {
     Controller &c = m_controller;
     const int row = c.singleSelectedRow();
-    if (row < 0 || !c.m_sidebar)
+    if (row < 0 || !c.sidebar())
         return false;
     const AssignmentRef target = c.actualSelectedObject();
     if (!target)
         return false;
-    const AssignmentRef kept = Assignments::copy(c.m_display[row]);
+    const AssignmentRef kept = Assignments::copy(c.displayAssignments()[row]);
     SidebarValues values = currentValues();
 
     QVariantMap fields;
@@ -89,7 +89,7 @@ bool SidebarEditing::editAssignment(Sender sender)
         m_fill.textbookChoices = updateTextbooksForCourse(values.course);
         values.textbook = QString("");
         fields.insert(Textbook, QString("")); // stored empty here, as the course change leaves it
-        const QVariantList courses = CoursesFile::read(c.m_courses.path());
+        const QVariantList courses = CoursesFile::read(c.coursesFilePath());
         if (const std::optional<QString> textbook = CoursesFile::defaultTextbook(courses, values.course)) {
             values.textbook = *textbook;
             fields.insert(Textbook, *textbook);
@@ -118,24 +118,23 @@ bool SidebarEditing::editAssignment(Sender sender)
         }
     }
 
-    const qsizetype index = c.m_all.indexOf(target);
+    const qsizetype index = c.allAssignments().indexOf(target);
     if (index < 0) {
         qCWarning(lcList) << "edited record is no longer in the list";
         return false;
     }
-    c.m_all[index] = edited;
-    c.allChanged();
+    c.lists().replace(index, edited);
 
     c.filterWithViews();
     c.clearSelection();
     Q_EMIT c.sidebarNoSelection();
-    qsizetype reselect = Assignments::indexOfEqual(c.m_display, *kept);
+    qsizetype reselect = Assignments::indexOfEqual(c.displayAssignments(), *kept);
     if (reselect < 0)
-        reselect = c.m_display.indexOf(edited);
+        reselect = c.displayAssignments().indexOf(edited);
     if (reselect >= 0)
         c.selectRowAlone(int(reselect));
 
-    c.updateCalendar();
+    c.lists().updateCalendar();
     c.sortColumn();
     c.saveData();
     return true;
@@ -143,7 +142,7 @@ bool SidebarEditing::editAssignment(Sender sender)
 
 void SidebarEditing::dateToToday()
 {
-    if (!m_controller.m_sidebar)
+    if (!m_controller.sidebar())
         return;
     SidebarValues values = currentValues();
     // The field's formatter reads the word and shows the day it names.
@@ -156,7 +155,7 @@ void SidebarEditing::dateToToday()
 
 void SidebarEditing::addDay(int days)
 {
-    if (!m_controller.m_sidebar)
+    if (!m_controller.sidebar())
         return;
     SidebarValues values = currentValues();
     if (values.dateText.isEmpty())
@@ -176,7 +175,7 @@ void SidebarEditing::addDay(int days)
 
 void SidebarEditing::changeDateWithPullDownBoxes(bool fromMonthMenu)
 {
-    if (!m_controller.m_sidebar)
+    if (!m_controller.sidebar())
         return;
     SidebarValues values = currentValues();
     if (fromMonthMenu)
@@ -289,22 +288,22 @@ void SidebarEditing::tableViewSelectionDidChange()
     if (rows.isEmpty()) {
         fill.mode = Fill::Mode::NoSelection;
         m_fill = fill;
-        if (c.m_calendar) {
-            c.m_calendar->clearSelection();
-            if (!c.m_toolbar || c.m_toolbar->formatSegment() == 0)
-                c.m_calendar->updateCalendar();
+        if (c.calendar()) {
+            c.calendar()->clearSelection();
+            if (!c.toolbar() || c.toolbar()->formatSegment() == 0)
+                c.calendar()->updateCalendar();
         }
         return;
     }
     if (rows.size() > 1) {
         fill.mode = Fill::Mode::Multiple;
         m_fill = fill;
-        if (c.m_calendar)
-            c.m_calendar->clearSelection();
+        if (c.calendar())
+            c.calendar()->clearSelection();
         return;
     }
 
-    const AssignmentRef selected = c.m_display[rows.first()];
+    const AssignmentRef selected = c.displayAssignments()[rows.first()];
     const AssignmentRef record = c.actualSelectedObject();
     if (!record) {
         // A subproject whose project is gone: the sidebar shows nothing for it.
@@ -313,15 +312,15 @@ void SidebarEditing::tableViewSelectionDidChange()
         return;
     }
     fill.mode = Fill::Mode::Assignment;
-    if (c.m_calendar)
-        c.m_calendar->selectAssignment(record);
+    if (c.calendar())
+        c.calendar()->selectAssignment(record);
     fill.enabledTabs = record->isProject() ? 3 : 2;
     if (selected->isSubproject())
         fill.subprojectRow = int(c.subprojectsForProject(record->string(Project)).indexOf(selected));
     fill.dateFace = int(UserDefaults()
                             .groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateEntryFormat)
                             .toLongLong());
-    const QVariantList courses = CoursesFile::read(c.m_courses.path());
+    const QVariantList courses = CoursesFile::read(c.coursesFilePath());
     fill.courseChoices = CoursesFile::courseNames(courses);
     fill.textbookChoices = CoursesFile::textbooksOf(courses, record->string(Course));
     fill.values = valuesFor(*record);

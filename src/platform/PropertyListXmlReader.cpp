@@ -2,12 +2,9 @@
 
 #include "platform/PropertyListXmlScalars.h"
 
-#include <QStringDecoder>
 #include <QVariantList>
 #include <QVariantMap>
 
-#include <array>
-#include <charconv>
 #include <cstring>
 #include <map>
 #include <sys/mman.h>
@@ -20,10 +17,6 @@ namespace {
 constexpr int MaxDepth = 512;
 // Pages of a mapped file are handed back in steps of this size.
 constexpr qsizetype ReleaseStep = qsizetype(8) << 20;
-// Short strings (keys, course names, types, grades) repeat across records: they are made once and
-// shared, which saves an allocation per value and a good part of the result's memory.
-constexpr qsizetype InternMaxSize = 32;
-constexpr quint32 InternSlots = 1024;
 
 bool isSpace(char c)
 {
@@ -32,13 +25,7 @@ bool isSpace(char c)
 
 std::string_view trimmed(const char *data, qsizetype size)
 {
-    const char *b = data;
-    const char *e = data + size;
-    while (b < e && isSpace(*b))
-        ++b;
-    while (e > b && isSpace(e[-1]))
-        --e;
-    return std::string_view(b, size_t(e - b));
+    return PropertyListXmlScalars::trimmed(std::string_view(data, size_t(size)));
 }
 
 QString quoted(std::string_view name)
@@ -46,88 +33,7 @@ QString quoted(std::string_view name)
     return QLatin1Char('<') + QString::fromUtf8(name.data(), qsizetype(name.size())) + QLatin1Char('>');
 }
 
-// Whether the bytes are UTF-8 text that XML can hold as it is. Almost all text is printable ASCII,
-// which a branch-free pass settles; only the rest is decoded.
-bool writableUtf8(const char *data, qsizetype size)
-{
-    const auto *p = reinterpret_cast<const quint8 *>(data);
-    bool plain = true;
-    for (qsizetype i = 0; i < size; ++i) {
-        const quint8 c = p[i];
-        plain &= ((c >= 0x20) & (c < 0x80)) | (c == '\t') | (c == '\n') | (c == '\r');
-    }
-    if (plain)
-        return true;
-    for (qsizetype i = 0; i < size;) {
-        const quint8 c = p[i];
-        if (c < 0x80) {
-            if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
-                return false;
-            ++i;
-            continue;
-        }
-        int extra = 0;
-        char32_t code = 0;
-        char32_t least = 0;
-        if (c >= 0xC2 && c <= 0xDF) {
-            extra = 1;
-            code = c & 0x1F;
-            least = 0x80;
-        } else if (c >= 0xE0 && c <= 0xEF) {
-            extra = 2;
-            code = c & 0x0F;
-            least = 0x800;
-        } else if (c >= 0xF0 && c <= 0xF4) {
-            extra = 3;
-            code = c & 0x07;
-            least = 0x10000;
-        } else {
-            return false;
-        }
-        if (size - i <= extra)
-            return false;
-        for (int k = 1; k <= extra; ++k) {
-            if ((p[i + k] & 0xC0) != 0x80)
-                return false;
-            code = (code << 6) | (p[i + k] & 0x3F);
-        }
-        if (code < least || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF) || code == 0xFFFE || code == 0xFFFF)
-            return false;
-        i += extra + 1;
-    }
-    return true;
-}
-
-// UTF-8 to QString, keeping a leading U+FEFF: QString::fromUtf8 takes it for a byte-order mark and
-// drops it, so a string that starts with one would lose it on every read.
-QString fromUtf8(const char *data, qsizetype size)
-{
-    if (size >= 3 && std::memcmp(data, "\xEF\xBB\xBF", 3) == 0) {
-        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-        return decoder(QByteArrayView(data, size));
-    }
-    return QString::fromUtf8(data, size);
-}
-
-const QString &emptyString()
-{
-    // Not a null QString: a value that is present but empty must stay distinguishable from an
-    // absent one.
-    static const QString empty = QStringLiteral("");
-    return empty;
-}
-
 } // namespace
-
-struct PropertyListXmlReader::InternCache {
-    struct Slot {
-        QString value;
-        quint32 hash = 0;
-        qsizetype size = -1;
-        char bytes[InternMaxSize];
-    };
-    Slot slots[InternSlots];
-};
 
 PropertyListXmlReader::PropertyListXmlReader(QByteArrayView bytes)
     : m_begin(bytes.data())
@@ -139,7 +45,6 @@ PropertyListXmlReader::PropertyListXmlReader(QByteArrayView bytes)
 
 PropertyListXmlReader::~PropertyListXmlReader()
 {
-    delete m_intern;
 }
 
 bool PropertyListXmlReader::fail(const QString &message)
@@ -312,44 +217,16 @@ bool PropertyListXmlReader::appendEntity(const char *ampersand)
         return failAt(ampersand, QStringLiteral("malformed entity"));
     const std::string_view entity(ampersand + 1, size_t(static_cast<const char *>(semicolon) - ampersand - 1));
     m_p = static_cast<const char *>(semicolon) + 1;
-    if (entity == "amp") {
-        m_scratch += '&';
-    } else if (entity == "lt") {
-        m_scratch += '<';
-    } else if (entity == "gt") {
-        m_scratch += '>';
-    } else if (entity == "quot") {
-        m_scratch += '"';
-    } else if (entity == "apos") {
-        m_scratch += '\'';
-    } else if (entity.size() >= 2 && entity[0] == '#') {
-        const bool hex = entity[1] == 'x';
-        const char *first = entity.data() + (hex ? 2 : 1);
-        const char *last = entity.data() + entity.size();
-        quint32 code = 0;
-        const auto result = std::from_chars(first, last, code, hex ? 16 : 10);
-        if (first == last || result.ec != std::errc() || result.ptr != last || code == 0 || code > 0x10FFFF
-            || (code >= 0xD800 && code <= 0xDFFF))
-            return failAt(ampersand, QStringLiteral("invalid character reference"));
-        if (code < 0x80) {
-            m_scratch += char(code);
-        } else if (code < 0x800) {
-            m_scratch += char(0xC0 | (code >> 6));
-            m_scratch += char(0x80 | (code & 0x3F));
-        } else if (code < 0x10000) {
-            m_scratch += char(0xE0 | (code >> 12));
-            m_scratch += char(0x80 | ((code >> 6) & 0x3F));
-            m_scratch += char(0x80 | (code & 0x3F));
-        } else {
-            m_scratch += char(0xF0 | (code >> 18));
-            m_scratch += char(0x80 | ((code >> 12) & 0x3F));
-            m_scratch += char(0x80 | ((code >> 6) & 0x3F));
-            m_scratch += char(0x80 | (code & 0x3F));
-        }
-    } else {
-        return failAt(ampersand, QStringLiteral("unknown entity &%1;").arg(QString::fromUtf8(entity.data(), qsizetype(entity.size()))));
+    switch (PropertyListXmlText::appendEntity(entity, m_scratch)) {
+    case PropertyListXmlText::Entity::Appended:
+        return true;
+    case PropertyListXmlText::Entity::InvalidReference:
+        return failAt(ampersand, QStringLiteral("invalid character reference"));
+    case PropertyListXmlText::Entity::Unknown:
+        break;
     }
-    return true;
+    return failAt(ampersand,
+                  QStringLiteral("unknown entity &%1;").arg(QString::fromUtf8(entity.data(), qsizetype(entity.size()))));
 }
 
 bool PropertyListXmlReader::readText(std::string_view name, bool selfClosing, Text &text)
@@ -402,29 +279,6 @@ bool PropertyListXmlReader::readText(std::string_view name, bool selfClosing, Te
     return readEndTag(name);
 }
 
-QString PropertyListXmlReader::makeString(Text text)
-{
-    if (text.size == 0)
-        return emptyString();
-    if (!m_textWillChange && !writableUtf8(text.data, text.size))
-        m_textWillChange = true;
-    if (text.size > InternMaxSize)
-        return fromUtf8(text.data, text.size);
-    quint32 hash = 2166136261u;
-    for (qsizetype i = 0; i < text.size; ++i)
-        hash = (hash ^ quint8(text.data[i])) * 16777619u;
-    if (!m_intern)
-        m_intern = new InternCache;
-    InternCache::Slot &slot = m_intern->slots[hash & (InternSlots - 1)];
-    if (slot.hash != hash || slot.size != text.size || std::memcmp(slot.bytes, text.data, size_t(text.size)) != 0) {
-        slot.value = fromUtf8(text.data, text.size);
-        slot.hash = hash;
-        slot.size = text.size;
-        std::memcpy(slot.bytes, text.data, size_t(text.size));
-    }
-    return slot.value;
-}
-
 bool PropertyListXmlReader::readInteger(Text text, QVariant &value)
 {
     return PropertyListXmlScalars::integer(trimmed(text.data, text.size), value)
@@ -460,7 +314,7 @@ bool PropertyListXmlReader::readValue(QVariant &value, const char *tag, std::str
         if (!readText(name, selfClosing, text))
             return false;
         if (!m_checkOnly)
-            value = makeString(text);
+            value = m_strings.make(text.data, text.size);
         return true;
     }
     if (name == "integer")
@@ -547,7 +401,7 @@ bool PropertyListXmlReader::readDict(QVariant &value)
         if (!readText(name, selfClosing, text))
             return false;
         // Only an error message needs the key when the values are not made.
-        QString key = m_checkOnly ? QString() : makeString(text);
+        QString key = m_checkOnly ? QString() : m_strings.make(text.data, text.size);
         if (!skipBetweenElements())
             return false;
         if (atEnd())
@@ -555,12 +409,12 @@ bool PropertyListXmlReader::readDict(QVariant &value)
         const char *valueTag = m_p;
         if (startsWith("</", 2))
             return failAt(valueTag,
-                          QStringLiteral("the key \"%1\" has no value").arg(m_checkOnly ? makeString(text) : key));
+                          QStringLiteral("the key \"%1\" has no value").arg(m_checkOnly ? m_strings.make(text.data, text.size) : key));
         if (!readStartTag(name, selfClosing))
             return false;
         if (name == "key")
             return failAt(valueTag,
-                          QStringLiteral("the key \"%1\" has no value").arg(m_checkOnly ? makeString(text) : key));
+                          QStringLiteral("the key \"%1\" has no value").arg(m_checkOnly ? m_strings.make(text.data, text.size) : key));
         QVariant item;
         if (!readValue(item, valueTag, name, selfClosing))
             return false;

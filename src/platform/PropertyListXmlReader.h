@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/PropertyListXmlText.h"
+
 #include <QByteArrayView>
 #include <QString>
 #include <QVariant>
@@ -39,14 +41,13 @@ public:
 
     // After read(): whether some text was not valid UTF-8 (read as U+FFFD) or holds characters that
     // XML cannot carry (left out when written back), so that a rewrite would change it.
-    bool textWillChange() const { return m_textWillChange; }
+    bool textWillChange() const { return m_strings.textWillChange(); }
 
 private:
     struct Text {
         const char *data;
         qsizetype size;
     };
-    struct InternCache;
 
     bool fail(const QString &message);
     bool failAt(const char *at, const QString &message);
@@ -68,7 +69,6 @@ private:
     bool readReal(Text text, QVariant &value);
     bool readDate(Text text, QVariant &value);
     bool readData(Text text, QVariant &value);
-    QString makeString(Text text);
     void releasePassedPages();
 
     const char *m_begin;
@@ -79,9 +79,8 @@ private:
     bool m_checkOnly = false;
     int m_depth = 0;
     bool m_failed = false;
-    bool m_textWillChange = false;
     const char *m_errorAt = nullptr;
     QString m_error;
     std::string m_scratch;
-    InternCache *m_intern = nullptr;
+    PropertyListXmlText m_strings;
 };

@@ -23,6 +23,18 @@ int digits(const char *p, int count)
 
 namespace PropertyListXmlScalars {
 
+std::string_view trimmed(std::string_view text)
+{
+    const auto space = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
+    size_t b = 0;
+    size_t e = text.size();
+    while (b < e && space(text[b]))
+        ++b;
+    while (e > b && space(text[e - 1]))
+        --e;
+    return text.substr(b, e - b);
+}
+
 bool integer(std::string_view digitsText, QVariant &value)
 {
     if (!digitsText.empty() && digitsText[0] == '+')

@@ -8,6 +8,9 @@
 // locale. Each returns false, leaving `value` alone, when the text is not of its form.
 namespace PropertyListXmlScalars {
 
+// The text without the XML whitespace (blank, tab, line feed, carriage return) around it.
+std::string_view trimmed(std::string_view text);
+
 // Decimal, with an optional sign; values above the signed 64-bit range that fit in 64 unsigned
 // bits become quint64, everything else qint64.
 bool integer(std::string_view text, QVariant &value);

@@ -35,45 +35,55 @@ StartupSequence::Outcome StartupSequence::run()
         return Outcome::Stopped;
 
     AssignmentStore().repairAtStartup();
-    m_hooks.createLists();
+    WindowStartupHooks &window = m_hooks.windowSteps();
+    window.createLists();
 
     if (!Preferences::hasAllGroups()) {
         Preferences::setAllDefaults();
         Preferences::importEarlierPreferencesFile();
     }
-
-    UserDefaults defaults;
-    m_hooks.setUpDateFormatter(defaults.groupValue(General, GeneralKeys::DateFormat).toString());
-
-    const bool drawerOpen = defaults.string(AssignmentDrawerState) != Closed;
-    if (drawerOpen && defaults.string(AssignmentDrawerState) != Open)
-        defaults.set(AssignmentDrawerState, Open);
-    m_hooks.setUpWindow(drawerOpen);
-
-    const QVariant selectors = defaults.object(SortSelectors);
-    m_hooks.setSortSelectors(selectors.typeId() == QMetaType::QVariantList ? selectors.toStringList()
-                                                                           : DefaultSortSelectors);
-
-    // The view shown at start-up is the one after "Default View", wrapping to the first.
-    const qint64 defaultView = defaults.groupValue(General, GeneralKeys::DefaultView).toLongLong();
-    m_hooks.setUpFilterBar(int((defaultView + 1) % 3 + 3) % 3);
-    if (defaults.dictionary(General).contains(GeneralKeys::OldDefaultFormat))
-        Preferences::fixOldDefaultFormat();
-    const QVariantMap general = defaults.dictionary(General);
-    m_hooks.selectFormat(general.contains(GeneralKeys::DefaultCalendarFormat)
-                             ? int(general.value(GeneralKeys::DefaultCalendarFormat).toLongLong())
-                             : -1);
-    m_hooks.finishWindowSetUp();
-
-    m_hooks.updateWindowInformation();
-    m_hooks.updateCalendar();
+    setUpWindowFromPreferences(window);
 
     // Finishing the launch.
+    UserDefaults defaults;
     m_hooks.checkCrashLog(defaults.string(LastStartup));
     defaults.set(LastStartup, DateText::nowStoredForm());
     m_hooks.showMainWindow();
     m_started = true;
     return Outcome::Started;
+}
+
+void StartupSequence::setUpWindowFromPreferences(WindowStartupHooks &window)
+{
+    UserDefaults defaults;
+    window.setUpDateFormatter(defaults.groupValue(General, GeneralKeys::DateFormat).toString());
+
+    const bool drawerOpen = defaults.string(AssignmentDrawerState) != Closed;
+    if (drawerOpen && defaults.string(AssignmentDrawerState) != Open)
+        defaults.set(AssignmentDrawerState, Open);
+    window.setUpWindow(drawerOpen);
+
+    const QVariant selectors = defaults.object(SortSelectors);
+    window.setSortSelectors(selectors.typeId() == QMetaType::QVariantList ? selectors.toStringList()
+                                                                          : DefaultSortSelectors);
+
+    window.setUpFilterBar(startupViewIndex(defaults.groupValue(General, GeneralKeys::DefaultView).toLongLong()));
+    if (defaults.dictionary(General).contains(GeneralKeys::OldDefaultFormat))
+        Preferences::fixOldDefaultFormat();
+    const QVariantMap general = defaults.dictionary(General);
+    window.selectFormat(general.contains(GeneralKeys::DefaultCalendarFormat)
+                            ? int(general.value(GeneralKeys::DefaultCalendarFormat).toLongLong())
+                            : -1);
+    window.finishWindowSetUp();
+
+    window.updateWindowInformation();
+    window.updateCalendar();
+}
+
+int StartupSequence::startupViewIndex(qint64 defaultView)
+{
+    // Any stored number gives one of the three views, a negative or a large one too.
+    return int(((defaultView + 1) % 3 + 3) % 3);
 }
 
 void StartupSequence::terminate()

@@ -3,6 +3,7 @@
 #include "CalendarViewTestSupport.h"
 #include "calendar/ui/CalendarController.h"
 #include "list/Controller.h"
+#include "list/ListStartupSteps.h"
 #include "list/SidebarValues.h"
 #include "list/ToolbarState.h"
 #include "platform/DateText.h"
@@ -11,6 +12,7 @@
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
+#include "store/StartupSequence.h"
 
 #include <QDir>
 
@@ -93,7 +95,8 @@ struct Fixture {
             view->resize(size);
         calendar->monthlyView()->show();
         [[maybe_unused]] const bool exposed = QTest::qWaitForWindowExposed(calendar->monthlyView());
-        controller->setUp();
+        ListStartupSteps steps(*controller);
+        StartupSequence::setUpWindowFromPreferences(steps);
     }
 
     ~Fixture()

@@ -3,6 +3,7 @@
 #include "list/CalendarObserver.h"
 #include "list/Controller.h"
 #include "list/Editing.h"
+#include "list/ListStartupSteps.h"
 #include "list/RecurringSeries.h"
 #include "list/SidebarEditing.h"
 #include "list/SidebarValues.h"
@@ -13,6 +14,7 @@
 #include "platform/UserDefaults.h"
 #include "store/Assignment.h"
 #include "store/PreferenceKeys.h"
+#include "store/StartupSequence.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -118,6 +120,14 @@ inline QStringList names(const AssignmentList &list)
     return result;
 }
 
+// Sets a list without a window up from the preferences and loads the store, the way the program
+// starts its main window.
+inline void startUp(Controller &controller)
+{
+    ListStartupSteps steps(controller);
+    StartupSequence::setUpWindowFromPreferences(steps);
+}
+
 // A controller over the test's home with the fakes attached and the store on disk loaded.
 struct Fixture {
     FakeToolbar toolbar;
@@ -134,7 +144,7 @@ struct Fixture {
         controller->setSidebar(&sidebar);
         // Default View 2 selects "All" (2 + 1 wraps to 0).
         setGeneral(PreferenceKeys::GeneralKeys::DefaultView, 2);
-        controller->setUp();
+        startUp(*controller);
     }
 
     QStringList shown() const { return names(controller->displayAssignments()); }

@@ -16,9 +16,10 @@ using namespace PreferenceKeys;
 namespace {
 
 // Records each step as it is asked for, with what it is given.
-class RecordingHooks : public StartupHooks
+class RecordingHooks : public StartupHooks, public WindowStartupHooks
 {
 public:
+    WindowStartupHooks &windowSteps() override { return *this; }
     QStringList steps;
     int viewIndex = -99;
     int format = -99;

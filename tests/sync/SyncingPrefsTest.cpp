@@ -12,6 +12,7 @@
 #include "sync/ui/SyncingPrefs.h"
 #include "list/ui/MainMenus.h"
 #include "list/ui/MainWindow.h"
+#include "store/StartupSequence.h"
 
 #include <QAction>
 
@@ -255,7 +256,7 @@ TEST_F(SyncingPrefsTest, TheFileMenusDownloadAsksTheSameQuestion)
     writeSettings({{SyncingKeys::Method, qint64(3)}});
     const auto before = snapshot(dataFolder(), true);
     MainWindow window;
-    window.setUpFromPreferences();
+    StartupSequence::setUpWindowFromPreferences(window.startupSteps());
     QAction *download = window.menus()->action(MainMenus::Command::DownloadData);
     ASSERT_NE(download, nullptr);
 

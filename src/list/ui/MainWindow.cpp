@@ -12,6 +12,7 @@
 #include "list/ui/FilterBar.h"
 #include "list/ui/FormatControl.h"
 #include "list/ui/MainToolbar.h"
+#include "list/ui/MainWindowStartupSteps.h"
 #include "list/ui/MultipleAssignmentsSheet.h"
 #include "list/ui/SidebarForm.h"
 #include "list/ui/SidebarPlacement.h"
@@ -167,36 +168,11 @@ void MainWindow::connectController()
 
 // --- start-up ----------------------------------------------------------------------------------------
 
-void MainWindow::setUpWindow(bool drawerOpen)
+WindowStartupHooks &MainWindow::startupSteps()
 {
-    m_placement->setDrawerOpen(drawerOpen);
-    m_placement->detachSidebarAtStartup();
-}
-
-void MainWindow::setUpFilterBar(int viewIndex)
-{
-    m_controller->updateFilterBar();
-    m_controller->filterBar().selectIndexInSegment(viewIndex, 0);
-}
-
-void MainWindow::selectFormat(int format)
-{
-    if (format >= 0 && format <= 2)
-        m_toolbar->setFormatSegment(format);
-    setFormatView(m_toolbar->formatSegment());
-}
-
-void MainWindow::setUpFromPreferences()
-{
-    UserDefaults defaults;
-    setUpWindow(defaults.string(AssignmentDrawerState) != Closed);
-    const qint64 defaultView = defaults.groupValue(General, GeneralKeys::DefaultView).toLongLong();
-    setUpFilterBar(int((defaultView + 1) % 3 + 3) % 3);
-    const QVariantMap general = defaults.dictionary(General);
-    selectFormat(general.contains(GeneralKeys::DefaultCalendarFormat)
-                     ? int(general.value(GeneralKeys::DefaultCalendarFormat).toLongLong())
-                     : -1);
-    refresh();
+    if (!m_startupSteps)
+        m_startupSteps = std::make_unique<MainWindowStartupSteps>(*this);
+    return *m_startupSteps;
 }
 
 void MainWindow::refresh()

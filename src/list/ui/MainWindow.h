@@ -8,15 +8,19 @@
 #include <QMenu>
 #include <QPointer>
 
+#include <memory>
+
 class AssignmentTableView;
 class Controller;
 class DetailsSidebar;
 class FilterBar;
 class MainToolbar;
+class MainWindowStartupSteps;
 class MultipleAssignmentsSheet;
 class QSplitter;
 class AnimatingTabView;
 class SidebarPlacement;
+class WindowStartupHooks;
 
 // The main window: toolbar, filter bar, the list (or a calendar) and the details sidebar, over the
 // list's Controller. The window draws the controller's state and forwards the user's commands to
@@ -32,14 +36,8 @@ public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    // The start-up steps, in the order the program runs them.
-    void setUpWindow(bool drawerOpen);
-    // Builds the filter bar with its view segment at `viewIndex`.
-    void setUpFilterBar(int viewIndex);
-    // The format control's choice from the preferences (-1: none), then the main view follows it.
-    void selectFormat(int format);
-    // All of the above from the preferences, then the refresh: what tests and the benchmark use.
-    void setUpFromPreferences();
+    // This window's steps of the start-up sequence.
+    WindowStartupHooks &startupSteps();
 
     // The window refresh: reload, columns, sort, filter bar, labels and personal details.
     void refresh();
@@ -96,4 +94,5 @@ private:
     QPointer<MultipleAssignmentsSheet> m_recurringSheet;
     QPointer<QMenu> m_contextMenu;
     bool m_refreshing = false;
+    std::unique_ptr<MainWindowStartupSteps> m_startupSteps;
 };

@@ -1,9 +1,9 @@
 #include "store/ui/CoursesAndTextbooks.h"
 
-#include "platform/Alerts.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/CourseFormPage.h"
+#include "store/ui/CoursesFormCommit.h"
 #include "store/ui/CoursesListModel.h"
 #include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
@@ -38,21 +38,13 @@ const QString AddTextbookToolTip = QStringLiteral("Add a new textbook");
 const QString DeleteToolTip = QStringLiteral("Delete the currently selected course or textbook");
 const QString UniversalPrefix = QStringLiteral("Universal ");
 const QString TitleJoin = QStringLiteral(" and ");
-const QString UnreadableTitle = QStringLiteral("Courses Error");
-const QString UnreadableMessage = QStringLiteral(
-    "The courses and textbooks file could not be read, so changes made in this window cannot be saved.  The file "
-    "has been left as it is.");
-
-const QString UnreadableTypesMessage = QStringLiteral(
-    "The universal types file could not be read, so the change could not be saved.  The file has been left as it "
-    "is.");
-
 QPointer<CoursesAndTextbooks> g_shared;
 } // namespace
 
 CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
     : QMainWindow(parent)
     , m_model(new CoursesListModel(&m_store, this))
+    , m_warnings(m_store)
 {
     setObjectName(QStringLiteral("coursesAndTextbooksWindow"));
     buildToolbar();
@@ -90,6 +82,7 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
     m_selectedItem->addWidget(m_courseForm);
     m_selectedItem->addWidget(m_textbookForm);
     m_selectedItem->addWidget(m_typesPage);
+    m_form = std::make_unique<CoursesFormCommit>(m_store, m_selectedItem, m_courseForm, m_textbookForm, m_typesPage);
     splitter->addWidget(m_selectedItem);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({200, 400});
@@ -183,20 +176,20 @@ void CoursesAndTextbooks::reloadFromDisk()
     m_store.reload();
     m_store.updateCombinedArray();
     reloadList(-1);
-    m_formRow = -1;
+    m_form->setRow(-1);
     m_selectedItem->setCurrentIndex(int(Page::Blank));
     updateLabels();
-    warnIfUnusable();
+    m_warnings.warnIfUnusable();
 }
 
 void CoursesAndTextbooks::refreshFromDisk()
 {
     commitPendingEdit();
-    const QVariantMap shown = m_store.recordAt(m_formRow);
+    const QVariantMap shown = m_store.recordAt(m_form->row());
     if (!m_store.reloadIfChangedOnDisk())
         return;
     showFreshList(shown);
-    warnIfUnusable();
+    m_warnings.warnIfUnusable();
 }
 
 void CoursesAndTextbooks::showFreshList(const QVariantMap &shown)
@@ -206,12 +199,12 @@ void CoursesAndTextbooks::showFreshList(const QVariantMap &shown)
         m_typesPage->setTypes(m_store.universalTypes());
         return;
     }
-    const int row = m_store.findRecord(shown, m_formRow);
+    const int row = m_store.findRecord(shown, m_form->row());
     reloadList(row);
     if (row >= 0) {
         showRecord(row);
     } else {
-        m_formRow = -1;
+        m_form->setRow(-1);
         m_selectedItem->setCurrentIndex(int(Page::Blank));
     }
     updateToolbar();
@@ -219,52 +212,7 @@ void CoursesAndTextbooks::showFreshList(const QVariantMap &shown)
 
 void CoursesAndTextbooks::commitPendingEdit()
 {
-    if (m_committing)
-        return;
-    m_committing = true;
-    switch (currentPage()) {
-    case Page::Course:
-        m_courseForm->commitPendingEdit();
-        break;
-    case Page::Textbook:
-        m_textbookForm->commitPendingEdit();
-        break;
-    case Page::Types:
-        m_typesPage->commitPendingEdit();
-        break;
-    case Page::Blank:
-        break;
-    }
-    m_committing = false;
-}
-
-int CoursesAndTextbooks::rowAfterCommit(int row)
-{
-    const QVariantMap target = m_store.recordAt(row);
-    const quint64 reads = m_store.readCount();
-    const int formRow = m_formRow;
-    commitPendingEdit();
-    if (target.isEmpty())
-        return -1;
-    // The record being edited is wherever saving put it, under its new contents.
-    if (row == formRow)
-        return m_formRow;
-    // Unchanged rows when nothing was saved or reread.
-    if (m_formRow == formRow && m_store.readCount() == reads && m_store.recordAt(row) == target)
-        return row;
-    return m_store.findRecord(target, row);
-}
-
-void CoursesAndTextbooks::warnIfUnusable()
-{
-    if (m_store.isUsable()) {
-        m_warnedUnusable = false;
-        return;
-    }
-    if (!m_warnedUnusable) {
-        m_warnedUnusable = true;
-        Alerts::inform(UnreadableTitle, UnreadableMessage);
-    }
+    m_form->commit();
 }
 
 void CoursesAndTextbooks::showEvent(QShowEvent *event)
@@ -282,7 +230,7 @@ void CoursesAndTextbooks::closeEvent(QCloseEvent *event)
     m_coursesTable->clearSelection();
     m_typesTable->clearSelection();
     m_reloading = false;
-    m_formRow = -1;
+    m_form->setRow(-1);
     m_selectedItem->setCurrentIndex(int(Page::Blank));
     updateToolbar();
     QMainWindow::closeEvent(event);
@@ -352,10 +300,10 @@ void CoursesAndTextbooks::selectionChanged()
     if (m_reloading)
         return;
     int row = selectedRow();
-    if (m_formRow >= 0 && row != m_formRow) {
+    if (m_form->row() >= 0 && row != m_form->row()) {
         // The form still shows the record selected before: its typing is saved to that record,
         // and then the new choice is selected again wherever saving moved it.
-        const int chosen = rowAfterCommit(row);
+        const int chosen = m_form->rowAfterCommit(row);
         // Saving selects the saved record again; the user's choice wins.
         if (selectedRow() != chosen)
             reloadList(chosen);
@@ -373,7 +321,7 @@ void CoursesAndTextbooks::selectionChanged()
 void CoursesAndTextbooks::showRecord(int row)
 {
     const QVariantMap record = m_store.recordAt(row);
-    m_formRow = record.isEmpty() ? -1 : row;
+    m_form->setRow(record.isEmpty() ? -1 : row);
     if (record.isEmpty()) {
         if (m_typesTable->selectedItems().isEmpty())
             m_selectedItem->setCurrentIndex(int(Page::Blank));
@@ -393,7 +341,7 @@ void CoursesAndTextbooks::showRecord(int row)
 
 void CoursesAndTextbooks::selectRow(int row)
 {
-    row = rowAfterCommit(row);
+    row = m_form->rowAfterCommit(row);
     if (row < 0 || row >= m_model->rowCount()) {
         m_coursesTable->clearSelection();
         return;
@@ -417,7 +365,7 @@ bool CoursesAndTextbooks::selectCourseOrTextbook(const QString &name)
 void CoursesAndTextbooks::selectUniversalTypes()
 {
     commitPendingEdit();
-    m_formRow = -1;
+    m_form->setRow(-1);
     m_reloading = true;
     m_coursesTable->clearSelection();
     m_typesTable->setCurrentRow(0);
@@ -434,7 +382,7 @@ void CoursesAndTextbooks::addCourse()
 {
     commitPendingEdit();
     const int row = m_store.addCourse();
-    warnIfUnusable();
+    m_warnings.warnIfUnusable();
     if (row < 0)
         return;
     reloadList(row);
@@ -446,11 +394,11 @@ void CoursesAndTextbooks::addTextbook()
 {
     // The course's name may still be in its field: it is saved first, so that the textbook is
     // filed under the name and not under the course's old (or no) name.
-    const int selected = rowAfterCommit(selectedRow());
-    const QVariantMap shown = m_store.recordAt(m_formRow);
+    const int selected = m_form->rowAfterCommit(selectedRow());
+    const QVariantMap shown = m_store.recordAt(m_form->row());
     const quint64 reads = m_store.readCount();
     const int row = m_store.addTextbook(selected);
-    warnIfUnusable();
+    m_warnings.warnIfUnusable();
     if (row < 0) {
         if (m_store.readCount() != reads)
             showFreshList(shown);
@@ -463,15 +411,15 @@ void CoursesAndTextbooks::addTextbook()
 
 void CoursesAndTextbooks::deleteCourseOrTextbook()
 {
-    const int selected = rowAfterCommit(selectedRow());
-    const QVariantMap shown = m_store.recordAt(m_formRow);
+    const int selected = m_form->rowAfterCommit(selectedRow());
+    const QVariantMap shown = m_store.recordAt(m_form->row());
     const quint64 reads = m_store.readCount();
     if (!m_store.deleteCourseOrTextbook(selected)) {
         if (m_store.readCount() != reads)
             showFreshList(shown);
         return;
     }
-    m_formRow = -1;
+    m_form->setRow(-1);
     reloadList(-1);
     m_coursesTable->clearSelection();
     m_selectedItem->setCurrentIndex(int(Page::Blank));
@@ -480,15 +428,15 @@ void CoursesAndTextbooks::deleteCourseOrTextbook()
 
 void CoursesAndTextbooks::courseEdited(bool fromNameField)
 {
-    const int row = m_formRow;
+    const int row = m_form->row();
     if (!CoursesStore::isCourse(m_store.recordAt(row)))
         return;
     const CoursesStore::CourseForm form = m_courseForm->form();
     const int newRow = m_store.editCourse(row, form, fromNameField);
-    warnIfUnusable();
+    m_warnings.warnIfUnusable();
     if (newRow < 0)
         return;
-    m_formRow = newRow;
+    m_form->setRow(newRow);
     reloadList(newRow);
     if (fromNameField)
         m_courseForm->setTextbookChoices(m_store.textbooksOfCourse(form.name), form.defaultTextbook);
@@ -496,13 +444,13 @@ void CoursesAndTextbooks::courseEdited(bool fromNameField)
 
 void CoursesAndTextbooks::textbookEdited(bool fromNameField)
 {
-    const int row = m_formRow;
+    const int row = m_form->row();
     const QVariantMap old = m_store.recordAt(row);
     if (old.isEmpty() || CoursesStore::isCourse(old))
         return;
     const int newRow = m_store.editTextbook(row, m_textbookForm->form(), fromNameField);
-    warnIfUnusable();
-    m_formRow = newRow;
+    m_warnings.warnIfUnusable();
+    m_form->setRow(newRow);
     reloadList(newRow);
     if (newRow < 0)
         m_selectedItem->setCurrentIndex(int(Page::Blank));
@@ -511,7 +459,7 @@ void CoursesAndTextbooks::textbookEdited(bool fromNameField)
 void CoursesAndTextbooks::universalTypesEdited(const QStringList &types)
 {
     if (!m_store.editUniversalTypes(types)) {
-        Alerts::inform(UnreadableTitle, UnreadableTypesMessage);
+        m_warnings.typesNotSaved();
         return;
     }
     // The edit was made to a newer list from disk: show that one, once the table has finished the
@@ -527,15 +475,15 @@ void CoursesAndTextbooks::courseDropped(int from, int dropRow)
     // Saving pending typing may regroup the list; the dragged and target rows are taken before.
     const QVariantMap dragged = m_store.recordAt(from);
     const QVariantMap target = m_store.recordAt(dropRow);
-    const int formRow = m_formRow;
+    const int formRow = m_form->row();
     commitPendingEdit();
-    if (m_formRow != formRow) {
+    if (m_form->row() != formRow) {
         from = m_store.findRecord(dragged, from);
         dropRow = target.isEmpty() ? int(m_store.getCombined().size()) : m_store.findRecord(target, dropRow);
     }
     const int selected = m_store.moveCourse(from, dropRow, selectedRow());
-    warnIfUnusable();
-    m_formRow = selected;
+    m_warnings.warnIfUnusable();
+    m_form->setRow(selected);
     reloadList(selected);
     if (selected >= 0)
         showRecord(selected);

@@ -1,10 +1,14 @@
 #pragma once
 
 #include "store/CoursesStore.h"
+#include "store/ui/CoursesFileWarnings.h"
 
 #include <QMainWindow>
 
+#include <memory>
+
 class CourseFormPage;
+class CoursesFormCommit;
 class CoursesListModel;
 class QAction;
 class QListView;
@@ -71,11 +75,8 @@ private:
     // After a change that found the files replaced and could not be made: the fresh list, with the
     // record that was shown shown again if it is still there.
     void showFreshList(const QVariantMap &shown);
-    // The row of `record` after the form's pending typing was saved (which may move rows).
-    int rowAfterCommit(int row);
     void updateToolbar();
     QStringList courseNames() const;
-    void warnIfUnusable();
 
     CoursesStore m_store;
     CoursesListModel *m_model;
@@ -89,10 +90,8 @@ private:
     CourseFormPage *m_courseForm;
     TextbookFormPage *m_textbookForm;
     UniversalTypesPage *m_typesPage;
-    // The row whose record the form shows (-1: none). The selection may already have moved on when
-    // the form's typing is saved, so saving goes by this, not by the selection.
-    int m_formRow = -1;
-    bool m_committing = false;
+    // The row the form shows, and its typing handed on by that row.
+    std::unique_ptr<CoursesFormCommit> m_form;
+    CoursesFileWarnings m_warnings;
     bool m_reloading = false;
-    bool m_warnedUnusable = false;
 };

@@ -10,6 +10,7 @@
 #include "list/ui/MainWindow.h"
 #include "list/ui/SidebarForm.h"
 #include "store/Preferences.h"
+#include "store/StartupSequence.h"
 
 #include <QHeaderView>
 #include <QTest>
@@ -26,7 +27,7 @@ struct Window {
     explicit Window(bool show = true)
     {
         window = std::make_unique<MainWindow>();
-        window->setUpFromPreferences();
+        StartupSequence::setUpWindowFromPreferences(window->startupSteps());
         if (show) {
             window->show();
             EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
