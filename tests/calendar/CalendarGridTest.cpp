@@ -62,19 +62,6 @@ TEST(CalendarGridTest, SlotsOfAFourRowMonthIncludeTheWeekBelowTheGrid)
     EXPECT_FALSE(slots[28].enabled);
 }
 
-TEST(CalendarGridTest, SlotsOfASixRowMonthFillAllCells)
-{
-    const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2011, 1, 1), Mode::Monthly);
-    ASSERT_EQ(slots.size(), CalendarGrid::CellCount);
-    EXPECT_EQ(slots.first().date, day(2010, 12, 26));
-    EXPECT_FALSE(slots.first().enabled);
-    EXPECT_EQ(slots[6].date, day(2011, 1, 1));
-    EXPECT_TRUE(slots[6].enabled);
-    EXPECT_EQ(slots.last().date, day(2011, 2, 5));
-    EXPECT_EQ(slots.last().row, 0);
-    EXPECT_FALSE(slots.last().enabled);
-}
-
 TEST(CalendarGridTest, WeekCrossingTheYearEndDisablesTheOtherMonth)
 {
     const QList<CalendarGrid::Slot> slots = CalendarGrid::slots(day(2026, 12, 30), Mode::Weekly);

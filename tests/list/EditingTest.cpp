@@ -11,14 +11,6 @@ using namespace AssignmentKeys;
 
 namespace {
 
-QVariantMap onDisk(const QString &name)
-{
-    for (const QVariant &r : readStore())
-        if (r.toMap().value(Name).toString() == name)
-            return r.toMap();
-    return {};
-}
-
 AssignmentRef find(const Controller &c, const QString &name)
 {
     for (const AssignmentRef &r : c.allAssignments())
@@ -74,7 +66,7 @@ TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook
     f.sidebar.values.grade.clear();
     f.sidebar.values.dateText = "12/24/2026";
     ASSERT_TRUE(f.controller->sidebarEditing().editAssignment(SidebarEditing::Sender::Other));
-    QVariantMap saved = onDisk("Essay");
+    QVariantMap saved = storedNamed("Essay");
     EXPECT_FALSE(saved.contains(Grade));
     EXPECT_EQ(saved.value(Date).toString(), stored(2026, 12, 24));
     EXPECT_EQ(f.controller->selectedRows(), QList<int>{0});
@@ -82,7 +74,7 @@ TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook
     // A course whose default textbook is "none": the textbook is stored as "".
     f.sidebar.values.course = "Art";
     ASSERT_TRUE(f.controller->sidebarEditing().editAssignment(SidebarEditing::Sender::CourseField));
-    saved = onDisk("Essay");
+    saved = storedNamed("Essay");
     EXPECT_EQ(saved.value(Course).toString(), "Art");
     EXPECT_TRUE(saved.contains(Textbook));
     EXPECT_EQ(saved.value(Textbook).toString(), "");
@@ -90,7 +82,7 @@ TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook
     // A date text that names no day leaves the record as it was.
     f.sidebar.values.dateText = "someday";
     EXPECT_FALSE(f.controller->sidebarEditing().editAssignment(SidebarEditing::Sender::Other));
-    EXPECT_EQ(onDisk("Essay"), saved);
+    EXPECT_EQ(storedNamed("Essay"), saved);
 }
 
 TEST(Editing, ProjectEditsPropagateToSubprojects)
@@ -103,7 +95,7 @@ TEST(Editing, ProjectEditsPropagateToSubprojects)
     f.sidebar.values.course = "History";
     f.sidebar.values.notes = "shared notes";
     ASSERT_TRUE(f.controller->sidebarEditing().editAssignment(SidebarEditing::Sender::Other));
-    const QVariantMap outline = onDisk("Outline");
+    const QVariantMap outline = storedNamed("Outline");
     EXPECT_EQ(outline.value(Course).toString(), "History");
     EXPECT_EQ(outline.value(Notes).toString(), "shared notes");
     EXPECT_EQ(outline.value(Subproject).toString(), id);
@@ -135,7 +127,7 @@ TEST(Editing, SubprojectsAddToTheProjectOfASelectedSubproject)
     f.select("Paper");
     ASSERT_EQ(names(f.controller->subprojectRows()), (QStringList{"Draft", "Outline"}));
     f.controller->editing().setSubprojectValue(0, "Date", "12/2/2026");
-    EXPECT_EQ(onDisk("Draft").value(Date).toString(), stored(2026, 12, 2));
+    EXPECT_EQ(storedNamed("Draft").value(Date).toString(), stored(2026, 12, 2));
     f.select("Paper");
     ASSERT_EQ(names(f.controller->subprojectRows()), (QStringList{"Outline", "Draft"}));
     EXPECT_EQ(f.controller->editing().subprojectCell(1, "Date").toString(), "Wednesday, December  2, 2026");
@@ -186,12 +178,12 @@ TEST(Editing, DuplicateCompleteAndDateButtons)
     // The stepper starts from the stored date, across the end of the month.
     f.select("Paper");
     f.controller->sidebarEditing().increaseDate();
-    EXPECT_EQ(onDisk("Paper").value(Date).toString(), stored(2026, 12, 1));
+    EXPECT_EQ(storedNamed("Paper").value(Date).toString(), stored(2026, 12, 1));
     f.select("Paper");
     f.controller->sidebarEditing().decreaseDate();
     f.select("Paper");
     f.controller->sidebarEditing().decreaseDate();
-    EXPECT_EQ(onDisk("Paper").value(Date).toString(), stored(2026, 11, 29));
+    EXPECT_EQ(storedNamed("Paper").value(Date).toString(), stored(2026, 11, 29));
     f.select("Paper");
     f.controller->sidebarEditing().dateToToday();
     EXPECT_EQ(find(*f.controller, "Paper")->string(Date), stored(2026, 11, 22));
@@ -204,7 +196,7 @@ TEST(Editing, DuplicateCompleteAndDateButtons)
 
     f.select("Outline");
     f.controller->editing().markAssignmentAsCompleted();
-    EXPECT_TRUE(onDisk("Outline").value(Completed).toBool());
+    EXPECT_TRUE(storedNamed("Outline").value(Completed).toBool());
 }
 
 TEST(Editing, DatePullDownsUse2005AndKeepTheDayWhenTheyCan)
@@ -223,8 +215,8 @@ TEST(Editing, DatePullDownsUse2005AndKeepTheDayWhenTheyCan)
     f.sidebar.values.monthTitle = "Apr";
     f.controller->sidebarEditing().changeDateWithPullDownBoxes(true);
     EXPECT_EQ(f.sidebar.values.dayTitle, "");
-    EXPECT_EQ(onDisk("Essay").value(Date).toString(), stored(2026, 1, 31));
+    EXPECT_EQ(storedNamed("Essay").value(Date).toString(), stored(2026, 1, 31));
     f.sidebar.values.dayTitle = " 5";
     f.controller->sidebarEditing().changeDateWithPullDownBoxes(false);
-    EXPECT_EQ(onDisk("Essay").value(Date).toString(), stored(2026, 4, 5));
+    EXPECT_EQ(storedNamed("Essay").value(Date).toString(), stored(2026, 4, 5));
 }

@@ -179,17 +179,6 @@ TEST(DateTextFormat, OtherTextStandsAsItIs)
     EXPECT_EQ(DateText::format(QDateTime(), stored("%Y")), QString());
 }
 
-TEST(DateTextFormat, TheOfferedFormats)
-{
-    const QDateTime day = local(2026, 11, 1, 10, 30);
-    EXPECT_EQ(DateText::format(day, stored("%A, %B %e, %Y")), stored("Sunday, November  1, 2026"));
-    EXPECT_EQ(DateText::format(day, stored("%a, %b %e, %Y")), stored("Sun, Nov  1, 2026"));
-    EXPECT_EQ(DateText::format(day, stored("%m/%d/%y")), stored("11/01/26"));
-    EXPECT_EQ(DateText::format(day, stored("%B %Y")), stored("November 2026"));
-    EXPECT_EQ(DateText::format(day, stored("%Y%m%d")), stored("20261101"));
-    EXPECT_EQ(DateText::format(day, QString::fromLatin1(DateText::StoredFormat)), DateText::toStoredForm(day));
-}
-
 TEST(DateTextFormat, NamesStayEnglishInAnyLocale)
 {
     const QLocale before;

@@ -55,23 +55,11 @@ inline QVariantList fileArray(const QString &path)
     return root ? root->toList() : QVariantList{QStringLiteral("unreadable")};
 }
 
-inline QStringList displayNames(const QVariantList &combined)
-{
-    QStringList names;
-    for (const QVariant &record : combined)
-        names.append(record.toMap().value(CourseKeys::DisplayName).toString());
-    return names;
-}
+using CourseRecords::displayNames;
 
-class CoursesWindowTest : public testing::Test
+class CoursesWindowTest : public CourseRecords::DataFolderTest
 {
 protected:
-    void SetUp() override
-    {
-        QDir().mkpath(Paths::dataFolder());
-        Preferences::setAllDefaults();
-    }
-    void write(const QString &path, const QVariantList &array) { ASSERT_TRUE(PropertyList::writeFile(path, array)); }
     void open()
     {
         m_window = std::make_unique<CoursesAndTextbooks>();
