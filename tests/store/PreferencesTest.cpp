@@ -207,21 +207,6 @@ TEST(Preferences, AFailedMoveSaysSoAndLeavesTheOldFile)
     EXPECT_TRUE(QFileInfo::exists(Paths::preferencesFile(oldDomain)));
 }
 
-TEST(UserDefaults, AnUnreadablePreferencesFileIsKeptAside)
-{
-    QDir().mkpath(Paths::preferencesFolder());
-    const QString path = Paths::preferencesFile(UserDefaults::ProgramDomain);
-    TestEnvironment::writeFile(path, "not a property list");
-    UserDefaults defaults;
-    EXPECT_TRUE(defaults.all().isEmpty());
-    EXPECT_FALSE(defaults.boolValue(QStringLiteral("Anything")));
-    EXPECT_EQ(defaults.integer(QStringLiteral("Anything")), 0);
-    EXPECT_TRUE(defaults.string(QStringLiteral("Anything")).isNull());
-    defaults.set(QStringLiteral("Key"), QStringLiteral("value"));
-    EXPECT_EQ(TestEnvironment::readFile(path + QStringLiteral(".damaged")), QByteArray("not a property list"));
-    EXPECT_EQ(defaults.string(QStringLiteral("Key")), QStringLiteral("value"));
-}
-
 TEST(UserDefaults, ReadsSeeChangesMadeByOthersAtOnce)
 {
     UserDefaults defaults;
