@@ -47,16 +47,6 @@ TEST(Editing, AddFollowsTheFilterAndTheCoursesDefaultTextbook)
     EXPECT_FALSE(plain->has(Textbook));
 }
 
-TEST(Editing, AddInACalendarFormatTakesTheFocusDate)
-{
-    Fixture f;
-    f.toolbar.format = 2;
-    f.calendar.focus = QDateTime(QDate(2026, 12, 4), QTime(0, 0));
-    const int row = f.controller->editing().addAssignment();
-    ASSERT_GE(row, 0);
-    EXPECT_EQ(f.controller->displayAssignments()[row]->string(Date), stored(2026, 12, 4));
-}
-
 TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook)
 {
     writeCourses({course("Art", "none"), course("Math", "Algebra")});

@@ -26,21 +26,11 @@ class GeneralPaneTest : public testing::Test
 {
 protected:
     void SetUp() override { Preferences::setAllDefaults(); }
-    template<typename W>
-    W *child(const QString &name)
-    {
-        W *widget = m_pane.findChild<W *>(name);
-        EXPECT_NE(widget, nullptr) << name.toStdString();
-        return widget;
-    }
     static QVariantMap general() { return UserDefaults().dictionary(General); }
-
-    GeneralPane m_pane;
 };
 
 } // namespace
 
-// The pane is made before SetUp writes the defaults, so these tests make their own where it matters.
 TEST_F(GeneralPaneTest, SavingOnAnyChangeDropsSuperfluousVisualEffectsAndWritesTheUpdateCheck)
 {
     GeneralPane pane;
