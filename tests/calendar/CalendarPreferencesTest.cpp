@@ -3,6 +3,7 @@
 #include "store/ui/AssignmentWindowPane.h"
 #include "store/ui/ColorWell.h"
 #include "store/ui/PreferencesWindow.h"
+#include "support/CourseRecords.h"
 #include "support/ScreenChecks.h"
 
 #include <QCheckBox>
@@ -18,8 +19,7 @@ TEST(CalendarPreferences, ACourseColourAndHiddenWeekendsFromThePanesShowAtOnce)
 {
     const QDate tuesday(2026, 11, 24);
     Fixture f({ record("Essay", stored(2026, 11, 24, 17), { { AssignmentKeys::Course, "Biology" } }) });
-    PropertyList::writeFile(Paths::coursesFile(),
-        QVariantList { QVariantMap { { "Type", "Course" }, { "Name", "Biology" }, { "Display Name", "Biology" } } });
+    PropertyList::writeFile(Paths::coursesFile(), QVariantList { CourseRecords::course("Biology") });
     f.monthly()->setFocusDate(QDateTime(QDate(2026, 11, 22), QTime(0, 0)));
     BVCalendarDayCell *cell = f.monthly()->dayCellForDate(tuesday);
     ASSERT_NE(cell, nullptr);

@@ -284,10 +284,3 @@ TEST_F(ICalExportTest, PerformExportWritesTheFileInTheDataFolderAndHandsItToTheC
     EXPECT_EQ(TestEnvironment::readFile(Paths::iCalExportFile()), Header + Trailer);
     EXPECT_EQ(QDir(Paths::dataFolder()).entryList(QDir::Files).size(), 1);
 }
-
-TEST_F(ICalExportTest, UnicodeIsWrittenAsUtf8)
-{
-    const QByteArray text = exportText(records({{{"Name", QStringLiteral("Übung – α")}}}));
-    EXPECT_TRUE(text.contains(QStringLiteral("SUMMARY:Übung – α\n").toUtf8()));
-    EXPECT_EQ(ICalReader::read(text).entries.at(0).summary, QStringLiteral("Übung – α"));
-}

@@ -13,6 +13,7 @@
 #include "platform/UserDefaults.h"
 #include "store/Assignment.h"
 #include "store/PreferenceKeys.h"
+#include "support/CourseRecords.h"
 #include "support/ListDoubles.h"
 #include "support/TestEnvironment.h"
 
@@ -70,16 +71,12 @@ inline void writeCourses(const QVariantList &records)
 
 inline QVariantMap course(const QString &name, const QString &defaultTextbook = QString())
 {
-    QVariantMap record{{"Type", "Course"}, {"Name", name}, {"Display Name", name}};
-    if (!defaultTextbook.isNull())
-        record.insert("Default Textbook", defaultTextbook);
-    return record;
+    if (defaultTextbook.isNull())
+        return CourseRecords::course(name);
+    return CourseRecords::course(name, {{CourseKeys::DefaultTextbook, defaultTextbook}});
 }
 
-inline QVariantMap textbook(const QString &name, const QString &course)
-{
-    return {{"Type", "Textbook"}, {"Name", name}, {"Display Name", "  " + name}, {"Course", course}};
-}
+using CourseRecords::textbook;
 
 inline QStringList names(const AssignmentList &list)
 {

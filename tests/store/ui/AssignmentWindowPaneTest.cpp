@@ -1,5 +1,5 @@
 #include "TestEnvironment.h"
-#include "../CourseRecords.h"
+#include "support/CourseRecords.h"
 
 #include "platform/ColorString.h"
 #include "platform/Paths.h"

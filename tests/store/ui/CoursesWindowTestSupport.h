@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TestEnvironment.h"
-#include "../CourseRecords.h"
+#include "support/CourseRecords.h"
 
 #include "exchange/Backup.h"
 #include "platform/Alerts.h"
@@ -99,13 +99,11 @@ protected:
         general.insert(PreferenceKeys::GeneralKeys::DisplayWarningMessages, on);
         UserDefaults().set(PreferenceKeys::General, general);
     }
+    // Types and ends the edit with Return.
     void typeInto(const QString &field, const QString &text)
     {
-        auto *edit = child<QLineEdit>(field);
-        edit->setFocus();
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-        QTest::keyClick(edit, Qt::Key_Return);
+        typeWithoutEnding(field, text);
+        QTest::keyClick(child<QLineEdit>(field), Qt::Key_Return);
     }
 
     std::unique_ptr<CoursesAndTextbooks> m_window;

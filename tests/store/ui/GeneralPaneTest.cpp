@@ -1,4 +1,5 @@
 #include "TestEnvironment.h"
+#include "support/CourseRecords.h"
 
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -148,9 +149,7 @@ TEST_F(GeneralPaneTest, DeleteAllDataAsksThenLeavesThreeEmptyArraysAndThePrefere
 {
     QDir().mkpath(Paths::dataFolder());
     const QVariantList assignments{QVariantMap{{QStringLiteral("Name"), QStringLiteral("Essay")}}};
-    const QVariantList courses{QVariantMap{{QStringLiteral("Name"), QStringLiteral("Math")},
-                                           {QStringLiteral("Display Name"), QStringLiteral("Math")},
-                                           {QStringLiteral("Type"), QStringLiteral("Course")}}};
+    const QVariantList courses{CourseRecords::course(QStringLiteral("Math"))};
     ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), assignments));
     ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), courses));
     ASSERT_TRUE(PropertyList::writeFile(Paths::universalTypesFile(), QVariantList{QStringLiteral("Exam")}));
