@@ -66,6 +66,15 @@ int slotOfDay(const WBCalendarControl &control, int day)
     return -1;
 }
 
+// Shows `control` at its own size with its action sent to `target`.
+void watch(WBCalendarControl &control, ActionTarget &target)
+{
+    control.resize(control.sizeHint());
+    control.setTarget(&target);
+    control.setAction("calendarChanged");
+    control.show();
+}
+
 class MiniCalendarControl : public testing::Test
 {
 protected:
@@ -199,12 +208,9 @@ TEST_F(MiniCalendarControl, DayAtPointFindsCellsByTheirEdges)
 TEST_F(MiniCalendarControl, AClickOnADayMovesTheDateAndSendsTheAction)
 {
     WBCalendarControl control;
-    control.resize(control.sizeHint());
     ActionTarget target;
-    control.setTarget(&target);
-    control.setAction("calendarChanged");
     QSignalSpy chosen(&control, &WBCalendarControl::dateChosen);
-    control.show();
+    watch(control, target);
 
     QTest::mouseClick(&control, Qt::LeftButton, {}, slotCentre(slotOfDay(control, 3)));
     EXPECT_EQ(control.date(), at(2026, 11, 3)); // time of day kept
@@ -235,11 +241,8 @@ TEST_F(MiniCalendarControl, AClickOnADayMovesTheDateAndSendsTheAction)
 TEST_F(MiniCalendarControl, ADragAcrossDaysSendsTheActionOnceAtMouseUp)
 {
     WBCalendarControl control;
-    control.resize(control.sizeHint());
     ActionTarget target;
-    control.setTarget(&target);
-    control.setAction("calendarChanged");
-    control.show();
+    watch(control, target);
 
     QTest::mousePress(&control, Qt::LeftButton, {}, slotCentre(slotOfDay(control, 22)));
     EXPECT_EQ(target.calls, 1); // pressing on a day always sends
@@ -265,9 +268,7 @@ TEST_F(MiniCalendarControl, ArrowKeysMoveTheChosenDayAndReturnPicksIt)
 {
     WBCalendarControl control;
     ActionTarget target;
-    control.setTarget(&target);
-    control.setAction("calendarChanged");
-    control.show();
+    watch(control, target);
 
     QTest::keyClick(&control, Qt::Key_Right);
     EXPECT_EQ(control.date(), at(2026, 11, 23));

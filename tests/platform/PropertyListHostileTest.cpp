@@ -1,5 +1,4 @@
-#include <plist/plist.h>
-
+#include "LibplistFiles.h"
 #include "platform/PropertyList.h"
 
 #include "support/BinaryPlists.h"
@@ -104,12 +103,7 @@ TEST(PropertyListHostile, SharedReferencesThatExpandBeyondTheLimitsAreRefused)
         plist_dict_set_item(record, "Date Created", plist_new_real(1158206400.0));
         plist_array_append_item(root, record);
     }
-    char *bytes = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(root, &bytes, &length);
-    plist_free(root);
-    const QByteArray store(bytes, qsizetype(length));
-    plist_to_bin_free(bytes);
+    const QByteArray store = LibplistFiles::toBinary(root);
     const auto parsed = PropertyList::parse(store, &error);
     ASSERT_TRUE(parsed) << error.toStdString();
     EXPECT_EQ(parsed->toList().size(), 100000);

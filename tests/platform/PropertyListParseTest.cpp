@@ -1,5 +1,4 @@
-#include <plist/plist.h>
-
+#include "LibplistFiles.h"
 #include "platform/PropertyList.h"
 #include "support/BinaryPlists.h"
 
@@ -218,12 +217,7 @@ TEST(PropertyListParse, ReadsWhatLibplistWritesInBinary)
     for (int i = 0; i < 300; ++i)
         plist_array_append_item(list, plist_new_string(i % 2 ? "odd" : "even"));
     plist_dict_set_item(root, "List", list);
-    char *bytes = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(root, &bytes, &length);
-    plist_free(root);
-    const QByteArray binary(bytes, qsizetype(length));
-    plist_to_bin_free(bytes);
+    const QByteArray binary = LibplistFiles::toBinary(root);
 
     QString error;
     const auto parsed = parse(binary, &error);
