@@ -6,7 +6,6 @@
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "store/GeneralSettings.h"
-#include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
 
@@ -47,14 +46,6 @@ TEST(Preferences, DefaultsKeepTheirTypesAndTheGreyBlack)
     const QString allOthers = defaults.dictionary(Colors).value(QStringLiteral("All Others")).toString();
     EXPECT_FALSE(allOthers.startsWith(QLatin1String(ColorString::RGBSpaceName)));
     EXPECT_EQ(ColorString::toColor(allOthers)->rgba(), QColor(Qt::black).rgba());
-}
-
-TEST(Preferences, LabelsFallBackToDefaultsAndPluralsOnlyAppendS)
-{
-    EXPECT_EQ(Labels::label(QStringLiteral("CourseField2")), QStringLiteral("Room"));
-    UserDefaults().set(PreferenceKeys::Labels, QVariantMap{{QStringLiteral("Course"), QStringLiteral("Class")}});
-    EXPECT_EQ(Labels::plural(QStringLiteral("Course")), QStringLiteral("Classs"));
-    EXPECT_EQ(Labels::label(QStringLiteral("Textbook")), QStringLiteral("Textbook"));
 }
 
 TEST(Preferences, OldDefaultFormatIsFixed)
