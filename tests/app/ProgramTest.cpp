@@ -12,8 +12,6 @@
 #include <QThread>
 #include <gtest/gtest.h>
 
-#include <csignal>
-
 // These tests start the real program against the test's home folder and look at what it leaves on
 // disk. The program runs offscreen; QUILLORY_QUIT_AFTER_STARTUP makes it take its normal quit path
 // as soon as its window is up.
@@ -97,20 +95,6 @@ TEST(Program, AnUnreadableStoreIsByteIdenticalAfterAStartAndAQuit)
     TestEnvironment::writeFile(Paths::assignmentsFile(), garbage);
     ASSERT_EQ(runProgram(), 0);
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), garbage);
-}
-
-TEST(Program, QuitsThroughItsQuitPathOnSigterm)
-{
-    QProcess program;
-    program.setProcessEnvironment(programEnvironment(false));
-    program.start(QStringLiteral(QUILLORY_PROGRAM_PATH), QStringList());
-    ASSERT_TRUE(program.waitForStarted());
-    ASSERT_TRUE(waitFor([] { return preferences().contains(PreferenceKeys::LastStartup); }, 60000));
-    ::kill(pid_t(program.processId()), SIGTERM);
-    ASSERT_TRUE(program.waitForFinished(30000));
-    // A signal that was not handled would end the program with a crash exit.
-    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(program.exitCode(), 0);
 }
 
 TEST(Program, MovesAnEarlierPreferencesFileAndStartsAgain)

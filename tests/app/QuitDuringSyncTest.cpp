@@ -1,12 +1,11 @@
 #include "TestEnvironment.h"
 
-#include "support/LocalServers.h"
+#include "support/SyncSandbox.h"
 
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
-#include "sync/AGKeychain.h"
 #include "sync/CommandLine.h"
 #include "sync/SyncArchive.h"
 #include "sync/SyncingKeys.h"
@@ -14,7 +13,6 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -26,30 +24,11 @@
 // that did not finish must never upload.
 namespace {
 
-const QString FtpUser = QStringLiteral("student");
-const QString FtpPassword = QStringLiteral("ftp secret");
+using SyncSandbox::FtpPassword;
+using SyncSandbox::FtpUser;
+
 // How long a quit may take at most once asked for; a program held at a question would take forever.
 constexpr int PromptMs = 15000;
-
-LocalServers::PrivateKeyring &keyring()
-{
-    static LocalServers::PrivateKeyring instance;
-    return instance;
-}
-
-class KeyringEnvironment : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        QString error;
-        if (!keyring().start(&error))
-            ADD_FAILURE() << "private keyring: " << error.toStdString();
-    }
-    void TearDown() override { keyring().stop(); }
-};
-// Registered before main() runs the tests, so the bus exists before anything connects to one.
-const auto *g_keyringEnvironment = testing::AddGlobalTestEnvironment(new KeyringEnvironment);
 
 class QuitDuringSync : public testing::Test
 {
@@ -57,16 +36,9 @@ protected:
     void SetUp() override
     {
         // The program uses the fixed paths below /tmp, as the sync tests do: one at a time.
-        m_lock = std::make_unique<QLockFile>(QStringLiteral("/tmp/quillory-sync-tests.lock"));
-        m_lock->setStaleLockTime(0);
-        ASSERT_TRUE(m_lock->lock());
-        clearTemporaryPaths();
-        ASSERT_TRUE(keyring().isRunning());
-        if (!AGKeychain::checkForExistanceOfKeychainItem(AGKeychain::InternetPasswordItem, AGKeychain::QuilloryKind,
-                                                         FtpUser)) {
-            ASSERT_TRUE(AGKeychain::addKeychainItem(AGKeychain::InternetPasswordItem, AGKeychain::QuilloryKind, FtpUser,
-                                                    FtpPassword));
-        }
+        ASSERT_NO_FATAL_FAILURE(m_paths.take());
+        ASSERT_TRUE(sharedKeyring().isRunning());
+        ASSERT_NO_FATAL_FAILURE(SyncSandbox::setFtpPassword(FtpPassword));
         QDir(m_root.path()).mkpath(QStringLiteral("planner"));
         QString error;
         ASSERT_TRUE(m_server.start(m_root.path(), FtpUser, FtpPassword, &error)) << error.toStdString();
@@ -81,23 +53,13 @@ protected:
             m_program.waitForFinished(5000);
         }
         m_server.stop();
-        clearTemporaryPaths();
-        m_lock.reset();
-    }
-    static void clearTemporaryPaths()
-    {
-        SyncArchive::removeArchive();
-        SyncArchive::removeUnpackFolder();
-        QDir(SyncArchive::StagingFolder).removeRecursively();
+        m_paths.release();
     }
 
     void useServer(const QString &host)
     {
         UserDefaults::dropCaches();
-        UserDefaults().set(SyncingKeys::Group, QVariantMap{{SyncingKeys::Method, qint64(SyncingKeys::FTPServerMethod)},
-                                                           {SyncingKeys::FTPName, FtpUser},
-                                                           {SyncingKeys::FTPServer, host},
-                                                           {SyncingKeys::FTPPath, QStringLiteral("/planner/")}});
+        UserDefaults().set(SyncingKeys::Group, SyncSandbox::ftpSettings(host, QStringLiteral("/planner/")));
     }
     // An archive on the server for the start-up's download, laid out as the program packs one.
     void putArchiveOnServer()
@@ -158,7 +120,7 @@ protected:
         EXPECT_EQ(logged(QStringLiteral("Quitting on signal 15")), 1);
     }
 
-    std::unique_ptr<QLockFile> m_lock;
+    SyncSandbox::PathsLock m_paths;
     QTemporaryDir m_root;
     LocalServers::FtpServer m_server;
     QProcess m_program;

@@ -42,12 +42,6 @@ TEST(CalendarControllerTest, TheActiveCalendarShowsTheDisplayedAssignmentsOnThei
     f.controller->controlTextDidChange(true);
     EXPECT_EQ(f.titlesOn(f.monthly(), kTuesday), QStringList{"Lab"});
     EXPECT_TRUE(f.titlesOn(f.monthly(), QDate(2026, 12, 2)).isEmpty());
-
-    // The weekend switch is read at every update.
-    setGeneral(PreferenceKeys::GeneralKeys::HideWeekends, true);
-    f.calendar->updateCalendar();
-    EXPECT_TRUE(f.monthly()->hiddenWeekends());
-    EXPECT_EQ(f.monthly()->dayCellForDate(QDate(2026, 11, 23))->x(), 0);
 }
 
 TEST(CalendarControllerTest, SwitchingCalendarsHandsTheFocusOver)

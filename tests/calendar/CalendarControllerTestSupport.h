@@ -13,27 +13,9 @@
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
 #include "store/StartupSequence.h"
+#include "support/ListDoubles.h"
 
 #include <QDir>
-
-// The main window's toolbar as the list reads it, showing a calendar format.
-struct CalendarToolbar : ToolbarState {
-    QString text;
-    QString placeholder;
-    int format = 2;
-    bool isSearchItemVisible() const override { return true; }
-    QString searchText() const override { return text; }
-    QString searchPlaceholder() const override { return placeholder; }
-    void setSearchPlaceholder(const QString &value) override { placeholder = value; }
-    int formatSegment() const override { return format; }
-};
-
-// The details sidebar: what the list shows is what its next edit reads.
-struct CalendarSidebar : SidebarEditor {
-    SidebarValues values;
-    SidebarValues sidebarValues() const override { return values; }
-    void setSidebarValues(const SidebarValues &shown) override { values = shown; }
-};
 
 namespace CalendarControllerTest {
 
@@ -51,36 +33,20 @@ inline AssignmentRef record(const QString &name, const QString &date = QString()
     return Assignments::make(fields);
 }
 
-inline void setGeneral(const QString &key, const QVariant &value)
-{
-    UserDefaults defaults;
-    QVariantMap general = defaults.dictionary(PreferenceKeys::General);
-    general.insert(key, value);
-    defaults.set(PreferenceKeys::General, general);
-}
-
-inline QVariantList readStore()
-{
-    return PropertyList::readFile(Paths::assignmentsFile()).value_or(QVariant()).toList();
-}
-
-inline QVariantMap storedNamed(const QString &name)
-{
-    for (const QVariant &entry : readStore())
-        if (entry.toMap().value(AssignmentKeys::Name).toString() == name)
-            return entry.toMap();
-    return {};
-}
+using StoreFiles::readStore;
+using StoreFiles::setGeneral;
+using StoreFiles::storedNamed;
 
 // The list over a store on disk, with the calendars joined to it and the monthly one shown.
 struct Fixture {
-    CalendarToolbar toolbar;
-    CalendarSidebar sidebar;
+    FakeToolbar toolbar;
+    FakeSidebar sidebar;
     std::unique_ptr<Controller> controller;
     std::unique_ptr<CalendarController> calendar;
 
     explicit Fixture(const AssignmentList &records, const QSize &size = QSize(700, 451))
     {
+        toolbar.format = 2; // a calendar format
         Preferences::setAllDefaults();
         // "All" in the filter bar (Default View 2 wraps to the first view).
         setGeneral(PreferenceKeys::GeneralKeys::DefaultView, 2);

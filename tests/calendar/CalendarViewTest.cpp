@@ -22,9 +22,20 @@ void collect(QtMsgType, const QMessageLogContext &, const QString &message)
 }
 } // namespace
 
-TEST(CalendarViewTest, StartsOnTodayInTheMonthView)
+// A shown month view reporting to a delegate, and two records to put on it.
+class CalendarView : public testing::Test
 {
-    auto view = shownView();
+protected:
+    CalendarView() { view->setDelegate(&delegate); }
+
+    RecordingDelegate delegate; // made first, so the view goes before it
+    std::unique_ptr<BVCalendarView> view = shownView();
+    const AssignmentRef essay = named("Essay");
+    const AssignmentRef lab = named("Lab");
+};
+
+TEST_F(CalendarView, StartsOnTodayInTheMonthView)
+{
     EXPECT_TRUE(view->monthlyView());
     EXPECT_EQ(view->focusDate(), midnight(2026, 11, 22));
     EXPECT_EQ(view->currentMonthField()->text(), "November 2026");
@@ -50,9 +61,8 @@ TEST(CalendarViewTest, StartsOnTodayInTheMonthView)
     }
 }
 
-TEST(CalendarViewTest, RowsAndCellsFollowTheMonth)
+TEST_F(CalendarView, RowsAndCellsFollowTheMonth)
 {
-    auto view = shownView();
     view->setFocusDate(midnight(2009, 2, 14));
     EXPECT_EQ(view->rows(), 4);
     EXPECT_EQ(view->currentMonthField()->text(), "February 2009");
@@ -71,9 +81,8 @@ TEST(CalendarViewTest, RowsAndCellsFollowTheMonth)
     EXPECT_EQ(view->dayCell(41)->date(), QDate(2011, 2, 5));
 }
 
-TEST(CalendarViewTest, NavigationButtons)
+TEST_F(CalendarView, NavigationButtons)
 {
-    auto view = shownView();
     view->setFocusDate(midnight(2008, 12, 31));
     EXPECT_EQ(view->currentMonthField()->text(), "December 2008");
     QTest::mouseClick(view->rightButton(), Qt::LeftButton);
@@ -99,12 +108,8 @@ TEST(CalendarViewTest, NavigationButtons)
     EXPECT_EQ(view->rightButton()->accessibleName(), "Next week");
 }
 
-TEST(CalendarViewTest, NavigationClearsTheSelection)
+TEST_F(CalendarView, NavigationClearsTheSelection)
 {
-    auto view = shownView();
-    RecordingDelegate delegate;
-    view->setDelegate(&delegate);
-    const AssignmentRef essay = named("Essay");
     view->addObject(essay, "Essay", midnight(2026, 11, 24));
     view->selectObject(essay, midnight(2026, 11, 24));
     ASSERT_EQ(view->selectedObject(), essay);
@@ -115,9 +120,9 @@ TEST(CalendarViewTest, NavigationClearsTheSelection)
     EXPECT_EQ(delegate.selectionChanges, before + 1);
 }
 
-TEST(CalendarViewTest, HiddenWeekendsShowMondayToFriday)
+TEST_F(CalendarView, HiddenWeekendsShowMondayToFriday)
 {
-    auto view = shownView(QSize(500, 451));
+    view = shownView(QSize(500, 451));
     view->setHiddenWeekends(true);
     EXPECT_TRUE(view->hiddenWeekends());
     const int monday = 1;
@@ -133,10 +138,8 @@ TEST(CalendarViewTest, HiddenWeekendsShowMondayToFriday)
     EXPECT_EQ(view->dayCell(1)->geometry(), QRect(71, 50, 73, 81));
 }
 
-TEST(CalendarViewTest, AddingAnEntryRereadsOnlyItsDay)
+TEST_F(CalendarView, AddingAnEntryRereadsOnlyItsDay)
 {
-    auto view = shownView();
-    const AssignmentRef essay = named("Essay");
     BVCalendarDayCell *monday = view->dayCellForDate(QDate(2026, 11, 23));
     BVCalendarDayCell *tuesday = view->dayCellForDate(QDate(2026, 11, 24));
     QSignalSpy mondayResets(monday->model(), &QAbstractItemModel::modelReset);
@@ -156,13 +159,8 @@ TEST(CalendarViewTest, AddingAnEntryRereadsOnlyItsDay)
     EXPECT_EQ(monday->model()->rowCount(), 1);
 }
 
-TEST(CalendarViewTest, ClickingAnEntrySelectsItAndMovesTheFocus)
+TEST_F(CalendarView, ClickingAnEntrySelectsItAndMovesTheFocus)
 {
-    auto view = shownView();
-    RecordingDelegate delegate;
-    view->setDelegate(&delegate);
-    const AssignmentRef essay = named("Essay");
-    const AssignmentRef lab = named("Lab");
     view->addObject(essay, "Essay", midnight(2026, 11, 24));
     view->addObject(lab, "Lab", midnight(2026, 11, 24));
     BVCalendarDayCell *tuesday = view->dayCellForDate(QDate(2026, 11, 24));
@@ -190,10 +188,8 @@ TEST(CalendarViewTest, ClickingAnEntrySelectsItAndMovesTheFocus)
     EXPECT_EQ(view->focusDate(), midnight(2026, 11, 27));
 }
 
-TEST(CalendarViewTest, AnEntryOfTheNextMonthSwitchesTheMonth)
+TEST_F(CalendarView, AnEntryOfTheNextMonthSwitchesTheMonth)
 {
-    auto view = shownView();
-    const AssignmentRef essay = named("Essay");
     view->addObject(essay, "Essay", midnight(2026, 12, 3));
     BVCalendarDayCell *grey = view->dayCellForDate(QDate(2026, 12, 3));
     ASSERT_NE(grey, nullptr);
@@ -213,10 +209,8 @@ TEST(CalendarViewTest, AnEntryOfTheNextMonthSwitchesTheMonth)
     EXPECT_EQ(now->selectedRow(), 1);
 }
 
-TEST(CalendarViewTest, SelectObjectPicksTheVeryRecordOnItsDay)
+TEST_F(CalendarView, SelectObjectPicksTheVeryRecordOnItsDay)
 {
-    auto view = shownView();
-    const AssignmentRef essay = named("Essay");
     const AssignmentRef twin = named("Essay");
     view->addObject(essay, "Essay", midnight(2027, 1, 12));
     view->addObject(twin, "Essay", midnight(2027, 1, 12));
@@ -233,13 +227,8 @@ TEST(CalendarViewTest, SelectObjectPicksTheVeryRecordOnItsDay)
     EXPECT_EQ(view->focusDate(), midnight(2027, 1, 14));
 }
 
-TEST(CalendarViewTest, DraggingAnEntryToAnotherDay)
+TEST_F(CalendarView, DraggingAnEntryToAnotherDay)
 {
-    auto view = shownView();
-    RecordingDelegate delegate;
-    view->setDelegate(&delegate);
-    const AssignmentRef essay = named("Essay");
-    const AssignmentRef lab = named("Lab");
     view->addObject(essay, "Essay", midnight(2026, 11, 24));
     view->addObject(lab, "Lab", midnight(2026, 11, 26));
     BVCalendarDayCell *tuesday = view->dayCellForDate(QDate(2026, 11, 24));
@@ -285,12 +274,8 @@ TEST(CalendarViewTest, DraggingAnEntryToAnotherDay)
     EXPECT_EQ(delegate.didMove, 2);
 }
 
-TEST(CalendarViewTest, AMoveWhoseEntryIsGoneIsLoggedAndChangesNothing)
+TEST_F(CalendarView, AMoveWhoseEntryIsGoneIsLoggedAndChangesNothing)
 {
-    auto view = shownView();
-    RecordingDelegate delegate;
-    view->setDelegate(&delegate);
-    const AssignmentRef essay = named("Essay");
     view->addObject(essay, "Essay", midnight(2026, 11, 24));
     view->selectObject(essay, midnight(2026, 11, 24));
     // The entries were rebuilt with another title since the drag began.
@@ -307,11 +292,8 @@ TEST(CalendarViewTest, AMoveWhoseEntryIsGoneIsLoggedAndChangesNothing)
     EXPECT_EQ(delegate.didMove, 0);
 }
 
-TEST(CalendarViewTest, DoubleClickReportsAfterMovingTheFocus)
+TEST_F(CalendarView, DoubleClickReportsAfterMovingTheFocus)
 {
-    auto view = shownView();
-    RecordingDelegate delegate;
-    view->setDelegate(&delegate);
     BVCalendarDayCell *friday = view->dayCellForDate(QDate(2026, 11, 27));
     QTest::mouseDClick(friday->viewport(), Qt::LeftButton, Qt::NoModifier, belowRows(friday));
     EXPECT_EQ(delegate.doubleClicks, 1);
@@ -322,9 +304,8 @@ TEST(CalendarViewTest, DoubleClickReportsAfterMovingTheFocus)
     EXPECT_EQ(delegate.doubleClicks, 1);
 }
 
-TEST(CalendarViewTest, WeekViewClickOnAnotherMonthMovesThere)
+TEST_F(CalendarView, WeekViewClickOnAnotherMonthMovesThere)
 {
-    auto view = shownView();
     view->setWeeklyView();
     view->setFocusDate(midnight(2026, 12, 30));
     BVCalendarDayCell *newYear = view->dayCellForDate(QDate(2027, 1, 1));
@@ -338,13 +319,8 @@ TEST(CalendarViewTest, WeekViewClickOnAnotherMonthMovesThere)
     EXPECT_FALSE(view->dayCellForDate(QDate(2026, 12, 31))->isDayEnabled());
 }
 
-TEST(CalendarViewTest, ArrowKeysMoveBetweenDaysAndReturnOpens)
+TEST_F(CalendarView, ArrowKeysMoveBetweenDaysAndReturnOpens)
 {
-    auto view = shownView();
-    RecordingDelegate delegate;
-    view->setDelegate(&delegate);
-    const AssignmentRef essay = named("Essay");
-    const AssignmentRef lab = named("Lab");
     view->addObject(essay, "Essay", midnight(2026, 11, 23));
     view->addObject(lab, "Lab", midnight(2026, 11, 23));
     BVCalendarDayCell *sunday = view->dayCellForDate(QDate(2026, 11, 22));

@@ -7,6 +7,7 @@
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
+#include "support/BinaryPlists.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -113,14 +114,8 @@ TEST(BackupExport, NestsEachDataFileAsItIsAndReadsBackAsTheParsedLists)
                                "<key>Name</key>   <string>Math</string></dict></array>\n</plist>\n\n";
     TestEnvironment::writeFile(Paths::coursesFile(), courses);
     // Binary: nothing to nest, so the list is written out again. An array holding "Math".
-    QByteArray binary = "bplist00";
-    binary += QByteArray("\xA1\x01\x54Math\x08\x0A", 9);
-    QByteArray trailer(32, '\0');
-    trailer[6] = 1;
-    trailer[7] = 1;
-    trailer[15] = 2;
-    trailer[31] = 15;
-    TestEnvironment::writeFile(Paths::universalTypesFile(), binary + trailer);
+    TestEnvironment::writeFile(Paths::universalTypesFile(),
+                               BinaryPlists::fromObjects({QByteArray("\xA1\x01", 2), QByteArray("\x54Math")}));
 
     const QString path = TestEnvironment::home() + QStringLiteral("/backup.plist");
     QString error;

@@ -99,7 +99,6 @@ TEST(StreamedExport, TheFilesEqualTheTextsBuiltInMemory)
     QString error;
     ASSERT_TRUE(TextExport::writeTextFile(path, list, &error)) << qPrintable(error);
     EXPECT_EQ(TestEnvironment::readFile(path), TextExport::textFileBytes(list));
-    EXPECT_EQ(TextExport::textFileBytes(list), TextExport::textForAssignments(list).toUtf8());
 }
 
 TEST(StreamedExport, AWriteThatFailsHalfWayIsReportedAndLeavesTheEarlierFileWhole)

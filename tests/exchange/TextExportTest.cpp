@@ -48,14 +48,6 @@ TEST(TextExport, TheTextFileIsWrittenExactlyWithTheUsersLabelsAndDateFormat)
               "\n");
     EXPECT_EQ(TextExport::textForAssignments({}), "Quillory 1.0\n\n");
 
-    // The file's bytes are built straight into UTF-8 and must be the same text.
-    AssignmentList mixed = sample();
-    mixed.append(Assignments::make({{"Name", QString::fromUtf8("Révision \xe6\x97\xa5\xe6\x9c\xac \xf0\x9f\x93\x9a")},
-                                    {"Notes", QString::fromUtf8("\xc3\xbc\xc3\x9f\n\xd0\xb4\xd0\xb0")},
-                                    {"Date", "2026-12-01 09:15:00 -0500"}}));
-    EXPECT_EQ(TextExport::textFileBytes(mixed), TextExport::textForAssignments(mixed).toUtf8());
-    EXPECT_EQ(TextExport::textFileBytes({}), QByteArray("Quillory 1.0\n\n"));
-
     UserDefaults().set(PreferenceKeys::General, QVariantMap{{"Date Format", "%m/%d/%y"}});
     EXPECT_TRUE(TextExport::textForAssignments(sample()).contains("Due Date: 12/01/26\n"));
 }

@@ -15,6 +15,8 @@
 #include "store/Assignment.h"
 #include "store/PreferenceKeys.h"
 #include "store/StartupSequence.h"
+#include "support/CourseRecords.h"
+#include "support/ListDoubles.h"
 #include "support/TestEnvironment.h"
 
 #include <QDir>
@@ -29,20 +31,6 @@ inline void PrintTo(const QString &text, std::ostream *out)
     *out << '"' << text.toStdString() << '"';
 }
 
-// The toolbar as the list sees it: a search item that can be taken off, its text and placeholder,
-// and the format control.
-struct FakeToolbar : ToolbarState {
-    bool searchVisible = true;
-    QString text;
-    QString placeholder;
-    int format = 0;
-    bool isSearchItemVisible() const override { return searchVisible; }
-    QString searchText() const override { return text; }
-    QString searchPlaceholder() const override { return placeholder; }
-    void setSearchPlaceholder(const QString &value) override { placeholder = value; }
-    int formatSegment() const override { return format; }
-};
-
 struct FakeCalendar : CalendarObserver {
     int updates = 0;
     std::optional<QDateTime> focus;
@@ -51,13 +39,6 @@ struct FakeCalendar : CalendarObserver {
     std::optional<QDateTime> focusDate() const override { return focus; }
     void selectAssignment(const AssignmentRef &record) override { selected = record; }
     void clearSelection() override { selected.reset(); }
-};
-
-// The sidebar's editors: what the controller shows is what the next edit reads, as in the window.
-struct FakeSidebar : SidebarEditor {
-    SidebarValues values;
-    SidebarValues sidebarValues() const override { return values; }
-    void setSidebarValues(const SidebarValues &shown) override { values = shown; }
 };
 
 namespace ListTest {
@@ -80,10 +61,9 @@ inline void writeStore(const AssignmentList &records)
     PropertyList::writeFile(Paths::assignmentsFile(), Assignments::toVariantList(records));
 }
 
-inline QVariantList readStore()
-{
-    return PropertyList::readFile(Paths::assignmentsFile()).value_or(QVariant()).toList();
-}
+using StoreFiles::readStore;
+using StoreFiles::setGeneral;
+using StoreFiles::storedNamed;
 
 inline void writeCourses(const QVariantList &records)
 {
@@ -93,24 +73,12 @@ inline void writeCourses(const QVariantList &records)
 
 inline QVariantMap course(const QString &name, const QString &defaultTextbook = QString())
 {
-    QVariantMap record{{"Type", "Course"}, {"Name", name}, {"Display Name", name}};
-    if (!defaultTextbook.isNull())
-        record.insert("Default Textbook", defaultTextbook);
-    return record;
+    if (defaultTextbook.isNull())
+        return CourseRecords::course(name);
+    return CourseRecords::course(name, {{CourseKeys::DefaultTextbook, defaultTextbook}});
 }
 
-inline QVariantMap textbook(const QString &name, const QString &course)
-{
-    return {{"Type", "Textbook"}, {"Name", name}, {"Display Name", "  " + name}, {"Course", course}};
-}
-
-inline void setGeneral(const QString &key, const QVariant &value)
-{
-    UserDefaults defaults;
-    QVariantMap general = defaults.dictionary(PreferenceKeys::General);
-    general.insert(key, value);
-    defaults.set(PreferenceKeys::General, general);
-}
+using CourseRecords::textbook;
 
 inline QStringList names(const AssignmentList &list)
 {

@@ -37,6 +37,15 @@ int referenceCompare(const Assignment &a, const Assignment &b, const QString &co
     return cmp(Name, false);
 }
 
+// `list` put in order by a stable sort on referenceCompare.
+AssignmentList referenceSorted(AssignmentList list, const QString &column, bool ascending)
+{
+    std::stable_sort(list.begin(), list.end(), [&](const AssignmentRef &a, const AssignmentRef &b) {
+        return (ascending ? 1 : -1) * referenceCompare(*a, *b, column) < 0;
+    });
+    return list;
+}
+
 } // namespace
 
 TEST(Sorting, TiesBreakByDateThenNameInTheSameDirection)
@@ -80,10 +89,7 @@ TEST(Sorting, AgreesWithAStableSortOnRawValuesIncludingAlmostSortedLists)
     }
     for (const QString column : {"Course", "Date", "Completed", "Priority", "Name"}) {
         for (bool ascending : {true, false}) {
-            AssignmentList expected = list;
-            std::stable_sort(expected.begin(), expected.end(), [&](const AssignmentRef &a, const AssignmentRef &b) {
-                return (ascending ? 1 : -1) * referenceCompare(*a, *b, column) < 0;
-            });
+            const AssignmentList expected = referenceSorted(list, column, ascending);
             AssignmentList sorted = list;
             Sorting::sort(sorted, {column, ascending});
             EXPECT_EQ(sorted, expected) << column.toStdString() << ascending;
@@ -92,11 +98,7 @@ TEST(Sorting, AgreesWithAStableSortOnRawValuesIncludingAlmostSortedLists)
             // A sorted list with a few records appended is merged, with the same result.
             AssignmentList grown = expected;
             grown.append(list.mid(0, 3));
-            AssignmentList expectedGrown = grown;
-            std::stable_sort(expectedGrown.begin(), expectedGrown.end(),
-                             [&](const AssignmentRef &a, const AssignmentRef &b) {
-                                 return (ascending ? 1 : -1) * referenceCompare(*a, *b, column) < 0;
-                             });
+            const AssignmentList expectedGrown = referenceSorted(grown, column, ascending);
             Sorting::sort(grown, {column, ascending});
             EXPECT_EQ(grown, expectedGrown) << column.toStdString() << ascending;
         }
@@ -156,10 +158,7 @@ TEST(Sorting, KeptKeysFollowEveryChangeOfTheList)
         }
         const QString column = columns[random.bounded(int(columns.size()))];
         const bool ascending = random.bounded(2);
-        AssignmentList expected = list;
-        std::stable_sort(expected.begin(), expected.end(), [&](const AssignmentRef &a, const AssignmentRef &b) {
-            return (ascending ? 1 : -1) * referenceCompare(*a, *b, column) < 0;
-        });
+        const AssignmentList expected = referenceSorted(list, column, ascending);
         Sorting::sort(list, {column, ascending}, &cache);
         ASSERT_EQ(list, expected) << step << " " << column.toStdString() << ascending;
     }

@@ -1,7 +1,7 @@
-#include <plist/plist.h>
-
+#include "LibplistFiles.h"
 #include "platform/PropertyList.h"
 
+#include "support/BinaryPlists.h"
 #include "support/TestEnvironment.h"
 
 #include <QFile>
@@ -14,32 +14,8 @@
 // out as XML that this reader, Python's plistlib and libplist all accept.
 namespace {
 
-// A binary property list of the given objects (object 0 is the root), with one-byte references
-// when they fit and four-byte offsets.
-QByteArray binaryPlist(const QList<QByteArray> &objects)
-{
-    QByteArray bytes = "bplist00";
-    QByteArray table;
-    for (const QByteArray &object : objects) {
-        const quint32 offset = quint32(bytes.size());
-        table += char(offset >> 24);
-        table += char(offset >> 16);
-        table += char(offset >> 8);
-        table += char(offset);
-        bytes += object;
-    }
-    const quint32 tableAt = quint32(bytes.size());
-    bytes += table;
-    QByteArray trailer(32, '\0');
-    trailer[6] = 4;
-    trailer[7] = 1;
-    trailer[15] = char(objects.size());
-    trailer[28] = char(tableAt >> 24);
-    trailer[29] = char(tableAt >> 16);
-    trailer[30] = char(tableAt >> 8);
-    trailer[31] = char(tableAt);
-    return bytes + trailer;
-}
+using BinaryPlists::referenceBomb;
+const auto binaryPlist = BinaryPlists::fromObjects;
 
 QByteArray binaryDate(double secondsSince2001)
 {
@@ -49,19 +25,6 @@ QByteArray binaryDate(double secondsSince2001)
     for (int shift = 56; shift >= 0; shift -= 8)
         object += char(bits >> shift);
     return object;
-}
-
-// `levels` arrays, each holding the next one `width` times, the last holding a short string.
-QByteArray referenceBomb(int levels, int width)
-{
-    QList<QByteArray> objects;
-    for (int level = 0; level < levels; ++level) {
-        QByteArray array(1, char(0xA0 | width));
-        array += QByteArray(width, char(level + 1));
-        objects.append(array);
-    }
-    objects.append("\x55" "Essay");
-    return binaryPlist(objects);
 }
 
 bool plistlibReads(const QByteArray &xml, QString *why)
@@ -110,6 +73,10 @@ TEST(PropertyListHostile, SharedReferencesThatExpandBeyondTheLimitsAreRefused)
     QString error;
     EXPECT_FALSE(PropertyList::parse(bomb, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("expand"))) << error.toStdString();
+    // Deep rather than wide: forty levels of two, 2^40 leaves. Kept shared in memory it would be
+    // small, but every save writes it whole.
+    EXPECT_FALSE(PropertyList::parse(referenceBomb(40, 2), &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("expand"))) << error.toStdString();
 
     // Many references to one long string blow up the text rather than the object count.
     // Four levels of fifteen references (an array's length as a one-byte integer after 0xAF).
@@ -136,12 +103,7 @@ TEST(PropertyListHostile, SharedReferencesThatExpandBeyondTheLimitsAreRefused)
         plist_dict_set_item(record, "Date Created", plist_new_real(1158206400.0));
         plist_array_append_item(root, record);
     }
-    char *bytes = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(root, &bytes, &length);
-    plist_free(root);
-    const QByteArray store(bytes, qsizetype(length));
-    plist_to_bin_free(bytes);
+    const QByteArray store = LibplistFiles::toBinary(root);
     const auto parsed = PropertyList::parse(store, &error);
     ASSERT_TRUE(parsed) << error.toStdString();
     EXPECT_EQ(parsed->toList().size(), 100000);

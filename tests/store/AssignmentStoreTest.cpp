@@ -137,17 +137,6 @@ TEST(AssignmentStore, NoticesWhenTheFileChangedBehindItsBack)
     EXPECT_FALSE(store.isUnchangedSinceLastAccess());
 }
 
-TEST(AssignmentStore, PriorityRepairGivesOnlyMissingPriorities)
-{
-    AssignmentList list{Assignments::make({{Name, QStringLiteral("a")}}),
-                        Assignments::make({{Name, QStringLiteral("b")}, {Priority, 4.0}})};
-    EXPECT_TRUE(AssignmentStore::addPrioritiesToAssignmentsWithoutThem(list));
-    EXPECT_EQ(list[0]->value(Priority), QVariant(1.0));
-    EXPECT_EQ(list[0]->value(Priority).typeId(), QMetaType::Double);
-    EXPECT_EQ(list[1]->value(Priority), QVariant(4.0));
-    EXPECT_FALSE(AssignmentStore::addPrioritiesToAssignmentsWithoutThem(list));
-}
-
 TEST(Assignment, CachesFollowEveryChange)
 {
     auto record = Assignments::make({{Name, QStringLiteral("Essay")}, {Date, QStringLiteral("2008-03-05 00:00:00 -0500")}});

@@ -1,5 +1,5 @@
 #include "TestEnvironment.h"
-#include "CourseRecords.h"
+#include "support/CourseRecords.h"
 
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -21,39 +21,18 @@ using CourseRecords::textbook;
 
 QStringList names(const CoursesStore &store)
 {
-    QStringList result;
-    for (const QVariant &record : store.getCombined())
-        result.append(record.toMap().value(CourseKeys::DisplayName).toString());
-    return result;
+    return CourseRecords::displayNames(store.getCombined());
 }
 
-class CoursesStoreTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        QDir().mkpath(Paths::dataFolder());
-        Preferences::setAllDefaults();
-    }
-    void writeCombined(const QVariantList &combined)
-    {
-        ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), combined));
-    }
-    CoursesStore::CourseForm formOf(const QVariantMap &record)
-    {
-        CoursesStore::CourseForm form;
-        form.name = record.value(CourseKeys::Name).toString();
-        return form;
-    }
-};
+using CoursesStoreTest = CourseRecords::DataFolderTest;
 
 } // namespace
 
 TEST_F(CoursesStoreTest, TextbooksFollowTheirCourseSortedIgnoringCaseAndOrphansGo)
 {
-    writeCombined({course(QStringLiteral("Math")), textbook(QStringLiteral("Biology"), QStringLiteral("Math")),
-                   course(QStringLiteral("Art")), textbook(QStringLiteral("algebra"), QStringLiteral("Math")),
-                   textbook(QStringLiteral("Lost"), QStringLiteral("Gone"))});
+    write(Paths::coursesFile(), {course(QStringLiteral("Math")), textbook(QStringLiteral("Biology"), QStringLiteral("Math")),
+                                 course(QStringLiteral("Art")), textbook(QStringLiteral("algebra"), QStringLiteral("Math")),
+                                 textbook(QStringLiteral("Lost"), QStringLiteral("Gone"))});
     CoursesStore store;
     store.updateCombinedArray();
     EXPECT_EQ(names(store), (QStringList{QStringLiteral("Math"), QStringLiteral("  algebra"),
@@ -63,7 +42,7 @@ TEST_F(CoursesStoreTest, TextbooksFollowTheirCourseSortedIgnoringCaseAndOrphansG
 
 TEST_F(CoursesStoreTest, RenamingACoursePropagatesExactlyToAssignmentsAndTextbooks)
 {
-    writeCombined({course(QStringLiteral("Math")), textbook(QStringLiteral("Calculus"), QStringLiteral("Math"))});
+    write(Paths::coursesFile(), {course(QStringLiteral("Math")), textbook(QStringLiteral("Calculus"), QStringLiteral("Math"))});
     ASSERT_TRUE(AssignmentStore::writeFile(
         Paths::assignmentsFile(),
         {QVariantMap{{QStringLiteral("Name"), QStringLiteral("a")}, {QStringLiteral("Course"), QStringLiteral("Math")}},
@@ -98,34 +77,8 @@ TEST_F(CoursesStoreTest, RenamingACoursePropagatesExactlyToAssignmentsAndTextboo
     EXPECT_EQ(store.recordAt(0).value(CourseKeys::DisplayName).toString(), QStringLiteral("New Course"));
     EXPECT_EQ(store.getCoursesArray(), QStringList{QStringLiteral(" ")});
     QVariantList noName{QVariantMap{{CourseKeys::Type, CourseKeys::CourseType}}};
-    writeCombined(noName);
+    write(Paths::coursesFile(), noName);
     EXPECT_EQ(store.getCoursesArray(), QStringList{QStringLiteral(" ")});
-}
-
-TEST_F(CoursesStoreTest, DeletingACourseTakesItsTextbooksAndLeavesAssignments)
-{
-    writeCombined({course(QStringLiteral("Math")), textbook(QStringLiteral("A"), QStringLiteral("Math")),
-                   textbook(QStringLiteral("B"), QStringLiteral("Math")), textbook(QStringLiteral("C"), QStringLiteral("Math")),
-                   course(QStringLiteral("Art"))});
-    const QVariantList assignments{QVariantMap{{QStringLiteral("Course"), QStringLiteral("Math")}}};
-    ASSERT_TRUE(AssignmentStore::writeFile(Paths::assignmentsFile(), assignments));
-    const QByteArray assignmentBytes = TestEnvironment::readFile(Paths::assignmentsFile());
-
-    CoursesStore store;
-    Alerts::queueAnswer(QStringLiteral("No"));
-    EXPECT_FALSE(store.deleteCourseOrTextbook(0));
-    EXPECT_EQ(store.getCombined().size(), 5);
-
-    Alerts::queueAnswer(QStringLiteral("Yes"));
-    EXPECT_TRUE(store.deleteCourseOrTextbook(0));
-    EXPECT_EQ(names(store), QStringList{QStringLiteral("Art")});
-    const auto asked = Alerts::takeAsked();
-    ASSERT_EQ(asked.size(), 2);
-    EXPECT_EQ(asked[1].title, QStringLiteral("Warning"));
-    EXPECT_EQ(asked[1].message, QStringLiteral("Are you sure you want to delete this course?"));
-    EXPECT_EQ(asked[1].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("No")}));
-    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), assignmentBytes);
-    EXPECT_EQ(PropertyList::readFile(Paths::coursesFile())->toList().size(), 1);
 }
 
 TEST_F(CoursesStoreTest, DeletingATextbookClearsItAsDefaultWithoutAsking)
@@ -133,8 +86,8 @@ TEST_F(CoursesStoreTest, DeletingATextbookClearsItAsDefaultWithoutAsking)
     QVariantMap general = UserDefaults().dictionary(PreferenceKeys::General);
     general.insert(PreferenceKeys::GeneralKeys::DisplayWarningMessages, false);
     UserDefaults().set(PreferenceKeys::General, general);
-    writeCombined({course(QStringLiteral("Math"), {{CourseKeys::DefaultTextbook, QStringLiteral("Calculus")}}),
-                   textbook(QStringLiteral("Calculus"), QStringLiteral("Math"))});
+    write(Paths::coursesFile(), {course(QStringLiteral("Math"), {{CourseKeys::DefaultTextbook, QStringLiteral("Calculus")}}),
+                                 textbook(QStringLiteral("Calculus"), QStringLiteral("Math"))});
     CoursesStore store;
     EXPECT_TRUE(store.deleteCourseOrTextbook(1));
     EXPECT_TRUE(Alerts::takeAsked().isEmpty());
@@ -162,33 +115,9 @@ TEST_F(CoursesStoreTest, AddingRecordsPlacesAndSelectsThem)
     EXPECT_EQ(store.textbooksOfCourse(QStringLiteral("Math")).size(), 2);
 }
 
-TEST_F(CoursesStoreTest, DraggingFollowsTheDropRowRule)
-{
-    const QVariantList three{course(QStringLiteral("A")), course(QStringLiteral("B")), course(QStringLiteral("C"))};
-    writeCombined(three);
-    CoursesStore store;
-    store.moveCourse(0, 3, -1);
-    EXPECT_EQ(names(store), (QStringList{QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("A")}));
-    writeCombined(three);
-    store.reload();
-    store.moveCourse(0, 1, -1);
-    EXPECT_EQ(names(store), (QStringList{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}));
-
-    // A course's textbooks travel with it, and the selection follows its record.
-    writeCombined({course(QStringLiteral("A")), textbook(QStringLiteral("Book"), QStringLiteral("A")),
-                   course(QStringLiteral("B"))});
-    store.reload();
-    EXPECT_EQ(store.moveCourse(0, 3, 1), 2);
-    EXPECT_EQ(names(store), (QStringList{QStringLiteral("B"), QStringLiteral("A"), QStringLiteral("  Book")}));
-
-    QStringList types{QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("z")};
-    CoursesStore::moveInList(types, 2, 0);
-    EXPECT_EQ(types, (QStringList{QStringLiteral("z"), QStringLiteral("x"), QStringLiteral("y")}));
-}
-
 TEST_F(CoursesStoreTest, TypesAreUniversalThenTheCoursesOwn)
 {
-    writeCombined({course(QStringLiteral("Math"), {{CourseKeys::Types, QStringList{QStringLiteral("Proof")}}})});
+    write(Paths::coursesFile(), {course(QStringLiteral("Math"), {{CourseKeys::Types, QStringList{QStringLiteral("Proof")}}})});
     CoursesStore store;
     ASSERT_TRUE(store.editUniversalTypes({QStringLiteral("Essay"), QStringLiteral("Quiz")}));
     store.reload();
@@ -197,30 +126,20 @@ TEST_F(CoursesStoreTest, TypesAreUniversalThenTheCoursesOwn)
     EXPECT_EQ(store.typesForCourse(QStringLiteral("Art")), (QStringList{QStringLiteral("Essay"), QStringLiteral("Quiz")}));
 }
 
-TEST_F(CoursesStoreTest, AnUnreadableCoursesFileIsLeftAlone)
-{
-    TestEnvironment::writeFile(Paths::coursesFile(), "garbage");
-    CoursesStore store;
-    EXPECT_FALSE(store.isUsable());
-    EXPECT_EQ(store.addCourse(), -1);
-    store.updateCombinedArray();
-    EXPECT_EQ(TestEnvironment::readFile(Paths::coursesFile()), QByteArray("garbage"));
-}
-
 TEST_F(CoursesStoreTest, CoursesOfOneNameKeepTheirTextbooksOnceHoweverOftenRegrouped)
 {
     const QVariantMap unnamed{{CourseKeys::Name, QString()},
-                              {CourseKeys::DisplayName, CourseKeys::NewCourse},
-                              {CourseKeys::Type, CourseKeys::CourseType}};
-    writeCombined({unnamed, unnamed, textbook(QString(), QString()), course(QStringLiteral("Math")),
-                   textbook(QStringLiteral("Calculus"), QStringLiteral("Math")), course(QStringLiteral("Math"))});
+                                            {CourseKeys::DisplayName, CourseKeys::NewCourse},
+                                            {CourseKeys::Type, CourseKeys::CourseType}};
+    write(Paths::coursesFile(), {unnamed, unnamed, textbook(QString(), QString()), course(QStringLiteral("Math")),
+                                 textbook(QStringLiteral("Calculus"), QStringLiteral("Math")), course(QStringLiteral("Math"))});
     for (int opening = 0; opening < 3; ++opening) {
         CoursesStore store;
         store.updateCombinedArray();
     }
     CoursesStore store;
     EXPECT_EQ(names(store), (QStringList{QStringLiteral("New Course"), QStringLiteral("  "), QStringLiteral("New Course"),
-                                         QStringLiteral("Math"), QStringLiteral("  Calculus"), QStringLiteral("Math")}));
+                                                       QStringLiteral("Math"), QStringLiteral("  Calculus"), QStringLiteral("Math")}));
     // Adding a textbook to the second unnamed course adds exactly one record.
     const int row = store.addTextbook(2);
     ASSERT_GE(row, 0);
@@ -233,13 +152,13 @@ TEST_F(CoursesStoreTest, NamingANewCourseOrTextbookRenamesNoAssignment)
 {
     const QVariantList assignments{
         QVariantMap{{QStringLiteral("Name"), QStringLiteral("a")}, {QStringLiteral("Course"), QStringLiteral("Math")},
-                    {QStringLiteral("Textbook"), QString()}},
+                                  {QStringLiteral("Textbook"), QString()}},
         QVariantMap{{QStringLiteral("Name"), QStringLiteral("b")}, {QStringLiteral("Course"), QStringLiteral("Art")},
-                    {QStringLiteral("Textbook"), QString()}},
+                                  {QStringLiteral("Textbook"), QString()}},
         QVariantMap{{QStringLiteral("Name"), QStringLiteral("c")}, {QStringLiteral("Course"), QString()}}};
     ASSERT_TRUE(AssignmentStore::writeFile(Paths::assignmentsFile(), assignments));
     const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
-    writeCombined({course(QStringLiteral("Math"))});
+    write(Paths::coursesFile(), {course(QStringLiteral("Math"))});
     CoursesStore store;
     const int textbookRow = store.addTextbook(0);
     store.originalTextbook = store.recordAt(textbookRow).value(CourseKeys::Name).toString();
@@ -264,15 +183,15 @@ TEST_F(CoursesStoreTest, NamingANewCourseOrTextbookRenamesNoAssignment)
 
 TEST_F(CoursesStoreTest, AFileReplacedSinceItWasReadIsReloadedBeforeAnyChangeIsWritten)
 {
-    writeCombined({course(QStringLiteral("Old")), textbook(QStringLiteral("Old Book"), QStringLiteral("Old")),
-                   course(QStringLiteral("Math"))});
+    write(Paths::coursesFile(), {course(QStringLiteral("Old")), textbook(QStringLiteral("Old Book"), QStringLiteral("Old")),
+                                 course(QStringLiteral("Math"))});
     CoursesStore store;
     QVariantMap general = UserDefaults().dictionary(PreferenceKeys::General);
     general.insert(PreferenceKeys::GeneralKeys::DisplayWarningMessages, false);
     UserDefaults().set(PreferenceKeys::General, general);
 
     // Everything deleted from elsewhere: a new course joins the empty list.
-    writeCombined({});
+    write(Paths::coursesFile(), {});
     EXPECT_EQ(store.addCourse(), 0);
     EXPECT_EQ(names(store), QStringList{QStringLiteral("New Course")});
     EXPECT_EQ(PropertyList::readFile(Paths::coursesFile())->toList(), store.getCombined());
@@ -280,7 +199,7 @@ TEST_F(CoursesStoreTest, AFileReplacedSinceItWasReadIsReloadedBeforeAnyChangeIsW
     // Replaced by an import: an edit of a course that is still there lands on the imported record.
     QVariantMap unnamed = course(QString());
     unnamed.insert(CourseKeys::DisplayName, CourseKeys::NewCourse);
-    writeCombined({course(QStringLiteral("Art")), unnamed});
+    write(Paths::coursesFile(), {course(QStringLiteral("Art")), unnamed});
     CoursesStore::CourseForm form;
     form.fields[0] = QStringLiteral("4 units");
     ASSERT_GE(store.editCourse(0, form, false), 0);
@@ -290,7 +209,7 @@ TEST_F(CoursesStoreTest, AFileReplacedSinceItWasReadIsReloadedBeforeAnyChangeIsW
     EXPECT_EQ(afterEdit[1].toMap().value(CourseKeys::field(1)).toString(), QStringLiteral("4 units"));
 
     // Deleting a row whose record has gone deletes nothing else.
-    writeCombined({course(QStringLiteral("Art")), course(QStringLiteral("Music"))});
+    write(Paths::coursesFile(), {course(QStringLiteral("Art")), course(QStringLiteral("Music"))});
     store.deleteCourseOrTextbook(1);
     const QVariantList afterDelete = PropertyList::readFile(Paths::coursesFile())->toList();
     EXPECT_EQ(afterDelete, (QVariantList{course(QStringLiteral("Art")), course(QStringLiteral("Music"))}));

@@ -6,13 +6,8 @@
 #include <QDir>
 #include <gtest/gtest.h>
 
-TEST(Hashing, KnownDigestsOfBytesAndText)
+TEST(Hashing, TextIsHashedAsUtf8)
 {
-    EXPECT_EQ(Hashing::md5Hex(QByteArray()), QStringLiteral("d41d8cd98f00b204e9800998ecf8427e"));
-    EXPECT_EQ(Hashing::md5HexOfText(QStringLiteral("password")), QStringLiteral("5f4dcc3b5aa765d61d8327deb882cf99"));
-    EXPECT_EQ(Hashing::sha1HexOfText(QStringLiteral("abc")), QStringLiteral("a9993e364706816aba3e25717850c26c9cd0d89d"));
-    EXPECT_EQ(Hashing::md5(QByteArrayLiteral("abc")).size(), 16);
-    EXPECT_EQ(Hashing::sha1(QByteArrayLiteral("abc")).size(), 20);
     // Text is hashed as its UTF-8 bytes, not a lossy 8-bit form.
     EXPECT_EQ(Hashing::md5HexOfText(QStringLiteral("Grüße")), Hashing::md5Hex(QStringLiteral("Grüße").toUtf8()));
     EXPECT_NE(Hashing::md5HexOfText(QStringLiteral("Grüße")), Hashing::md5Hex(QStringLiteral("Grüße").toLatin1()));

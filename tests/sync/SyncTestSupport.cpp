@@ -4,7 +4,6 @@
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "support/TestEnvironment.h"
-#include "sync/SyncArchive.h"
 #include "sync/Syncing.h"
 #include "sync/SyncingKeys.h"
 
@@ -13,44 +12,11 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-namespace {
-
-class KeyringEnvironment : public testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        QString error;
-        if (!sharedKeyring().start(&error))
-            ADD_FAILURE() << "private keyring: " << error.toStdString();
-    }
-    void TearDown() override { sharedKeyring().stop(); }
-};
-
-// Registered before main() runs the tests, so the bus exists before anything connects to one.
-const auto *g_keyringEnvironment = testing::AddGlobalTestEnvironment(new KeyringEnvironment);
-
-void clearTemporaryPaths()
-{
-    SyncArchive::removeArchive();
-    SyncArchive::removeUnpackFolder();
-    QDir(SyncArchive::StagingFolder).removeRecursively();
-}
-
-} // namespace
-
-LocalServers::PrivateKeyring &sharedKeyring()
-{
-    static LocalServers::PrivateKeyring keyring;
-    return keyring;
-}
-
 void SyncTest::SetUp()
 {
-    m_lock = std::make_unique<QLockFile>(QStringLiteral("/tmp/quillory-sync-tests.lock"));
-    m_lock->setStaleLockTime(0);
-    ASSERT_TRUE(m_lock->lock());
-    clearTemporaryPaths();
+    m_paths.take();
+    if (HasFatalFailure())
+        return;
     UserDefaults::dropCaches();
     Syncing::setProgressPresenter({[this](const QString &title) { m_sheet << QStringLiteral("show:") + title; },
                                    [this] { m_sheet << QStringLiteral("hide"); }});
@@ -65,8 +31,7 @@ void SyncTest::TearDown()
     Syncing::setProgressPresenter({});
     Syncing::setQuitHandler({});
     Syncing::setNoticePresenter({});
-    clearTemporaryPaths();
-    m_lock.reset();
+    m_paths.release();
 }
 
 void SyncTest::writeSettings(const QVariantMap &settings)

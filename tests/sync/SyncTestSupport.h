@@ -1,9 +1,8 @@
 #pragma once
 
-#include "support/LocalServers.h"
+#include "support/SyncSandbox.h"
 
 #include <QByteArray>
-#include <QLockFile>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -19,8 +18,8 @@ inline void PrintTo(const QString &text, std::ostream *out)
     *out << '"' << text.toStdString() << '"';
 }
 
-// The engine works on fixed paths below /tmp; every sync test holds this lock so that two runs of
-// the suite on one computer never share them.
+// The engine driven in-process, with its fixed paths below /tmp held for the test and its sheets and
+// notices recorded instead of shown.
 class SyncTest : public testing::Test
 {
 protected:
@@ -42,9 +41,6 @@ protected:
     static QString dataFolder();
 
 private:
-    std::unique_ptr<QLockFile> m_lock;
+    SyncSandbox::PathsLock m_paths;
     std::unique_ptr<class QTemporaryDir> m_secondHome;
 };
-
-// The Secret Service of this test program, started once on a private bus.
-LocalServers::PrivateKeyring &sharedKeyring();

@@ -24,8 +24,9 @@
 
 namespace {
 
-const QString FtpUser = QStringLiteral("student");
-const QString FtpPassword = QStringLiteral("ftp secret");
+using SyncSandbox::setFtpPassword;
+using SyncSandbox::FtpPassword;
+using SyncSandbox::FtpUser;
 const QString Problem = QStringLiteral("There was a problem syncing your data:\n");
 
 // The user's own FTP server, with the password in the keychain as "Internet Password".
@@ -38,7 +39,7 @@ protected:
         ASSERT_TRUE(sharedKeyring().isRunning());
         QString error;
         ASSERT_TRUE(m_server.start(m_root.path(), FtpUser, FtpPassword, &error)) << error.toStdString();
-        setKeychainPassword(FtpPassword);
+        setFtpPassword(FtpPassword);
     }
     void TearDown() override
     {
@@ -46,22 +47,7 @@ protected:
         m_server.stop();
         SyncTest::TearDown();
     }
-    static void setKeychainPassword(const QString &password)
-    {
-        const auto &item = AGKeychain::InternetPasswordItem;
-        const auto &kind = AGKeychain::QuilloryKind;
-        if (AGKeychain::checkForExistanceOfKeychainItem(item, kind, FtpUser))
-            ASSERT_TRUE(AGKeychain::modifyKeychainItem(item, kind, FtpUser, password));
-        else
-            ASSERT_TRUE(AGKeychain::addKeychainItem(item, kind, FtpUser, password));
-    }
-    QVariantMap ftpSettings(const QString &path) const
-    {
-        return {{SyncingKeys::Method, qint64(SyncingKeys::FTPServerMethod)},
-                {SyncingKeys::FTPName, FtpUser},
-                {SyncingKeys::FTPServer, m_server.hostAndPort()},
-                {SyncingKeys::FTPPath, path}};
-    }
+    QVariantMap ftpSettings(const QString &path) const { return SyncSandbox::ftpSettings(m_server.hostAndPort(), path); }
     QString remote(const QString &relative) const { return m_root.filePath(relative); }
     // A large attachment, so that each transfer lasts long enough to be watched and overlapped.
     static void writeLargeAttachment()
@@ -111,24 +97,6 @@ TEST_F(FtpSyncTest, RoundTripBetweenTwoHomesThroughAFolderWithBlanks)
     }
 }
 
-TEST_F(FtpSyncTest, UrlsAreJoinedVerbatim)
-{
-    const QString host = m_server.hostAndPort();
-    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QStringLiteral("/planner/")), false), QStringLiteral("ftp://") + host + QStringLiteral("/planner/"));
-    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QStringLiteral("/planner/")), true),
-              QStringLiteral("ftp://") + host + QStringLiteral("/planner/Quillory.tar"));
-    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QString()), false), QStringLiteral("ftp://") + host);
-    EXPECT_EQ(Syncing::ftpUrl(ftpSettings(QString()), true), QStringLiteral("ftp://") + host + QStringLiteral("Quillory.tar"));
-    Syncing engine;
-    EXPECT_EQ(engine.uploadArguments(QStringLiteral("ftp://h/")),
-              (QStringList{QStringLiteral("-K"), QStringLiteral("-"), QStringLiteral("ftp://h/"), QStringLiteral("-T"),
-                           QStringLiteral("/tmp/Quillory.tar")}));
-    EXPECT_EQ(engine.downloadArguments(QStringLiteral("ftp://h/Quillory.tar")),
-              (QStringList{QStringLiteral("-K"), QStringLiteral("-"), QStringLiteral("ftp://h/Quillory.tar"),
-                           QStringLiteral("-o"), QStringLiteral("/tmp/Quillory.tar")}));
-    EXPECT_EQ(Syncing::curlConfig(QStringLiteral("me:a \"b\" \\c\nd")), QByteArray("user = \"me:a \\\"b\\\" \\\\c\\nd\"\n"));
-}
-
 TEST_F(FtpSyncTest, EmptyPathUploadsToTheTopAndItsDownloadFailsWithoutTouchingData)
 {
     writeSampleData(QStringLiteral("local"));
@@ -171,7 +139,7 @@ TEST_F(FtpSyncTest, FailedTransfersShowCurlsMessageAndLeaveLocalDataAlone)
     for (const Case &oneCase : cases) {
         SCOPED_TRACE(oneCase.what);
         writeSettings(oneCase.settings);
-        setKeychainPassword(oneCase.password);
+        setFtpPassword(oneCase.password);
         Alerts::queueAnswer(Syncing::ContinueButton);
         engine.downloadData();
         auto asked = Alerts::takeAsked();
@@ -187,7 +155,7 @@ TEST_F(FtpSyncTest, FailedTransfersShowCurlsMessageAndLeaveLocalDataAlone)
     }
     // Uploads fail the same way (the wrong password).
     writeSettings(ftpSettings(QStringLiteral("/planner/")));
-    setKeychainPassword(QStringLiteral("wrong"));
+    setFtpPassword(QStringLiteral("wrong"));
     engine.uploadData();
     const auto asked = Alerts::takeAsked();
     ASSERT_EQ(asked.size(), 1);
@@ -225,7 +193,7 @@ TEST_F(FtpSyncTest, ToolbarUploadRunsOnItsOwnThread)
     EXPECT_TRUE(QFileInfo::exists(remote(QStringLiteral("planner/Quillory.tar"))));
 
     // A failure's alert is handed to the interface thread while the worker waits for the answer.
-    setKeychainPassword(QStringLiteral("wrong"));
+    setFtpPassword(QStringLiteral("wrong"));
     Alerts::queueAnswer(Syncing::ContinueButton);
     engine.syncData();
     ASSERT_TRUE(finished.wait(30000));
@@ -276,7 +244,7 @@ TEST_F(FtpSyncTest, ThePasswordNeverAppearsOnACommandLineAndAnyPasswordLogsIn)
     QString error;
     ASSERT_TRUE(server.start(root.path(), FtpUser, password, &error)) << error.toStdString();
     QDir(root.path()).mkpath(QStringLiteral("planner"));
-    setKeychainPassword(password);
+    setFtpPassword(password);
     writeSampleData(QStringLiteral("first computer"));
     writeLargeAttachment();
     QVariantMap settings = ftpSettings(QStringLiteral("/planner/"));

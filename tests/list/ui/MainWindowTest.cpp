@@ -18,14 +18,6 @@ using Command = MainMenus::Command;
 
 namespace {
 
-QVariantMap storedRecord(const QString &name)
-{
-    for (const QVariant &value : readStore())
-        if (value.toMap().value("Name").toString() == name)
-            return value.toMap();
-    return {};
-}
-
 void pressReturn(QWidget *field)
 {
     field->setFocus();
@@ -59,7 +51,7 @@ TEST(MainWindow, AddingUnderCompleteAndACourseMakesACompletedRecordOfThatCourseR
     EXPECT_TRUE(w.form()->nameField->hasFocus());
     QTest::keyClicks(w.form()->nameField, "Quiz");
     QTest::keyClick(w.form()->nameField, Qt::Key_Return);
-    EXPECT_EQ(storedRecord("Quiz").value("Course").toString(), "Biology");
+    EXPECT_EQ(storedNamed("Quiz").value("Course").toString(), "Biology");
 }
 
 TEST(MainWindow, EmptyingTheGradeRemovesTheKeyAndLeavingAnUnchangedFieldWritesNothing)
@@ -70,11 +62,11 @@ TEST(MainWindow, EmptyingTheGradeRemovesTheKeyAndLeavingAnUnchangedFieldWritesNo
     w.select("Essay");
     ASSERT_EQ(w.form()->gradeField->text(), "A-");
     pressReturn(w.form()->nameField);
-    EXPECT_EQ(storedRecord("Essay").value("Date Updated").toString(), stored(2026, 1, 1));
+    EXPECT_EQ(storedNamed("Essay").value("Date Updated").toString(), stored(2026, 1, 1));
 
     w.form()->gradeField->clear();
     pressReturn(w.form()->gradeField);
-    const QVariantMap after = storedRecord("Essay");
+    const QVariantMap after = storedNamed("Essay");
     EXPECT_FALSE(after.contains("Grade"));
     EXPECT_NE(after.value("Date Updated").toString(), stored(2026, 1, 1));
     // The row stays selected and the field keeps the keyboard.
@@ -97,7 +89,7 @@ TEST(MainWindow, AProjectsCourseChangeReachesItsSubprojectsAndTheSubprojectsTabE
     w.form()->courseField->setEditText("Chemistry");
     pressReturn(w.form()->courseField->lineEdit());
     for (const QString name : {"Outline", "Draft"}) {
-        const QVariantMap sub = storedRecord(name);
+        const QVariantMap sub = storedNamed(name);
         EXPECT_EQ(sub.value("Course").toString(), "Chemistry") << name.toStdString();
         EXPECT_EQ(sub.value("Textbook").toString(), "Atkins") << name.toStdString();
         EXPECT_FALSE(sub.contains("File"));
@@ -111,14 +103,14 @@ TEST(MainWindow, AProjectsCourseChangeReachesItsSubprojectsAndTheSubprojectsTabE
     const QModelIndex name = subprojects->index(0, 1);
     const QString before = name.data().toString();
     subprojects->setData(name, "Renamed");
-    EXPECT_FALSE(storedRecord("Renamed").isEmpty());
-    EXPECT_TRUE(storedRecord(before).isEmpty());
+    EXPECT_FALSE(storedNamed("Renamed").isEmpty());
+    EXPECT_TRUE(storedNamed(before).isEmpty());
     int renamed = 0;
     while (renamed < subprojects->rowCount() && subprojects->index(renamed, 1).data().toString() != "Renamed")
         ++renamed;
     ASSERT_LT(renamed, subprojects->rowCount());
     subprojects->setData(subprojects->index(renamed, 0), Qt::Checked, Qt::CheckStateRole);
-    EXPECT_TRUE(storedRecord("Renamed").value("Completed").toBool());
+    EXPECT_TRUE(storedNamed("Renamed").value("Completed").toBool());
 
     // An ordinary assignment offers no Subprojects tab.
     writeStore({record("Plain")});
@@ -263,7 +255,7 @@ TEST(MainWindow, HeaderClicksSortWithTheArrowAndTheImageColumnsDoNotSort)
     EXPECT_FALSE(w.controller()->tableModel()->index(w.rowOf("b"), notes).data(AssignmentTableModel::ImageNameRole).isValid());
     w.select("c");
     QTest::keyClick(w.table(), Qt::Key_Space);
-    EXPECT_TRUE(storedRecord("c").value("Completed").toBool());
+    EXPECT_TRUE(storedNamed("c").value("Completed").toBool());
 }
 
 TEST(MainWindow, ResizedAndDraggedColumnsAreKeptAcrossARestart)
@@ -392,9 +384,9 @@ TEST(MainWindow, TheDateEditorsTodayButtonStepperAndPullDownsChangeTheDueDate)
     w.select("Essay");
     DateEditor *date = w.form()->dateEditor;
     date->upButton()->click();
-    EXPECT_EQ(storedRecord("Essay").value("Date").toString(), stored(2026, 12, 1));
+    EXPECT_EQ(storedNamed("Essay").value("Date").toString(), stored(2026, 12, 1));
     date->todayButton()->click();
-    EXPECT_TRUE(storedRecord("Essay").value("Date").toString().startsWith("2026-11-22"));
+    EXPECT_TRUE(storedNamed("Essay").value("Date").toString().startsWith("2026-11-22"));
 
     setGeneral(PreferenceKeys::GeneralKeys::DateEntryFormat, 1);
     w.controller()->clearSelection();
@@ -403,7 +395,7 @@ TEST(MainWindow, TheDateEditorsTodayButtonStepperAndPullDownsChangeTheDueDate)
     EXPECT_EQ(date->monthTitle(), "Nov");
     date->monthMenu()->setCurrentIndex(date->monthMenu()->findText("Feb"));
     Q_EMIT date->monthMenu()->activated(date->monthMenu()->currentIndex());
-    EXPECT_TRUE(storedRecord("Essay").value("Date").toString().startsWith("2026-02-22"));
+    EXPECT_TRUE(storedNamed("Essay").value("Date").toString().startsWith("2026-02-22"));
     EXPECT_EQ(date->dayMenu()->count(), 28);
 }
 

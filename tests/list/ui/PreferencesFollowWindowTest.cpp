@@ -4,60 +4,25 @@
 #include "store/ui/AssignmentWindowPane.h"
 #include "store/ui/ColorWell.h"
 #include "store/ui/PreferencesWindow.h"
+#include "support/ScreenChecks.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScreen>
 
 // The main window left open beside the preferences window: what the panes change shows in the list
 // at once, without the main window being activated again.
 using namespace ListTest;
 using namespace WindowTest;
+using namespace ScreenChecks;
 
 namespace
 {
 
-// What the window system shows of `widget` now: the pixels last painted, not a fresh rendering.
-QImage onScreen(QWidget *widget)
-{
-    QWidget *top = widget->window();
-    const QImage shot = top->screen()->grabWindow(top->winId()).toImage();
-    return shot.copy(QRect(widget->mapTo(top, QPoint(0, 0)), widget->size()));
-}
-
-bool hasPixelNear(const QImage &image, const QRect &area, const QColor &colour, int tolerance = 40)
-{
-    const QRect inside = area.intersected(image.rect());
-    for (int y = inside.top(); y <= inside.bottom(); ++y)
-        for (int x = inside.left(); x <= inside.right(); ++x) {
-            const QColor pixel = image.pixelColor(x, y);
-            if (std::abs(pixel.red() - colour.red()) <= tolerance
-                && std::abs(pixel.green() - colour.green()) <= tolerance
-                && std::abs(pixel.blue() - colour.blue()) <= tolerance)
-                return true;
-        }
-    return false;
-}
-
 void settle()
 {
     QTest::qWait(300);
-}
-
-// Lets the event loop run until `condition` holds, for at most two seconds.
-template <typename Condition> bool eventually(Condition condition)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > 2000)
-            return false;
-        QTest::qWait(20);
-    }
-    return true;
 }
 
 struct TwoDueDates {
@@ -101,7 +66,7 @@ TEST(PreferencesFollowWindow, ColoursDateFormatAndDayBandsShowInTheOpenListAtOnc
     ASSERT_EQ(w.shown(), (QStringList { "Essay", "Lab" }));
     const AssignmentRef essay = w.controller()->displayAssignments().at(0);
     QWidget *cells = w.table()->viewport();
-    ASSERT_TRUE(eventually([&] { return !onScreen(cells).isNull(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !onScreen(cells).isNull(); }, 2000));
     const QColor blue(0, 0, 255);
     const QColor band = QColor::fromRgbF(237 / 255.0f, 243 / 255.0f, 254 / 255.0f);
     EXPECT_FALSE(hasPixelNear(onScreen(cells), rowRect(w, 0), blue));
@@ -122,7 +87,7 @@ TEST(PreferencesFollowWindow, ColoursDateFormatAndDayBandsShowInTheOpenListAtOnc
     // from here on only the change itself can make it draw again.
     settle();
     pane->well(PreferenceKeys::ColorKeys::DueToday)->chooseColor(blue);
-    EXPECT_TRUE(eventually([&] { return hasPixelNear(onScreen(cells), cellRect(w, 0, ColumnCatalogue::Name), blue); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return hasPixelNear(onScreen(cells), cellRect(w, 0, ColumnCatalogue::Name), blue); }, 2000));
     EXPECT_TRUE(hasPixelNear(onScreen(cells), cellRect(w, 0, ColumnCatalogue::Date), blue));
     EXPECT_FALSE(hasPixelNear(onScreen(cells), rowRect(w, 1), blue));
 
@@ -139,10 +104,10 @@ TEST(PreferencesFollowWindow, ColoursDateFormatAndDayBandsShowInTheOpenListAtOnc
     EXPECT_EQ(w.controller()->tableModel()->cellText(1, ColumnCatalogue::Date).toString(), QStringLiteral("11/28/26"));
     // The pixels on screen are those of the new text: they match a fresh drawing of the cell and
     // no longer the long format's.
-    EXPECT_TRUE(eventually([&] {
+    EXPECT_TRUE(QTest::qWaitFor([&] {
         const QRect cell = cellRect(w, 1, ColumnCatalogue::Date);
         return onScreen(cells).copy(cell) == cells->grab(cell).toImage().convertToFormat(longDates.format());
-    }));
+    }, 2000));
     EXPECT_NE(onScreen(cells).copy(cellRect(w, 1, ColumnCatalogue::Date)), longDates);
 
     auto *bands = preferences.currentView()->findChild<QCheckBox *>(QStringLiteral("alternateRowColors"));
@@ -150,7 +115,7 @@ TEST(PreferencesFollowWindow, ColoursDateFormatAndDayBandsShowInTheOpenListAtOnc
     QTest::mouseClick(bands, Qt::LeftButton, {}, QPoint(8, bands->height() / 2));
     ASSERT_TRUE(bands->isChecked());
     // The first day is left plain, the second day banded.
-    EXPECT_TRUE(eventually([&] { return hasPixelNear(onScreen(cells), rowRect(w, 1), band, 2); }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return hasPixelNear(onScreen(cells), rowRect(w, 1), band, 2); }, 2000));
     EXPECT_FALSE(hasPixelNear(onScreen(cells), rowRect(w, 0), band, 2));
 
     // Only the drawing changed: the list still holds the records it loaded.
@@ -172,7 +137,7 @@ TEST(PreferencesFollowWindow, LabelsAndColumnsFromThePanesReachTheOpenWindow)
     auto *daysLeft = preferences.currentView()->findChild<QCheckBox *>(QStringLiteral("columnDaysLeft"));
     ASSERT_NE(daysLeft, nullptr);
     QTest::mouseClick(daysLeft, Qt::LeftButton, {}, QPoint(8, daysLeft->height() / 2));
-    EXPECT_TRUE(eventually([&] { return columnOf(w.controller(), ColumnCatalogue::DaysLeft) >= 0; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return columnOf(w.controller(), ColumnCatalogue::DaysLeft) >= 0; }, 2000));
     EXPECT_EQ(w.controller()->tableModel()->cellText(1, ColumnCatalogue::DaysLeft).toString(), QStringLiteral("6"));
 
     // A label typed in the Labels pane: the sidebar names the empty personal detail by it.

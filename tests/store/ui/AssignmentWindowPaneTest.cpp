@@ -1,4 +1,5 @@
 #include "TestEnvironment.h"
+#include "support/CourseRecords.h"
 
 #include "platform/ColorString.h"
 #include "platform/Paths.h"
@@ -25,24 +26,8 @@ QVariantMap entry(const QString &identifier, qint64 width)
     return {{QStringLiteral("Identifier"), identifier}, {QStringLiteral("Width"), width}};
 }
 
-QVariantMap course(const QString &name, const QStringList &types = {})
-{
-    QVariantMap record{{QStringLiteral("Name"), name}, {QStringLiteral("Display Name"), name},
-                       {QStringLiteral("Type"), QStringLiteral("Course")}};
-    if (!types.isEmpty())
-        record.insert(QStringLiteral("Types"), types);
-    return record;
-}
-
-class AssignmentWindowPaneTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        QDir().mkpath(Paths::dataFolder());
-        Preferences::setAllDefaults();
-    }
-};
+using CourseRecords::course;
+using AssignmentWindowPaneTest = CourseRecords::DataFolderTest;
 
 } // namespace
 
@@ -112,8 +97,8 @@ TEST_F(AssignmentWindowPaneTest, CategoryRowsFollowTheFormatUpToTwentyAndShareCo
     QVariantList combined;
     for (int i = 1; i <= 25; ++i)
         combined.append(course(QStringLiteral("Course %1").arg(i)));
-    combined[0] = course(QStringLiteral("Lab"), {QStringLiteral("Lab"), QStringLiteral("Quiz")});
-    combined[1] = course(QStringLiteral("Art"), {QStringLiteral("Quiz")});
+    combined[0] = course(QStringLiteral("Lab"), {{CourseKeys::Types, QStringList{QStringLiteral("Lab"), QStringLiteral("Quiz")}}});
+    combined[1] = course(QStringLiteral("Art"), {{CourseKeys::Types, QStringList{QStringLiteral("Quiz")}}});
     ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), combined));
     ASSERT_TRUE(PropertyList::writeFile(Paths::universalTypesFile(), QVariantList{QStringLiteral("Exam")}));
 

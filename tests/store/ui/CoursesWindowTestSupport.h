@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TestEnvironment.h"
-#include "../CourseRecords.h"
+#include "support/CourseRecords.h"
 
 #include "exchange/Backup.h"
 #include "platform/Alerts.h"
@@ -55,23 +55,11 @@ inline QVariantList fileArray(const QString &path)
     return root ? root->toList() : QVariantList{QStringLiteral("unreadable")};
 }
 
-inline QStringList displayNames(const QVariantList &combined)
-{
-    QStringList names;
-    for (const QVariant &record : combined)
-        names.append(record.toMap().value(CourseKeys::DisplayName).toString());
-    return names;
-}
+using CourseRecords::displayNames;
 
-class CoursesWindowTest : public testing::Test
+class CoursesWindowTest : public CourseRecords::DataFolderTest
 {
 protected:
-    void SetUp() override
-    {
-        QDir().mkpath(Paths::dataFolder());
-        Preferences::setAllDefaults();
-    }
-    void write(const QString &path, const QVariantList &array) { ASSERT_TRUE(PropertyList::writeFile(path, array)); }
     void open()
     {
         m_window = std::make_unique<CoursesAndTextbooks>();
@@ -111,13 +99,11 @@ protected:
         general.insert(PreferenceKeys::GeneralKeys::DisplayWarningMessages, on);
         UserDefaults().set(PreferenceKeys::General, general);
     }
+    // Types and ends the edit with Return.
     void typeInto(const QString &field, const QString &text)
     {
-        auto *edit = child<QLineEdit>(field);
-        edit->setFocus();
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-        QTest::keyClick(edit, Qt::Key_Return);
+        typeWithoutEnding(field, text);
+        QTest::keyClick(child<QLineEdit>(field), Qt::Key_Return);
     }
 
     std::unique_ptr<CoursesAndTextbooks> m_window;

@@ -1,4 +1,5 @@
 #include "TestEnvironment.h"
+#include "support/CourseRecords.h"
 
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -26,21 +27,11 @@ class GeneralPaneTest : public testing::Test
 {
 protected:
     void SetUp() override { Preferences::setAllDefaults(); }
-    template<typename W>
-    W *child(const QString &name)
-    {
-        W *widget = m_pane.findChild<W *>(name);
-        EXPECT_NE(widget, nullptr) << name.toStdString();
-        return widget;
-    }
     static QVariantMap general() { return UserDefaults().dictionary(General); }
-
-    GeneralPane m_pane;
 };
 
 } // namespace
 
-// The pane is made before SetUp writes the defaults, so these tests make their own where it matters.
 TEST_F(GeneralPaneTest, SavingOnAnyChangeDropsSuperfluousVisualEffectsAndWritesTheUpdateCheck)
 {
     GeneralPane pane;
@@ -158,9 +149,7 @@ TEST_F(GeneralPaneTest, DeleteAllDataAsksThenLeavesThreeEmptyArraysAndThePrefere
 {
     QDir().mkpath(Paths::dataFolder());
     const QVariantList assignments{QVariantMap{{QStringLiteral("Name"), QStringLiteral("Essay")}}};
-    const QVariantList courses{QVariantMap{{QStringLiteral("Name"), QStringLiteral("Math")},
-                                           {QStringLiteral("Display Name"), QStringLiteral("Math")},
-                                           {QStringLiteral("Type"), QStringLiteral("Course")}}};
+    const QVariantList courses{CourseRecords::course(QStringLiteral("Math"))};
     ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), assignments));
     ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), courses));
     ASSERT_TRUE(PropertyList::writeFile(Paths::universalTypesFile(), QVariantList{QStringLiteral("Exam")}));

@@ -1,4 +1,5 @@
 #include "TestEnvironment.h"
+#include "support/CourseRecords.h"
 
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
@@ -110,9 +111,7 @@ TEST_F(PreferencesWindowTest, TheWindowFollowsTheNumberOfColourRows)
 {
     QVariantList combined;
     for (int i = 1; i <= 12; ++i)
-        combined.append(QVariantMap{{QStringLiteral("Name"), QString::number(i)},
-                                    {QStringLiteral("Display Name"), QString::number(i)},
-                                    {QStringLiteral("Type"), QStringLiteral("Course")}});
+        combined.append(CourseRecords::course(QString::number(i)));
     QDir().mkpath(Paths::dataFolder());
     ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), combined));
     auto window = open();
@@ -195,10 +194,7 @@ TEST_F(PreferencesWindowTest, HostsARegisteredSyncingPaneWithoutOwningIt)
 
 TEST_F(PreferencesWindowTest, ColourRowsFollowTheCoursesWhenTheWindowComesToTheFrontAndStaleRowsWriteNothing)
 {
-    const auto course = [](const QString &name) {
-        return QVariantMap{{QStringLiteral("Name"), name}, {QStringLiteral("Display Name"), name},
-                           {QStringLiteral("Type"), QStringLiteral("Course")}};
-    };
+    using CourseRecords::course;
     QDir().mkpath(Paths::dataFolder());
     ASSERT_TRUE(PropertyList::writeFile(Paths::coursesFile(), QVariantList{course(QStringLiteral("Math"))}));
     UserDefaults().set(PreferenceKeys::ColorFormat, qint64(1));
