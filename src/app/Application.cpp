@@ -6,6 +6,7 @@
 #include "platform/Alerts.h"
 #include "sync/Syncing.h"
 #include "sync/ui/SyncProgressSheet.h"
+#include "sync/ui/SyncingPrefs.h"
 #include "widgets/DialogPresenters.h"
 
 #include <QApplication>
@@ -33,6 +34,8 @@ int Application::run()
 {
     DialogPresenters::install();
     SyncProgressSheet::install();
+    // The preferences window hosts the syncing pane without knowing its class.
+    SyncingPrefs::registerWithPreferencesWindow();
     auto *signals_ = new QuitSignals(this);
     connect(signals_, &QuitSignals::quitRequested, this, [this](int signal) {
         qCInfo(lcApp) << "Quitting on signal" << signal;

@@ -11,19 +11,19 @@ const QList<Column> &all()
     using K = CellKind;
     namespace L = PreferenceKeys::LabelKeys;
     static const QList<Column> columns = {
-        {Completed, QString(), K::CheckBox, 20, 20, 20, {}},
-        {Name, QStringLiteral("Name"), K::Text, 50, 0, 100, {}},
-        {Date, QStringLiteral("Due Date"), K::Text, 50, 0, 100, {}},
-        {DaysLeft, QString(), K::Text, 30, 30, 30, {}},
-        {Course, QStringLiteral("Course"), K::Text, 50, 0, 100, L::Course},
-        {Textbook, QStringLiteral("Textbook"), K::Text, 50, 0, 100, L::Textbook},
-        {Type, QStringLiteral("Type"), K::Text, 50, 0, 100, L::Type},
-        {Grade, QStringLiteral("Grade"), K::Text, 50, 0, 100, L::Grade},
-        {Priority, QStringLiteral("Priority"), K::Text, 40, 40, 40, {}},
-        {Notes, QString(), K::Image, 20, 20, 20, {}},
-        {Contacts, QString(), K::Image, 20, 20, 20, {}},
-        {File, QString(), K::Image, 20, 20, 20, {}},
-        {Snapshot, QString(), K::Image, 20, 20, 20, {}},
+        {Completed, QString(), K::CheckBox, 20, 20, {}},
+        {Name, QStringLiteral("Name"), K::Text, 50, 0, {}},
+        {Date, QStringLiteral("Due Date"), K::Text, 50, 0, {}},
+        {DaysLeft, QString(), K::Text, 30, 30, {}},
+        {Course, QStringLiteral("Course"), K::Text, 50, 0, L::Course},
+        {Textbook, QStringLiteral("Textbook"), K::Text, 50, 0, L::Textbook},
+        {Type, QStringLiteral("Type"), K::Text, 50, 0, L::Type},
+        {Grade, QStringLiteral("Grade"), K::Text, 50, 0, L::Grade},
+        {Priority, QStringLiteral("Priority"), K::Text, 40, 40, {}},
+        {Notes, QString(), K::Image, 20, 20, {}},
+        {Contacts, QString(), K::Image, 20, 20, {}},
+        {File, QString(), K::Image, 20, 20, {}},
+        {Snapshot, QString(), K::Image, 20, 20, {}},
     };
     return columns;
 }

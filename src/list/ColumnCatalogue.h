@@ -1,10 +1,14 @@
 #pragma once
 
+#include "store/ColumnKeys.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
 
-// Every column the assignment table knows. The identifier is also the record key the column shows.
+// Every column the assignment table knows and how it looks. The identifiers, their order and first
+// widths are the stored preferences' (store/ColumnKeys); the identifier is also the record key the
+// column shows.
 namespace ColumnCatalogue {
 
 enum class CellKind { CheckBox, Text, Image };
@@ -15,26 +19,25 @@ struct Column {
     CellKind kind = CellKind::Text;
     int minimumWidth = 0;
     int maximumWidth = 0; // 0: no maximum
-    int initialWidth = 0;
     // The label key whose text replaces the header on every window refresh, or empty.
     QString labelKey;
 };
 
-inline const QString Completed = QStringLiteral("Completed");
-inline const QString Name = QStringLiteral("Name");
-inline const QString Date = QStringLiteral("Date");
-inline const QString DaysLeft = QStringLiteral("Days Left");
-inline const QString Course = QStringLiteral("Course");
-inline const QString Textbook = QStringLiteral("Textbook");
-inline const QString Type = QStringLiteral("Type");
-inline const QString Grade = QStringLiteral("Grade");
-inline const QString Priority = QStringLiteral("Priority");
-inline const QString Notes = QStringLiteral("Notes");
-inline const QString Contacts = QStringLiteral("Contacts");
-inline const QString File = QStringLiteral("File");
-inline const QString Snapshot = QStringLiteral("Snapshot");
+using ColumnKeys::Completed;
+using ColumnKeys::Name;
+using ColumnKeys::Date;
+using ColumnKeys::DaysLeft;
+using ColumnKeys::Course;
+using ColumnKeys::Textbook;
+using ColumnKeys::Type;
+using ColumnKeys::Grade;
+using ColumnKeys::Priority;
+using ColumnKeys::Notes;
+using ColumnKeys::Contacts;
+using ColumnKeys::File;
+using ColumnKeys::Snapshot;
 
-// In the order the catalogue lists them.
+// In the order of ColumnKeys::all().
 const QList<Column> &all();
 // nullptr for an identifier the catalogue lacks.
 const Column *find(const QString &identifier);

@@ -3,6 +3,7 @@
 #include "list/ColumnCatalogue.h"
 #include "list/ListLog.h"
 #include "platform/UserDefaults.h"
+#include "store/ColumnKeys.h"
 #include "store/PreferenceKeys.h"
 
 #include <QSet>
@@ -22,7 +23,7 @@ ColumnLayout ColumnLayout::initial()
     QList<Entry> entries;
     for (const QString &identifier :
          {ColumnCatalogue::Completed, ColumnCatalogue::Name, ColumnCatalogue::Date, ColumnCatalogue::Course})
-        entries.append({identifier, ColumnCatalogue::find(identifier)->initialWidth});
+        entries.append({identifier, ColumnKeys::initialWidth(identifier)});
     return ColumnLayout(entries);
 }
 
@@ -44,7 +45,8 @@ std::optional<ColumnLayout> ColumnLayout::fromPreferences(const QVariant &stored
         const QVariant width = entry.value(WidthKey);
         bool ok = false;
         const double points = width.toDouble(&ok);
-        entries.append({identifier, ok && std::isfinite(points) ? int(std::trunc(points)) : column->initialWidth});
+        entries.append(
+            {identifier, ok && std::isfinite(points) ? int(std::trunc(points)) : ColumnKeys::initialWidth(identifier)});
     }
     // The table keeps every column within its limits, whatever the list says.
     ColumnLayout layout(entries);

@@ -1,8 +1,8 @@
 #include "store/MainWindowSettings.h"
 
-#include "list/ColumnCatalogue.h"
 #include "platform/ColorString.h"
 #include "platform/UserDefaults.h"
+#include "store/ColumnKeys.h"
 #include "store/CoursesStore.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
@@ -22,19 +22,12 @@ const QString WidthKey = QStringLiteral("Width");
 
 const QStringList &columnIdentifiers()
 {
-    static const QStringList identifiers = [] {
-        QStringList all;
-        for (const ColumnCatalogue::Column &column : ColumnCatalogue::all())
-            all.append(column.identifier);
-        return all;
-    }();
-    return identifiers;
+    return ColumnKeys::all();
 }
 
 qint64 initialWidth(const QString &identifier)
 {
-    const ColumnCatalogue::Column *column = ColumnCatalogue::find(identifier);
-    return column ? column->initialWidth : 100;
+    return ColumnKeys::initialWidth(identifier);
 }
 
 QStringList shownColumns()

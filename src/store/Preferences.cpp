@@ -1,12 +1,12 @@
 #include "store/Preferences.h"
 
 #include "BuildInfo.h"
-#include "list/ColumnCatalogue.h"
 #include "platform/Alerts.h"
 #include "platform/ColorString.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
+#include "store/ColumnKeys.h"
 #include "store/GeneralSettings.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
@@ -57,8 +57,7 @@ const QString PreferencesErrorMessage = QStringLiteral(
 // Widths a column gets when an earlier version left none.
 qint64 initialWidth(const QString &identifier)
 {
-    const ColumnCatalogue::Column *column = ColumnCatalogue::find(identifier);
-    return column ? column->initialWidth : 100;
+    return ColumnKeys::initialWidth(identifier);
 }
 
 QVariantMap column(const QString &identifier, qint64 width)

@@ -1,8 +1,10 @@
 #include "ListTestSupport.h"
 
 #include "list/CellPresentation.h"
+#include "list/ColumnCatalogue.h"
 #include "list/ColumnLayout.h"
 #include "platform/ColorString.h"
+#include "store/ColumnKeys.h"
 
 #include <gtest/gtest.h>
 
@@ -140,4 +142,14 @@ TEST(ColumnLayout, SkipsUnknownAndRepeatedEntriesAndTruncatesWidths)
     EXPECT_EQ(saved[0].toMap().value("Width").typeId(), QMetaType::LongLong);
     EXPECT_EQ(saved[0].toMap().value("Width").toLongLong(), 87);
     EXPECT_EQ(saved[2].toMap().value("Identifier").toString(), "Priority");
+}
+
+// The preferences list the columns by identifier; the table draws them from its catalogue. A column
+// one of them lacks could be chosen in the Main Window pane but never drawn, or drawn but never chosen.
+TEST(ColumnCatalogue, DrawsEveryStoredColumnInTheStoredOrder)
+{
+    QStringList drawn;
+    for (const ColumnCatalogue::Column &column : ColumnCatalogue::all())
+        drawn.append(column.identifier);
+    EXPECT_EQ(drawn, ColumnKeys::all());
 }

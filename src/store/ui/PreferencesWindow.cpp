@@ -7,7 +7,6 @@
 #include "store/ui/LabelsPane.h"
 #include "store/ui/PersonalInfoPane.h"
 #include "store/ui/SyncingPaneHost.h"
-#include "sync/ui/SyncingPrefs.h"
 #include "widgets/Icons.h"
 
 #include <QAction>
@@ -33,9 +32,6 @@ PreferencesWindow::PreferencesWindow(QWidget *parent)
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(WindowTitle);
     setAccessibleName(WindowTitle);
-    // The syncing code's own pane, unless another one was registered in its place.
-    if (!SyncingPaneHost::isAvailable())
-        SyncingPrefs::registerWithPreferencesWindow();
     buildToolbar();
     setCentralWidget(new QWidget);
     resize(PaneWidth, 300);

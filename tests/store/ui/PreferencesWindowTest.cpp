@@ -151,6 +151,8 @@ TEST_F(PreferencesWindowTest, AnimatedResizeEndsAtThePaneHeightWithThePaneInPlac
 
 TEST_F(PreferencesWindowTest, ShowsTheSyncingPaneAtItsHeightAndGivesItBack)
 {
+    // As the program does at start-up.
+    SyncingPrefs::registerWithPreferencesWindow();
     auto window = open();
     ASSERT_TRUE(window->setTabView(QStringLiteral("Syncing")));
     ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isResizing(); }, 3000));
