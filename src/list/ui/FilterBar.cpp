@@ -31,16 +31,24 @@ FilterButton::FilterButton(const QString &title, QWidget *parent)
     setText(title);
     setFocusPolicy(Qt::TabFocus);
     setAccessibleName(title);
+    // Checkable only so that a screen reader says which button of a group is chosen; the bar's
+    // model decides that, never a click on its own.
+    setCheckable(true);
     setAttribute(Qt::WA_Hover);
 }
 
 void FilterButton::setOn(bool on)
 {
+    setChecked(on);
     if (m_on == on)
         return;
     m_on = on;
-    setAccessibleDescription(on ? tr("chosen") : QString());
     update();
+}
+
+void FilterButton::nextCheckState()
+{
+    // The click goes to the model, which answers through setOn().
 }
 
 int FilterButton::widthFor(const QString &title, const QFont &font)

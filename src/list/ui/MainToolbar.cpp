@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <QWidgetAction>
 
@@ -49,6 +50,10 @@ MainToolbar::MainToolbar(QWidget *parent)
     setFloatable(false);
     setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     setIconSize(QSize(32, 32));
+    // The button that opens the items a narrow window cannot show is the only one without an action.
+    for (auto *button : findChildren<QToolButton *>(Qt::FindDirectChildrenOnly))
+        if (!button->defaultAction())
+            button->setAccessibleName(tr("More toolbar items"));
 
     m_searchField = new QLineEdit;
     m_searchField->setObjectName(QStringLiteral("searchField"));
@@ -69,8 +74,13 @@ MainToolbar::MainToolbar(QWidget *parent)
     }
     QAction *scopeButton = m_searchField->addAction(Icons::themed(QStringLiteral("edit-find"), QStringLiteral("main-search")),
                                                     QLineEdit::LeadingPosition);
+    scopeButton->setText(tr("Choose what to search"));
     scopeButton->setToolTip(tr("Choose what to search"));
     scopeButton->setMenu(scopeMenu);
+    // The field draws its buttons from actions; a screen reader reads them by the action's text,
+    // which the clear button's own action does not carry.
+    for (auto *button : m_searchField->findChildren<QToolButton *>(Qt::FindDirectChildrenOnly))
+        button->setAccessibleName(button->defaultAction() == scopeButton ? scopeButton->text() : tr("Clear the search"));
     connect(scopeButton, &QAction::triggered, this, [this, scopeMenu] {
         scopeMenu->popup(m_searchField->mapToGlobal(QPoint(0, m_searchField->height())));
     });
