@@ -232,7 +232,10 @@ void FilterBar::rebuild()
         action->deleteLater();
     }
 
-    QWidget *previous = nullptr;
+    // New buttons take the bar's own place in the window's tab order (after the search field, before
+    // the list), not the end of the chain where new widgets go. The overflow button, made with the
+    // bar, holds that place: the buttons go in after it and it moves behind them.
+    QWidget *previous = m_overflowButton;
     const QList<FilterBarModel::Segment> &segments = m_model->segments();
     for (int segment = 0; segment < segments.size(); ++segment) {
         for (int position = 0; position < segments[segment].size(); ++position) {
@@ -245,8 +248,7 @@ void FilterBar::rebuild()
                 button->setOn(item.on);
                 connect(button, &QAbstractButton::clicked, this,
                         [this, segment, position] { m_model->performAction(segment, position); });
-                if (previous)
-                    setTabOrder(previous, button);
+                setTabOrder(previous, button);
                 previous = button;
                 button->show();
                 m_buttons.append(button);
@@ -280,12 +282,12 @@ void FilterBar::rebuild()
             }
         }
     }
+    if (previous != m_overflowButton)
+        setTabOrder(previous, m_overflowButton);
     if (m_model->hasOverflowMenu()) {
         m_overflowButton->move(m_model->overflowButtonX(), m_model->overflowButtonY());
         m_overflowButton->show();
         m_overflowButton->raise();
-        if (previous)
-            setTabOrder(previous, m_overflowButton);
     } else {
         m_overflowButton->hide();
     }

@@ -4,6 +4,7 @@
 #include "list/ui/FormatControl.h"
 #include "list/ui/ToolbarCustomizationPalette.h"
 #include "widgets/Icons.h"
+#include "widgets/ToolbarOverflow.h"
 
 #include <QActionGroup>
 #include <QContextMenuEvent>
@@ -50,10 +51,7 @@ MainToolbar::MainToolbar(QWidget *parent)
     setFloatable(false);
     setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     setIconSize(QSize(32, 32));
-    // The button that opens the items a narrow window cannot show is the only one without an action.
-    for (auto *button : findChildren<QToolButton *>(Qt::FindDirectChildrenOnly))
-        if (!button->defaultAction())
-            button->setAccessibleName(tr("More toolbar items"));
+    ToolbarOverflow::nameOverflowButton(this);
 
     m_searchField = new QLineEdit;
     m_searchField->setObjectName(QStringLiteral("searchField"));
