@@ -3,6 +3,7 @@
 #include "list/FilterBarModel.h"
 #include "platform/ColorString.h"
 #include "widgets/Icons.h"
+#include "widgets/ReadableColors.h"
 
 #include <QLabel>
 #include <QLinearGradient>
@@ -101,7 +102,9 @@ void FilterButton::paintEvent(QPaintEvent *)
             painter.setBrush(QColor(255, 255, 255, 50));
             painter.drawRoundedRect(frame, radius, radius);
         }
-        painter.setPen(QColor(0x2c, 0x34, 0x44));
+        // The bar behind is drawn dark on a dark scheme; the title is then the scheme's own light text.
+        painter.setPen(ReadableColors::isDark(palette()) ? palette().color(QPalette::Active, QPalette::WindowText)
+                                                         : QColor(0x2c, 0x34, 0x44));
     }
     painter.drawText(rect(), Qt::AlignCenter, text());
 }
@@ -187,10 +190,12 @@ void FilterBar::paintEvent(QPaintEvent *)
     const std::optional<QColor> bottom = ColorString::toColor(m_bottomColor);
     if (top && bottom) {
         // The gradient runs upward from the first colour at the bottom edge to the second at the top,
-        // so the strip looks lit from above and sunk below the toolbar.
+        // so the strip looks lit from above and sunk below the toolbar. On a dark scheme it is as dark
+        // as it is light otherwise, still lit from above.
+        const bool dark = ReadableColors::isDark(palette());
         QLinearGradient gradient(0, height(), 0, 0);
-        gradient.setColorAt(0, *top);
-        gradient.setColorAt(1, *bottom);
+        gradient.setColorAt(0, dark ? ReadableColors::mirrored(*bottom) : *top);
+        gradient.setColorAt(1, dark ? ReadableColors::mirrored(*top) : *bottom);
         painter.fillRect(rect(), gradient);
     }
     painter.setPen(Qt::black);
