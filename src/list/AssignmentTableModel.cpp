@@ -4,7 +4,6 @@
 #include "list/ColumnCatalogue.h"
 
 #include <QItemSelectionModel>
-#include <QLocale>
 #include <QTimer>
 
 AssignmentTableModel::AssignmentTableModel(QObject *parent)
@@ -169,25 +168,6 @@ bool AssignmentTableModel::isRowBanded(int row) const
     return bands()[size_t(row)];
 }
 
-namespace {
-// A screen reader reads a cell as the list shows it: dates and numbers in the user's locale, the way
-// the item delegate draws them, not as a machine-readable stamp.
-QString shownText(const QVariant &value)
-{
-    const QLocale locale;
-    switch (value.typeId()) {
-    case QMetaType::QDateTime:
-        return locale.toString(value.toDateTime(), QLocale::ShortFormat);
-    case QMetaType::QDate:
-        return locale.toString(value.toDate(), QLocale::ShortFormat);
-    case QMetaType::Double:
-        return locale.toString(value.toDouble());
-    default:
-        return value.toString();
-    }
-}
-} // namespace
-
 QVariant AssignmentTableModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
@@ -199,9 +179,10 @@ QVariant AssignmentTableModel::data(const QModelIndex &index, int role) const
         return cellText(index.row(), column);
     case Qt::AccessibleTextRole:
         // An image column shows only a picture when the record has the field; its name says so.
+        // Other cells are read as they are shown.
         if (ColumnCatalogue::isImageColumn(column))
             return record.has(column) ? column : QString();
-        return shownText(cellText(index.row(), column));
+        return {};
     case Qt::CheckStateRole:
         if (column == ColumnCatalogue::Completed)
             return record.isCompleted() ? Qt::Checked : Qt::Unchecked;
