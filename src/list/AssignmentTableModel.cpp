@@ -177,6 +177,12 @@ QVariant AssignmentTableModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return cellText(index.row(), column);
+    case Qt::AccessibleTextRole:
+        // An image column shows only a picture when the record has the field; its name says so.
+        // Other cells are read as they are shown.
+        if (ColumnCatalogue::isImageColumn(column))
+            return record.has(column) ? column : QString();
+        return {};
     case Qt::CheckStateRole:
         if (column == ColumnCatalogue::Completed)
             return record.isCompleted() ? Qt::Checked : Qt::Unchecked;
@@ -213,6 +219,11 @@ QVariant AssignmentTableModel::headerData(int section, Qt::Orientation orientati
     switch (role) {
     case Qt::DisplayRole:
         return ColumnCatalogue::headerText(identifier);
+    case Qt::AccessibleTextRole: {
+        // Columns headed by a picture (or nothing) are still named for a screen reader.
+        const QString text = ColumnCatalogue::headerText(identifier);
+        return text.isEmpty() ? identifier : text;
+    }
     case Qt::TextAlignmentRole:
         return int(Qt::AlignLeft | Qt::AlignVCenter);
     case ColumnIdentifierRole:

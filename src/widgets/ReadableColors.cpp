@@ -19,6 +19,10 @@ constexpr float MinimumBandStep = 0.05f;
 constexpr float BandSaturation = 0.25f;
 constexpr float LightnessStep = 0.02f;
 constexpr float GreySaturation = 0.1f;
+// How much further from a dark base a surface sits than the stored shade sits below white, and the
+// most it may: a surface stays a background.
+constexpr float SurfaceSpread = 1.5f;
+constexpr float SurfaceMaximumStep = 0.25f;
 } // namespace
 
 bool isDark(const QPalette &palette)
@@ -75,6 +79,31 @@ QColor band(const QColor &stored, const QColor &base)
     return QColor::fromHslF(hue < 0 ? 0 : hue, std::min(saturation, BandSaturation),
                             std::min(1.0f, baseLightness + step), alpha)
         .toRgb();
+}
+
+QColor surface(const QColor &stored, const QColor &base)
+{
+    if (!stored.isValid())
+        return stored;
+    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
+    stored.toHsl().getHslF(&hue, &saturation, &lightness, &alpha);
+    float baseHue = 0, baseSaturation = 0, baseLightness = 0, baseAlpha = 1;
+    base.toHsl().getHslF(&baseHue, &baseSaturation, &baseLightness, &baseAlpha);
+    const float step = std::min(SurfaceMaximumStep, (1.0f - lightness) * SurfaceSpread);
+    if (step <= 0.0f)
+        return QColor::fromHslF(baseHue < 0 ? 0 : baseHue, baseSaturation, baseLightness, alpha).toRgb();
+    return QColor::fromHslF(hue < 0 ? 0 : hue, std::min(saturation, BandSaturation), std::min(1.0f, baseLightness + step),
+                            alpha)
+        .toRgb();
+}
+
+QColor mirrored(const QColor &stored)
+{
+    if (!stored.isValid())
+        return stored;
+    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
+    stored.toHsl().getHslF(&hue, &saturation, &lightness, &alpha);
+    return QColor::fromHslF(hue < 0 ? 0 : hue, saturation, 1.0f - lightness, alpha).toRgb();
 }
 
 } // namespace ReadableColors

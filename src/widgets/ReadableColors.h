@@ -27,4 +27,13 @@ QColor text(const QColor &stored, const QColor &background);
 // stored band is a little darker than white with that hue.
 QColor band(const QColor &stored, const QColor &base);
 
+// A background chosen to sit on white (a calendar day, a pale list) on a dark base: white becomes the
+// base itself and each shade below white sits that much above it (a little more, so neighbouring
+// shades stay apart), in the stored hue.
+QColor surface(const QColor &stored, const QColor &base);
+
+// A light strip of its own (the filter bar's gradient) for a dark scheme: the same hue, as dark as
+// the stored colour was light.
+QColor mirrored(const QColor &stored);
+
 } // namespace ReadableColors

@@ -7,6 +7,7 @@
 #include "calendar/ui/CalendarDisplayCell.h"
 #include "platform/Clock.h"
 #include "platform/DateText.h"
+#include "widgets/ReadableColors.h"
 
 #include <QKeyEvent>
 #include <QLabel>
@@ -40,6 +41,7 @@ BVCalendarView::BVCalendarView(QWidget *parent)
         m_cells[number] = new BVCalendarDayCell(this, number);
     m_focusDate = CalendarGrid::dateWithoutTime(Clock::now());
     drawCalendar();
+    applyColourScheme();
 }
 
 BVCalendarView::~BVCalendarView()
@@ -66,9 +68,6 @@ void BVCalendarView::buildHeader()
         auto *button = new QPushButton(title, this);
         button->setObjectName(name);
         button->setFocusPolicy(Qt::TabFocus);
-        button->setStyleSheet(QStringLiteral("QPushButton { border: 1px solid #a8a8a8; background: #f6f6f6; "
-                                             "padding: 0px; font-size: 12px; }"
-                                             "QPushButton:pressed { background: #d8d8d8; }"));
         connect(button, &QPushButton::clicked, this, &BVCalendarView::navigationClicked);
         return button;
     };
@@ -288,16 +287,48 @@ void BVCalendarView::colorCells()
 {
     const QDate focus = CalendarGrid::dateKey(m_focusDate);
     const QDate today = CalendarGrid::dateKey(Clock::now());
-    for (BVCalendarDayCell *cell : m_cells)
-        cell->setBackground(CalendarGrid::cellColor(cell->date(), focus, today, m_currentView));
+    const bool dark = ReadableColors::isDark(palette());
+    const QColor base = palette().color(QPalette::Active, QPalette::Base);
+    for (BVCalendarDayCell *cell : m_cells) {
+        const QColor colour = CalendarGrid::cellColor(cell->date(), focus, today, m_currentView);
+        cell->setBackground(dark ? ReadableColors::surface(colour, base) : colour);
+    }
+}
+
+void BVCalendarView::applyColourScheme()
+{
+    const bool dark = ReadableColors::isDark(palette());
+    const QColor base = palette().color(QPalette::Active, QPalette::Base);
+    const QString face = dark ? ReadableColors::surface(QColor(0xf6, 0xf6, 0xf6), base).name() : QStringLiteral("#f6f6f6");
+    const QString pressed = dark ? ReadableColors::surface(QColor(0xd8, 0xd8, 0xd8), base).name() : QStringLiteral("#d8d8d8");
+    const QString border = dark ? QStringLiteral("#6a6a6a") : QStringLiteral("#a8a8a8");
+    const QString text = palette().color(QPalette::Active, QPalette::ButtonText).name();
+    const QString sheet = QStringLiteral("QPushButton { border: 1px solid %1; background: %2; color: %3; padding: 0px; "
+                                         "font-size: 12px; }"
+                                         "QPushButton:pressed { background: %4; }")
+                              .arg(border, face, text, pressed);
+    for (QPushButton *button : {m_leftButton, m_rightButton, m_todayButton})
+        if (button && button->styleSheet() != sheet)
+            button->setStyleSheet(sheet);
+    colorCells();
+    update();
+}
+
+void BVCalendarView::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    // The desktop's colour scheme changed (or the window moved to another): the page follows it.
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ApplicationPaletteChange)
+        applyColourScheme();
 }
 
 void BVCalendarView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::white);
+    const bool dark = ReadableColors::isDark(palette());
+    painter.fillRect(rect(), dark ? palette().color(QPalette::Base) : QColor(Qt::white));
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor::fromRgbF(0.3f, 0.3f, 0.3f, 1.0f), 0.5));
+    painter.setPen(QPen(dark ? QColor::fromRgbF(0.6f, 0.6f, 0.6f, 1.0f) : QColor::fromRgbF(0.3f, 0.3f, 0.3f, 1.0f), 0.5));
     painter.drawLine(QPointF(0, m_layout.lineY), QPointF(width(), m_layout.lineY));
 }
 

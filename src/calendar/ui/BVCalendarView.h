@@ -100,9 +100,12 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void buildHeader();
+    // The page's colours for the palette in use: white paper on a light scheme, the base on a dark one.
+    void applyColourScheme();
     void navigationClicked();
     void reloadCellFor(const QDate &date);
     // Moves the focus by whole days and puts the keyboard in the new day's cell.

@@ -3,6 +3,7 @@
 #include "calendar/ui/BVCalendarDayCell.h"
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarDisplayCell.h"
+#include "widgets/ReadableColors.h"
 
 #include <QPainter>
 
@@ -28,6 +29,9 @@ void DayCellItemDelegate::paint(QPainter *painter, const QStyleOptionViewItem &o
         m_cell->superView()->willDisplayCell(m_cell, display, index.row());
     if (!m_cell->isDayEnabled() && !display.selected)
         display.textColor = kDisabledText;
+    // The colours are chosen for a white page; on a dark one they are drawn lighter, in their hue.
+    if (!display.selected)
+        display.textColor = ReadableColors::text(display.textColor, m_cell->viewport()->palette().color(QPalette::Base));
 
     painter->save();
     if (display.selected)

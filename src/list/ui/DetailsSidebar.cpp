@@ -12,6 +12,7 @@
 #include "store/CoursesStore.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
+#include "widgets/ReadableColors.h"
 
 #include <QAbstractItemDelegate>
 #include <QApplication>
@@ -86,9 +87,7 @@ DetailsSidebar::DetailsSidebar(Controller *controller, QWidget *parent)
     }
     m_coursesBox->setObjectName(QStringLiteral("coursesBox"));
     m_coursesList->setObjectName(QStringLiteral("sidebarCoursesList"));
-    QPalette coursesPalette = m_coursesList->palette();
-    coursesPalette.setColor(QPalette::Base, CoursesBackground);
-    m_coursesList->setPalette(coursesPalette);
+    applyCoursesColours();
     m_coursesList->setSelectionMode(QAbstractItemView::NoSelection);
     auto *boxLayout = new QVBoxLayout(m_coursesBox);
     boxLayout->addWidget(m_coursesList);
@@ -447,4 +446,23 @@ void DetailsSidebar::applyLabelsAndInformation()
         }
         m_coursesList->addItem(item);
     }
+}
+
+void DetailsSidebar::applyCoursesColours()
+{
+    // The pale blue of the course list is chosen for a light scheme; on a dark one the list sits a
+    // little above the base in the same hue, and its text keeps the scheme's light colour.
+    const QColor base = palette().color(QPalette::Active, QPalette::Base);
+    QPalette coursesPalette = m_coursesList->palette();
+    coursesPalette.setColor(QPalette::Base, ReadableColors::isDark(palette())
+                                                ? ReadableColors::surface(CoursesBackground, base)
+                                                : CoursesBackground);
+    m_coursesList->setPalette(coursesPalette);
+}
+
+void DetailsSidebar::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::ApplicationPaletteChange)
+        applyCoursesColours();
 }

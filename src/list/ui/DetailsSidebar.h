@@ -52,9 +52,11 @@ public:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void applyFill();
+    void applyCoursesColours();
     void edit(SidebarEditing::Sender sender);
     void fillTypes(const QString &course);
     static void setChoices(class QComboBox *box, const QStringList &choices, const QString &text);

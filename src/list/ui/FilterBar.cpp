@@ -3,6 +3,7 @@
 #include "list/FilterBarModel.h"
 #include "platform/ColorString.h"
 #include "widgets/Icons.h"
+#include "widgets/ReadableColors.h"
 
 #include <QLabel>
 #include <QLinearGradient>
@@ -31,16 +32,24 @@ FilterButton::FilterButton(const QString &title, QWidget *parent)
     setText(title);
     setFocusPolicy(Qt::TabFocus);
     setAccessibleName(title);
+    // Checkable only so that a screen reader says which button of a group is chosen; the bar's
+    // model decides that, never a click on its own.
+    setCheckable(true);
     setAttribute(Qt::WA_Hover);
 }
 
 void FilterButton::setOn(bool on)
 {
+    setChecked(on);
     if (m_on == on)
         return;
     m_on = on;
-    setAccessibleDescription(on ? tr("chosen") : QString());
     update();
+}
+
+void FilterButton::nextCheckState()
+{
+    // The click goes to the model, which answers through setOn().
 }
 
 int FilterButton::widthFor(const QString &title, const QFont &font)
@@ -93,7 +102,9 @@ void FilterButton::paintEvent(QPaintEvent *)
             painter.setBrush(QColor(255, 255, 255, 50));
             painter.drawRoundedRect(frame, radius, radius);
         }
-        painter.setPen(QColor(0x2c, 0x34, 0x44));
+        // The bar behind is drawn dark on a dark scheme; the title is then the scheme's own light text.
+        painter.setPen(ReadableColors::isDark(palette()) ? palette().color(QPalette::Active, QPalette::WindowText)
+                                                         : QColor(0x2c, 0x34, 0x44));
     }
     painter.drawText(rect(), Qt::AlignCenter, text());
 }
@@ -179,10 +190,12 @@ void FilterBar::paintEvent(QPaintEvent *)
     const std::optional<QColor> bottom = ColorString::toColor(m_bottomColor);
     if (top && bottom) {
         // The gradient runs upward from the first colour at the bottom edge to the second at the top,
-        // so the strip looks lit from above and sunk below the toolbar.
+        // so the strip looks lit from above and sunk below the toolbar. On a dark scheme it is as dark
+        // as it is light otherwise, still lit from above.
+        const bool dark = ReadableColors::isDark(palette());
         QLinearGradient gradient(0, height(), 0, 0);
-        gradient.setColorAt(0, *top);
-        gradient.setColorAt(1, *bottom);
+        gradient.setColorAt(0, dark ? ReadableColors::mirrored(*bottom) : *top);
+        gradient.setColorAt(1, dark ? ReadableColors::mirrored(*top) : *bottom);
         painter.fillRect(rect(), gradient);
     }
     painter.setPen(Qt::black);
@@ -224,7 +237,10 @@ void FilterBar::rebuild()
         action->deleteLater();
     }
 
-    QWidget *previous = nullptr;
+    // New buttons take the bar's own place in the window's tab order (after the search field, before
+    // the list), not the end of the chain where new widgets go. The overflow button, made with the
+    // bar, holds that place: the buttons go in after it and it moves behind them.
+    QWidget *previous = m_overflowButton;
     const QList<FilterBarModel::Segment> &segments = m_model->segments();
     for (int segment = 0; segment < segments.size(); ++segment) {
         for (int position = 0; position < segments[segment].size(); ++position) {
@@ -237,8 +253,7 @@ void FilterBar::rebuild()
                 button->setOn(item.on);
                 connect(button, &QAbstractButton::clicked, this,
                         [this, segment, position] { m_model->performAction(segment, position); });
-                if (previous)
-                    setTabOrder(previous, button);
+                setTabOrder(previous, button);
                 previous = button;
                 button->show();
                 m_buttons.append(button);
@@ -272,12 +287,12 @@ void FilterBar::rebuild()
             }
         }
     }
+    if (previous != m_overflowButton)
+        setTabOrder(previous, m_overflowButton);
     if (m_model->hasOverflowMenu()) {
         m_overflowButton->move(m_model->overflowButtonX(), m_model->overflowButtonY());
         m_overflowButton->show();
         m_overflowButton->raise();
-        if (previous)
-            setTabOrder(previous, m_overflowButton);
     } else {
         m_overflowButton->hide();
     }

@@ -4,12 +4,14 @@
 #include "list/ui/FormatControl.h"
 #include "list/ui/ToolbarCustomizationPalette.h"
 #include "widgets/Icons.h"
+#include "widgets/ToolbarOverflow.h"
 
 #include <QActionGroup>
 #include <QContextMenuEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <QWidgetAction>
 
@@ -49,6 +51,7 @@ MainToolbar::MainToolbar(QWidget *parent)
     setFloatable(false);
     setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
     setIconSize(QSize(32, 32));
+    ToolbarOverflow::nameOverflowButton(this);
 
     m_searchField = new QLineEdit;
     m_searchField->setObjectName(QStringLiteral("searchField"));
@@ -69,8 +72,13 @@ MainToolbar::MainToolbar(QWidget *parent)
     }
     QAction *scopeButton = m_searchField->addAction(Icons::themed(QStringLiteral("edit-find"), QStringLiteral("main-search")),
                                                     QLineEdit::LeadingPosition);
+    scopeButton->setText(tr("Choose what to search"));
     scopeButton->setToolTip(tr("Choose what to search"));
     scopeButton->setMenu(scopeMenu);
+    // The field draws its buttons from actions; a screen reader reads them by the action's text,
+    // which the clear button's own action does not carry.
+    for (auto *button : m_searchField->findChildren<QToolButton *>(Qt::FindDirectChildrenOnly))
+        button->setAccessibleName(button->defaultAction() == scopeButton ? scopeButton->text() : tr("Clear the search"));
     connect(scopeButton, &QAction::triggered, this, [this, scopeMenu] {
         scopeMenu->popup(m_searchField->mapToGlobal(QPoint(0, m_searchField->height())));
     });

@@ -94,9 +94,11 @@ MultipleAssignmentsSheet::MultipleAssignmentsSheet(QWidget *parent)
                                                    {labelsGradeField, LabelKeys::Grade}};
     for (const auto &[label, key] : labels)
         label->setText(Labels::label(key) + QLatin1Char(':'));
-    courseField->setAccessibleName(Labels::label(LabelKeys::Course));
-    textbookField->setAccessibleName(Labels::label(LabelKeys::Textbook));
-    typeField->setAccessibleName(Labels::label(LabelKeys::Type));
+    for (const auto &[field, key] : {std::pair{courseField, LabelKeys::Course}, std::pair{textbookField, LabelKeys::Textbook},
+                                     std::pair{typeField, LabelKeys::Type}}) {
+        field->setAccessibleName(Labels::label(key));
+        field->lineEdit()->setAccessibleName(Labels::label(key));
+    }
     gradeField->setAccessibleName(Labels::label(LabelKeys::Grade));
     completedField->setAccessibleName(Labels::label(LabelKeys::Completed));
 
@@ -106,6 +108,10 @@ MultipleAssignmentsSheet::MultipleAssignmentsSheet(QWidget *parent)
     fields->addRow(labelsTextbookField, textbookField);
     fields->addRow(labelsTypeField, typeField);
     fields->addRow(labelsGradeField, gradeField);
+    for (auto [caption, field] : {std::pair<QLabel *, QWidget *>{labelsCourseField, courseField},
+                                  {labelsTextbookField, textbookField}, {labelsTypeField, typeField},
+                                  {labelsGradeField, gradeField}})
+        caption->setBuddy(field);
     fields->addRow(Labels::label(LabelKeys::Completed) + QLatin1Char(':'), completedField);
     fields->addRow(tr("Notes:"), notesField);
 

@@ -115,6 +115,11 @@ QWidget *SidebarForm::buildDetails()
     form->addRow(tr("File:"), filePicker);
     form->addRow(tr("Contacts:"), contactsField);
     form->addRow(tr("Snapshot:"), snapshotButton);
+    // A caption names its field for a screen reader only as the field's buddy; a pull-down's own
+    // name is its current choice there.
+    for (auto [caption, field] : {std::pair<QLabel *, QWidget *>{courseCaption, courseField}, {textbookCaption, textbookField},
+                                  {typeCaption, typeField}, {completedCaption, completedCheckbox}, {gradeCaption, gradeField}})
+        caption->setBuddy(field);
     return page;
 }
 
@@ -179,9 +184,12 @@ void SidebarForm::applyLabels()
                                                      {completedCaption, LabelKeys::Completed}};
     for (const auto &[caption, key] : captions)
         caption->setText(Labels::label(key) + QLatin1Char(':'));
-    courseField->setAccessibleName(Labels::label(LabelKeys::Course));
-    textbookField->setAccessibleName(Labels::label(LabelKeys::Textbook));
-    typeField->setAccessibleName(Labels::label(LabelKeys::Type));
+    // The typing part of each pull-down is read on its own by a screen reader; it carries the label too.
+    for (const auto &[field, key] : {std::pair{courseField, LabelKeys::Course}, std::pair{textbookField, LabelKeys::Textbook},
+                                     std::pair{typeField, LabelKeys::Type}}) {
+        field->setAccessibleName(Labels::label(key));
+        field->lineEdit()->setAccessibleName(Labels::label(key));
+    }
     gradeField->setAccessibleName(Labels::label(LabelKeys::Grade));
     completedCheckbox->setAccessibleName(Labels::label(LabelKeys::Completed));
 }

@@ -10,6 +10,7 @@
 #include "store/ui/TextbookFormPage.h"
 #include "store/ui/UniversalTypesPage.h"
 #include "widgets/Icons.h"
+#include "widgets/ToolbarOverflow.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -118,6 +119,7 @@ CoursesAndTextbooks *CoursesAndTextbooks::sharedController()
 void CoursesAndTextbooks::buildToolbar()
 {
     m_toolbar = addToolBar(QString());
+    ToolbarOverflow::nameOverflowButton(m_toolbar);
     named(m_toolbar, ToolbarIdentifier, QString());
     m_toolbar->setMovable(false);
     m_toolbar->setFloatable(false);

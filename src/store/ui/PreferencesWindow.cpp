@@ -8,6 +8,7 @@
 #include "store/ui/PersonalInfoPane.h"
 #include "store/ui/SyncingPaneHost.h"
 #include "widgets/Icons.h"
+#include "widgets/ToolbarOverflow.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -75,6 +76,7 @@ QAction *PreferencesWindow::addItem(const QString &identifier, const QString &la
 void PreferencesWindow::buildToolbar()
 {
     m_toolbar = addToolBar(WindowTitle);
+    ToolbarOverflow::nameOverflowButton(m_toolbar);
     m_toolbar->setObjectName(ToolbarIdentifier);
     m_toolbar->setAccessibleName(WindowTitle);
     m_toolbar->setMovable(false);
