@@ -2,6 +2,7 @@
 
 #include "calculators/ui/FinalsCalculator.h"
 #include "calculators/ui/GPACalculator.h"
+#include "exchange/Backup.h"
 #include "exchange/ui/ExchangeCommands.h"
 #include "list/AssignmentTableModel.h"
 #include "list/Controller.h"
@@ -157,6 +158,9 @@ void MainWindow::connectController()
         validateCommands();
     });
     // Which window is in front, and where the keyboard is, decide what the commands may do.
+    // An import replaces the files on disk whoever started it (the menu, a file handed over by a
+    // second start); the list rereads them at once rather than at the next activation.
+    connect(Backup::sharedController(), &Backup::dataFilesReplaced, this, &MainWindow::refresh);
     connect(qApp, &QApplication::focusChanged, this, &MainWindow::validateCommands);
     connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::validateCommands);
     // The program losing the focus hands the sidebar's edit in progress to the list.
@@ -324,7 +328,6 @@ void MainWindow::perform(Command command)
         break;
     case Command::ImportBackup:
         ExchangeCommands::importFromBackup();
-        refresh();
         break;
     case Command::Quit:
         Q_EMIT quitRequested();

@@ -3,7 +3,10 @@
 #include "calculators/ui/GPACalculator.h"
 #include "calendar/ui/MiniCalendarWindow.h"
 #include "list/ui/SidebarPlacement.h"
+#include "exchange/Backup.h"
 #include "platform/Alerts.h"
+#include "platform/PropertyList.h"
+#include "support/TestEnvironment.h"
 #include "store/ui/CoursesAndTextbooks.h"
 
 #include <QLineEdit>
@@ -172,4 +175,22 @@ TEST(MainWindowAmongWindows, TheDetachedSidebarIsAWorkingWindowForTheListsShortc
     w.select("One");
     QTest::keyClick(panel, Qt::Key_D, Qt::ControlModifier);
     EXPECT_EQ(storedNames(), (QStringList{"One", "One"}));
+}
+
+TEST(MainWindowAmongWindows, ABackupImportedFromOutsideTheMenuShowsInTheListWithoutReactivating)
+{
+    // A backup handed over by a second start (or opened from the file manager) is imported while
+    // the window stays as it is: the list must show the new data before anything is clicked.
+    freshPreferences();
+    writeStore({record("Old")});
+    Window w;
+    ASSERT_EQ(w.shown(), QStringList{"Old"});
+
+    const QString backup = TestEnvironment::home() + QStringLiteral("/backup.plist");
+    ASSERT_TRUE(PropertyList::writeFile(backup, QVariantList{QVariantList{record("New")->fields()}, QVariantList{},
+                                                             QVariantList{}}));
+    Alerts::queueAnswer(Backup::ReplaceButton);
+    ASSERT_EQ(Backup::sharedController()->importFromFile(backup), Backup::ImportOutcome::Replaced);
+    EXPECT_EQ(w.shown(), QStringList{"New"});
+    EXPECT_EQ(storedNames(), QStringList{"New"});
 }
