@@ -9,8 +9,8 @@
 #include "platform/DateText.h"
 #include "platform/FilePanels.h"
 #include "platform/Paths.h"
-#include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "store/GeneralSettings.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 
@@ -39,7 +39,6 @@ const QString EncodedAmpersand = QStringLiteral("%26");
 // Reserved characters of a URL that the link's escaping leaves as they are, so that "&amp;" survives
 // it. "#" and "%" are escaped: a raw one would cut the body short or garble it.
 const QByteArray LeftUnescaped = QByteArrayLiteral("!$&'()*+,/:;=?@");
-const QString DefaultDateFormat = QStringLiteral("%A, %B %e, %Y");
 
 QString version()
 {
@@ -53,13 +52,6 @@ bool isTrue(const QVariant &value)
     if (value.typeId() == QMetaType::QString)
         return false;
     return value.isValid() && value.toDouble() != 0;
-}
-
-// The due date as the list shows it: "Date Format" of the General preferences, local time.
-QString dateFormat()
-{
-    const QVariant format = UserDefaults().groupValue(PreferenceKeys::General, PreferenceKeys::GeneralKeys::DateFormat);
-    return format.typeId() == QMetaType::QString ? format.toString() : DefaultDateFormat;
 }
 
 // An unreadable due date is written as it is stored.
@@ -89,7 +81,8 @@ void writeText(ExportText &out, const AssignmentList &records)
     const QString textbook = Labels::label(LabelKeys::Textbook) + Separator;
     const QString type = Labels::label(LabelKeys::Type) + Separator;
     const QString grade = Labels::label(LabelKeys::Grade) + Separator;
-    DueDateTexts dueDates(dateFormat());
+    // The due date as the list shows it, in local time.
+    DueDateTexts dueDates(GeneralSettings::storedDateFormat());
 
     QString &text = out.text();
     text += ProgramName;
@@ -151,7 +144,8 @@ bool TextExport::writeTextFile(const QString &path, const AssignmentList &record
 
 QString TextExport::emailBody(const AssignmentList &records)
 {
-    DueDateTexts dueDates(dateFormat());
+    // The due date as the list shows it, in local time.
+    DueDateTexts dueDates(GeneralSettings::storedDateFormat());
     QString body = ProgramName + version() + HomeworkHeading;
     for (const AssignmentRef &record : records) {
         if (!record)
