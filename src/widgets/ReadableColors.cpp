@@ -23,6 +23,27 @@ constexpr float GreySaturation = 0.1f;
 // most it may: a surface stays a background.
 constexpr float SurfaceSpread = 1.5f;
 constexpr float SurfaceMaximumStep = 0.25f;
+
+struct Hsl {
+    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
+};
+
+Hsl hslOf(const QColor &color)
+{
+    Hsl hsl;
+    color.toHsl().getHslF(&hsl.hue, &hsl.saturation, &hsl.lightness, &hsl.alpha);
+    hsl.hue = std::max(hsl.hue, 0.0f); // achromatic colours report -1
+    return hsl;
+}
+
+// The stored colour's hue, muted, `step` lighter than the dark base: a background that keeps
+// its colour without competing with the text on it.
+QColor aboveBase(const Hsl &stored, const Hsl &base, float step)
+{
+    return QColor::fromHslF(stored.hue, std::min(stored.saturation, BandSaturation),
+                            std::min(1.0f, base.lightness + step), stored.alpha)
+        .toRgb();
+}
 } // namespace
 
 bool isDark(const QPalette &palette)
@@ -70,40 +91,29 @@ QColor band(const QColor &stored, const QColor &base)
 {
     if (!stored.isValid())
         return stored;
-    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
-    stored.toHsl().getHslF(&hue, &saturation, &lightness, &alpha);
-    float baseHue = 0, baseSaturation = 0, baseLightness = 0, baseAlpha = 1;
-    base.toHsl().getHslF(&baseHue, &baseSaturation, &baseLightness, &baseAlpha);
+    const Hsl colour = hslOf(stored);
     // The stored band sits (1 - lightness) below white; the dark band sits as far above the base.
-    const float step = std::max(MinimumBandStep, 1.0f - lightness);
-    return QColor::fromHslF(hue < 0 ? 0 : hue, std::min(saturation, BandSaturation),
-                            std::min(1.0f, baseLightness + step), alpha)
-        .toRgb();
+    return aboveBase(colour, hslOf(base), std::max(MinimumBandStep, 1.0f - colour.lightness));
 }
 
 QColor surface(const QColor &stored, const QColor &base)
 {
     if (!stored.isValid())
         return stored;
-    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
-    stored.toHsl().getHslF(&hue, &saturation, &lightness, &alpha);
-    float baseHue = 0, baseSaturation = 0, baseLightness = 0, baseAlpha = 1;
-    base.toHsl().getHslF(&baseHue, &baseSaturation, &baseLightness, &baseAlpha);
-    const float step = std::min(SurfaceMaximumStep, (1.0f - lightness) * SurfaceSpread);
+    const Hsl colour = hslOf(stored);
+    const Hsl dark = hslOf(base);
+    const float step = std::min(SurfaceMaximumStep, (1.0f - colour.lightness) * SurfaceSpread);
     if (step <= 0.0f)
-        return QColor::fromHslF(baseHue < 0 ? 0 : baseHue, baseSaturation, baseLightness, alpha).toRgb();
-    return QColor::fromHslF(hue < 0 ? 0 : hue, std::min(saturation, BandSaturation), std::min(1.0f, baseLightness + step),
-                            alpha)
-        .toRgb();
+        return QColor::fromHslF(dark.hue, dark.saturation, dark.lightness, colour.alpha).toRgb();
+    return aboveBase(colour, dark, step);
 }
 
 QColor mirrored(const QColor &stored)
 {
     if (!stored.isValid())
         return stored;
-    float hue = 0, saturation = 0, lightness = 0, alpha = 1;
-    stored.toHsl().getHslF(&hue, &saturation, &lightness, &alpha);
-    return QColor::fromHslF(hue < 0 ? 0 : hue, saturation, 1.0f - lightness, alpha).toRgb();
+    const Hsl colour = hslOf(stored);
+    return QColor::fromHslF(colour.hue, colour.saturation, 1.0f - colour.lightness, colour.alpha).toRgb();
 }
 
 } // namespace ReadableColors
