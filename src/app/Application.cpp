@@ -158,6 +158,12 @@ void Application::showMainWindow()
     main.show();
     main.raise();
     main.activateWindow();
+    // The crash report came up first; it stays in sight on top of the main window, also where
+    // no window manager keeps a window above its owner.
+    if (m_crashReporter) {
+        m_crashReporter->raise();
+        m_crashReporter->activateWindow();
+    }
     Q_EMIT mainWindowShown(&main);
 }
 

@@ -5,8 +5,8 @@
 
 // Hands a finished message to the system's mail-delivery service: `/usr/sbin/sendmail -t -oi`, the
 // Unix interface that msmtp, exim and postfix all provide, which reads the recipients from the
-// message's own headers. QUILLORY_SENDMAIL names another command line to use in its place (the
-// "-t -oi" are added to it).
+// message's own headers. QUILLORY_SENDMAIL names another command line to use in its place, split at
+// blanks with double quotes grouping (QProcess::splitCommand); "-t -oi" are added to it.
 namespace MailDelivery {
 
 inline constexpr auto CommandVariable = "QUILLORY_SENDMAIL";
