@@ -27,7 +27,6 @@ char g_build[256];
 // backtrace() and the unwinder below it want room.
 alignas(16) char g_alternateStack[256 * 1024];
 std::atomic<bool> g_handling{false};
-bool g_installed = false;
 
 bool copyText(char *target, const QByteArray &text)
 {
@@ -304,17 +303,7 @@ bool install(const QString &logPath, const QString &buildVersion)
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
     for (int signal : FatalSignals)
         ::sigaction(signal, &action, nullptr);
-    g_installed = true;
     return true;
-}
-
-void uninstall()
-{
-    if (!g_installed)
-        return;
-    for (int signal : FatalSignals)
-        ::signal(signal, SIG_DFL);
-    g_installed = false;
 }
 
 } // namespace CrashHandler

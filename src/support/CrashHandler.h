@@ -23,7 +23,4 @@ namespace CrashHandler {
 // build, as "Quillory 1.0.0".
 bool install(const QString &logPath, const QString &buildVersion);
 
-// Puts the default actions back (tests).
-void uninstall();
-
 } // namespace CrashHandler

@@ -95,6 +95,10 @@ void crashAndOfferAtTheNextStart(const QString &hook, int signal, const QString 
 
 TEST(CrashProgram, ASegmentationFaultIsLoggedWithItsFunctionAndOfferedAtTheNextStart)
 {
+    // The log goes at the next start; the address of the fault is read before that.
+    const ProgramRun crashed = runProgram(QStringLiteral("segv"));
+    EXPECT_EQ(crashed.code, SIGSEGV);
+    EXPECT_TRUE(crashLogText().contains(QStringLiteral("Address:    0x0000000000000010"))) << crashLogText().toStdString();
     crashAndOfferAtTheNextStart(QStringLiteral("segv"), SIGSEGV, QStringLiteral("SIGSEGV"),
                                 QStringLiteral("crashWithSegmentationFault"));
 }
