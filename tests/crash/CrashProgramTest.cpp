@@ -170,3 +170,25 @@ TEST(CrashProgram, AltHeldAtLaunchOpensTheDebugWindowBeforeAnythingElse)
     program.terminate();
     program.waitForFinished(10000);
 }
+
+TEST(CrashProgram, TheDebugWindowDeletesDataRelaunchesAndQuitsForAScreenReaderUser)
+{
+    // The real program on an X server of its own, its debug window pressed through AT-SPI.
+    const QString session = QStringLiteral("/usr/bin/dbus-run-session");
+    if (!QFileInfo::exists(session) || !QFileInfo::exists(QStringLiteral("/usr/bin/Xvfb")))
+        GTEST_SKIP() << "dbus-run-session or Xvfb is missing";
+    QProcess walk;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    walk.setProcessEnvironment(environment);
+    walk.setProcessChannelMode(QProcess::MergedChannels);
+    walk.start(session, {QStringLiteral("--"), QStringLiteral("/usr/bin/python3"),
+                         QStringLiteral(QUILLORY_TEST_SUPPORT_DIR "/../crash/debug_window_walk.py"),
+                         QStringLiteral(QUILLORY_PROGRAM_PATH)});
+    ASSERT_TRUE(walk.waitForFinished(240000));
+    const QString output = QString::fromUtf8(walk.readAll());
+    EXPECT_EQ(walk.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(walk.exitCode(), 0) << output.toStdString();
+    EXPECT_TRUE(output.contains(QStringLiteral("the debug window deleted the data, relaunched and quit"))) << output.toStdString();
+}
