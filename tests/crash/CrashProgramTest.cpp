@@ -144,33 +144,6 @@ TEST(CrashProgram, TheFirstStartEverOffersNoLog)
     EXPECT_TRUE(UserDefaults().contains(PreferenceKeys::LastStartup));
 }
 
-TEST(CrashProgram, AltHeldAtLaunchOpensTheDebugWindowBeforeAnythingElse)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("HOME"), TestEnvironment::home());
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("quillory.support.info=true"));
-    environment.insert(QStringLiteral("QUILLORY_TEST_HOOKS"), QStringLiteral("1"));
-    environment.insert(QStringLiteral("QUILLORY_TEST_ALT_HELD"), QStringLiteral("1"));
-    QProcess program;
-    program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(QUILLORY_PROGRAM_PATH), QStringList());
-    QByteArray errors;
-    QDeadlineTimer deadline(30000);
-    while (!errors.contains("Showing the debug window") && !deadline.hasExpired()
-           && program.state() != QProcess::NotRunning) {
-        program.waitForReadyRead(200);
-        errors += program.readAllStandardError();
-    }
-    EXPECT_TRUE(errors.contains("Showing the debug window")) << errors.toStdString();
-    // The window waits for an answer; nothing of the start-up has run meanwhile.
-    EXPECT_EQ(program.state(), QProcess::Running);
-    EXPECT_FALSE(QFileInfo::exists(Paths::dataFolder()));
-    EXPECT_FALSE(QFileInfo::exists(UserDefaults().path()));
-    program.terminate();
-    program.waitForFinished(10000);
-}
-
 TEST(CrashProgram, TheDebugWindowDeletesDataRelaunchesAndQuitsForAScreenReaderUser)
 {
     // The real program on an X server of its own, its debug window pressed through AT-SPI.

@@ -20,7 +20,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <gtest/gtest.h>
 
 // The crash reporter and the debug window, driven as a student would, sending through the real
@@ -208,27 +207,6 @@ TEST_F(RefusingServer, ARefusedCrashReportEndsSilentlyAndStillDeletesTheLog)
     EXPECT_FALSE(QFileInfo::exists(Paths::crashLog()));
     EXPECT_TRUE(m_sink.messages().isEmpty());
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), AssignmentsBytes);
-}
-
-TEST_F(ReportWindows, TheDebugWindowNamesTheBuildAndEndsWithQuitOrRelaunch)
-{
-    DebugWindow window;
-    QString label;
-    QTimer::singleShot(0, &window, [&] {
-        label = window.applicationLabel()->text();
-        screenshot(&window, "debug-window");
-        QTest::mouseClick(window.findChild<QPushButton *>(QStringLiteral("quitButton")), Qt::LeftButton);
-    });
-    EXPECT_EQ(window.showDebugWindow(), DebugWindow::Outcome::Quit);
-    EXPECT_EQ(label, QStringLiteral("Quillory 1.0.0"));
-
-    QTimer::singleShot(0, &window, [&] {
-        QTest::mouseClick(window.findChild<QPushButton *>(QStringLiteral("relaunchButton")), Qt::LeftButton);
-    });
-    EXPECT_EQ(window.showDebugWindow(), DebugWindow::Outcome::Relaunch);
-    // The window's close box (Escape alike) relaunches too.
-    QTimer::singleShot(0, &window, [&] { QTest::keyClick(&window, Qt::Key_Escape); });
-    EXPECT_EQ(window.showDebugWindow(), DebugWindow::Outcome::Relaunch);
 }
 
 TEST_F(ReportWindows, DeletingPreferencesOrDataAsksFirstAndNoLeavesEverything)

@@ -4,7 +4,8 @@
 Run inside a session bus of its own:
     dbus-run-session -- /usr/bin/python3 debug_window_walk.py PATH-TO-QUILLORY
 Starts its own Xvfb, then the program in a fresh HOME with data and preferences, as if Alt were
-held at launch (the program's test hook). In the debug window it deletes the data ("Yes" in the
+held at launch (the program's test hook). While the window is up nothing of the start-up has run
+(no preferences file yet). In the debug window it deletes the data ("Yes" in the
 alert), relaunches (a new run must come up with the debug window again, the old one gone), and
 quits that run. Every control of the window must have a name.
 """
@@ -139,6 +140,11 @@ def run(program, home):
                 fail("a %s of the debug window has no name" % node.get_role().value_nick)
         if button(window, "Quillory 1.0.0") is None and not any(name(n) == "Quillory 1.0.0" for n in descendants(window)):
             fail("the debug window does not name the build")
+
+        # Before anything else: the start-up has not written the preferences yet.
+        preferences = os.path.join(home, "Library", "Preferences", "com.brevandt.Quillory.plist")
+        if os.path.exists(preferences):
+            fail("the start-up ran before the debug window")
 
         press(window, "Delete Data")
         if press(app, "Yes") and not wait_for(lambda: not os.path.exists(data), 20):
