@@ -4,6 +4,9 @@
 #include "list/ui/MainWindow.h"
 #include "store/Preferences.h"
 #include "platform/Alerts.h"
+#include "platform/Paths.h"
+#include "support/TestHooks.h"
+#include "support/ui/CrashReporter.h"
 #include "sync/Syncing.h"
 #include "sync/ui/SyncProgressSheet.h"
 #include "sync/ui/SyncingPrefs.h"
@@ -60,6 +63,8 @@ int Application::run()
     }
     if (qEnvironmentVariableIsSet(QuitAfterStartupVariable) || m_quitRequested)
         QTimer::singleShot(0, this, &Application::quit);
+    // The crash tests make the running program die here, once it is fully up.
+    QTimer::singleShot(0, this, &TestHooks::crashIfAsked);
     m_inEventLoop = true;
     return QApplication::exec();
 }
@@ -104,6 +109,9 @@ void Application::quit()
     if (m_quitting)
         return;
     m_quitting = true;
+    // A crash report left unsent is not offered again.
+    if (m_crashReporter)
+        m_crashReporter->close();
     if (m_window)
         m_window->close();
     QApplication::quit();
@@ -133,12 +141,29 @@ WindowStartupHooks &Application::windowSteps()
     return window().startupSteps();
 }
 
+void Application::checkCrashLog(const QString &lastStartup)
+{
+    // A window of the main window's, so that it stays in front of it once that comes up.
+    auto *reporter = new CrashReporter(&window());
+    reporter->setAttribute(Qt::WA_DeleteOnClose);
+    if (reporter->checkForCrashLog(Paths::crashLog(), lastStartup))
+        m_crashReporter = reporter;
+    else
+        delete reporter;
+}
+
 void Application::showMainWindow()
 {
     MainWindow &main = window();
     main.show();
     main.raise();
     main.activateWindow();
+    // The crash report came up first; it stays in sight on top of the main window, also where
+    // no window manager keeps a window above its owner.
+    if (m_crashReporter) {
+        m_crashReporter->raise();
+        m_crashReporter->activateWindow();
+    }
     Q_EMIT mainWindowShown(&main);
 }
 

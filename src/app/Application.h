@@ -3,10 +3,12 @@
 #include "store/StartupSequence.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QWidget>
 
 #include <memory>
 
+class CrashReporter;
 class MainWindow;
 
 // The program's delegate: runs the start-up sequence, which builds and fills the main window, and
@@ -26,6 +28,7 @@ public:
     void downloadData() override;
     bool startupMayGoOn() override;
     WindowStartupHooks &windowSteps() override;
+    void checkCrashLog(const QString &lastStartup) override;
     void showMainWindow() override;
     void uploadData() override;
 
@@ -46,6 +49,7 @@ private:
 
     StartupSequence m_sequence;
     std::unique_ptr<MainWindow> m_window;
+    QPointer<CrashReporter> m_crashReporter;
     bool m_restarting = false;
     bool m_quitRequested = false;
     bool m_inEventLoop = false;

@@ -4,6 +4,10 @@
 #include "OpenRequests.h"
 #include "SingleInstance.h"
 #include "platform/Paths.h"
+#include "store/Preferences.h"
+#include "support/CrashHandler.h"
+#include "support/ui/DebugWindow.h"
+#include "widgets/DialogPresenters.h"
 
 #include <QApplication>
 #include <QDir>
@@ -40,6 +44,11 @@ int main(int argc, char **argv)
         break;
     }
 
+    // Before anything that could crash: a fatal signal from here on leaves a crash log for the
+    // crash reporter at the next start.
+    CrashHandler::install(Paths::crashLog(), QStringLiteral("%1 %2").arg(QLatin1String(BuildInfo::BundleName),
+                                                                         QLatin1String(BuildInfo::BundleVersion)));
+
     // QApplication takes its own options (-platform, -style, ...) out of argc and argv.
     QApplication app(argc, argv);
     QApplication::setApplicationName(QString::fromLatin1(BuildInfo::BundleName));
@@ -56,6 +65,16 @@ int main(int argc, char **argv)
     SingleInstance instance(Paths::dataFolder());
     if (instance.claim(options.files()) == SingleInstance::Role::HandedOver)
         return 0;
+
+    // Alt held at launch opens the debug window before anything else is read; whatever it deleted,
+    // the program then starts afresh or not at all.
+    if (DebugWindow::isRequestedAtLaunch()) {
+        DialogPresenters::install();
+        if (DebugWindow::sharedController()->showDebugWindow() == DebugWindow::Outcome::Relaunch
+            && !Preferences::scheduleRestart(QCoreApplication::applicationFilePath(), QCoreApplication::applicationPid()))
+            print(stderr, QStringLiteral("quillory: could not start again\n"));
+        return 0;
+    }
 
     Application application;
     OpenRequests requests;

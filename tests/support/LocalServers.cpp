@@ -269,3 +269,114 @@ void PrivateKeyring::stop()
 }
 
 } // namespace LocalServers
+
+// --- Mail sink --------------------------------------------------------------------------------
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace LocalServers {
+
+QString MailSink::Message::header(const QString &name) const
+{
+    for (const auto &[key, value] : headers)
+        if (key.compare(name, Qt::CaseInsensitive) == 0)
+            return value;
+    return QString();
+}
+
+int MailSink::Message::headerCount(const QString &name) const
+{
+    int count = 0;
+    for (const auto &each : headers)
+        count += each.first.compare(name, Qt::CaseInsensitive) == 0 ? 1 : 0;
+    return count;
+}
+
+MailSink::MailSink() = default;
+
+MailSink::~MailSink()
+{
+    stop();
+}
+
+bool MailSink::start(bool refuse, QString *error)
+{
+    m_port = freePort();
+    m_process = std::make_unique<QProcess>();
+    m_process->setProcessChannelMode(QProcess::SeparateChannels);
+    m_process->setStandardErrorFile(m_folder.filePath(QStringLiteral("sink.log")));
+    QStringList arguments{QStringLiteral(QUILLORY_TEST_SUPPORT_DIR "/mail_sink.py"), m_folder.path(),
+                          QString::number(m_port)};
+    if (refuse)
+        arguments << QStringLiteral("--refuse");
+    m_process->start(Python, arguments);
+    QByteArray line;
+    QDeadlineTimer deadline(15000);
+    while (!line.contains('\n') && !deadline.hasExpired() && m_process->state() != QProcess::NotRunning) {
+        m_process->waitForReadyRead(200);
+        line += m_process->readAllStandardOutput();
+    }
+    if (!line.startsWith("ready") || !waitForPort(m_port)) {
+        if (error) {
+            QFile log(m_folder.filePath(QStringLiteral("sink.log")));
+            log.open(QIODevice::ReadOnly);
+            *error = QStringLiteral("the mail sink did not start: ") + QString::fromUtf8(log.readAll());
+        }
+        stop();
+        return false;
+    }
+    return true;
+}
+
+void MailSink::stop()
+{
+    stopByPid(m_process);
+}
+
+bool MailSink::configureSendmail(const QString &home) const
+{
+    QFile file(home + QStringLiteral("/.msmtprc"));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    file.write(QStringLiteral("defaults\nauth off\ntls off\n\naccount local\nhost 127.0.0.1\nport %1\n"
+                              "from student@quillory.test\n\naccount default : local\n")
+                   .arg(m_port)
+                   .toUtf8());
+    file.close();
+    return file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+}
+
+QList<MailSink::Message> MailSink::messages() const
+{
+    QList<Message> messages;
+    for (int number = 1;; ++number) {
+        const QDir folder(m_folder.filePath(QString::number(number)));
+        if (!folder.exists())
+            break;
+        auto read = [&](const char *name) {
+            QFile file(folder.filePath(QLatin1String(name)));
+            file.open(QIODevice::ReadOnly);
+            return file.readAll();
+        };
+        Message message;
+        message.raw = read("message.eml");
+        for (const QJsonValue &pair : QJsonDocument::fromJson(read("headers.json")).array())
+            message.headers.append({pair.toArray().at(0).toString(), pair.toArray().at(1).toString()});
+        for (const QJsonValue &to : QJsonDocument::fromJson(read("envelope.json")).object().value(QStringLiteral("to")).toArray())
+            message.recipients.append(to.toString());
+        for (const QJsonValue &value : QJsonDocument::fromJson(read("parts.json")).array()) {
+            const QJsonObject part = value.toObject();
+            message.parts.append({part.value(QStringLiteral("content_type")).toString(),
+                                  part.value(QStringLiteral("filename")).toString(),
+                                  part.value(QStringLiteral("disposition")).toString(),
+                                  part.value(QStringLiteral("charset")).toString(),
+                                  read(part.value(QStringLiteral("file")).toString().toUtf8().constData())});
+        }
+        messages.append(message);
+    }
+    return messages;
+}
+
+} // namespace LocalServers

@@ -86,4 +86,45 @@ private:
     bool m_addressChanged = false;
 };
 
+// tests/support/mail_sink.py: an SMTP server (aiosmtpd) that keeps every message it accepts, taken
+// apart by Python's own e-mail parser, or refuses every one with a 550.
+class MailSink
+{
+public:
+    struct Part {
+        QString contentType;
+        QString filename;
+        QString disposition;
+        QString charset;
+        QByteArray bytes; // decoded
+    };
+    struct Message {
+        QByteArray raw;
+        QList<QPair<QString, QString>> headers;
+        QStringList recipients;
+        QList<Part> parts;
+        // The first header of that name, compared without regard to case; null when there is none.
+        QString header(const QString &name) const;
+        int headerCount(const QString &name) const;
+    };
+
+    MailSink();
+    ~MailSink();
+    MailSink(const MailSink &) = delete;
+    MailSink &operator=(const MailSink &) = delete;
+
+    bool start(bool refuse = false, QString *error = nullptr);
+    void stop();
+    quint16 port() const { return m_port; }
+    // Writes `home`/.msmtprc so that sendmail (msmtp-mta) run with that home delivers here.
+    bool configureSendmail(const QString &home) const;
+    // The messages accepted so far, oldest first.
+    QList<Message> messages() const;
+
+private:
+    QTemporaryDir m_folder;
+    std::unique_ptr<QProcess> m_process;
+    quint16 m_port = 0;
+};
+
 } // namespace LocalServers
