@@ -1,0 +1,92 @@
+#include "list/ui/MainWindowTestSupport.h"
+#include "platform/Workspace.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPlainTextEdit>
+#include <QTabWidget>
+#include <QTextBlock>
+#include <QTextLayout>
+
+using namespace ListTest;
+using namespace WindowTest;
+
+namespace {
+
+QString storedNotes(const QString &name)
+{
+    for (const QVariant &value : readStore())
+        if (value.toMap().value("Name").toString() == name)
+            return value.toMap().value("Notes").toString();
+    return QStringLiteral("<no record>");
+}
+
+QStringList linkTargets(QPlainTextEdit *field)
+{
+    QStringList targets;
+    for (QTextBlock block = field->document()->begin(); block.isValid(); block = block.next())
+        for (const QTextLayout::FormatRange &range : block.layout()->formats())
+            if (range.format.isAnchor())
+                targets.append(range.format.anchorHref());
+    return targets;
+}
+
+void click(QPlainTextEdit *field, int position)
+{
+    QTextCursor cursor(field->document());
+    cursor.setPosition(position);
+    const QPoint point = field->cursorRect(cursor).center() + QPoint(3, 0);
+    QWidget *viewport = field->viewport();
+    for (QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, point, viewport->mapToGlobal(point), Qt::LeftButton,
+                          type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(viewport, &event);
+    }
+}
+
+} // namespace
+
+TEST(NotesLinksWindow, TheStoredNotesAreTheTypedTextWhateverIsDrawnAsALink)
+{
+    freshPreferences();
+    writeStore({record("Essay", {{"Notes", "Sources: www.library.org"}}), record("Lab")});
+    Window w;
+    w.select("Essay");
+    w.form()->tabs->setCurrentIndex(SidebarForm::NotesTab);
+    QPlainTextEdit *notes = w.form()->notesField;
+    EXPECT_EQ(linkTargets(notes), QStringList{"http://www.library.org"}) << "links are drawn when the record is shown";
+
+    // Typing at the end, a line break included, then a filter button that takes no focus.
+    notes->setFocus(Qt::MouseFocusReason);
+    ASSERT_TRUE(notes->hasFocus());
+    notes->moveCursor(QTextCursor::End);
+    QTest::keyClicks(notes, QStringLiteral(", (see mailto:ann@example.org). WWW.x.y"));
+    QTest::keyClick(notes, Qt::Key_Return);
+    QTest::keyClicks(notes, QStringLiteral("nap:song  ftp.x.org/a b"));
+    const QString typed = QStringLiteral("Sources: www.library.org, (see mailto:ann@example.org). WWW.x.y\n"
+                                         "nap:song  ftp.x.org/a b");
+    EXPECT_EQ(linkTargets(notes), (QStringList{"http://www.library.org,", "mailto:ann@example.org).", "nap:song",
+                                               "ftp://ftp.x.org/a"}));
+    w.clickFilter("Incomplete", 0);
+    EXPECT_EQ(storedNotes("Essay"), typed);
+
+    // A click on a link opens it and leaves the notes as they are; the keyboard leaving the field
+    // after more typing saves that typing, still as typed.
+    Workspace::takeOpened();
+    w.select("Essay");
+    w.form()->tabs->setCurrentIndex(SidebarForm::NotesTab);
+    ASSERT_EQ(notes->toPlainText(), typed);
+    click(notes, int(typed.indexOf("nap:")));
+    const QList<Workspace::Opened> opened = Workspace::takeOpened();
+    ASSERT_EQ(opened.size(), 1);
+    EXPECT_EQ(opened[0].url, QUrl("nap:song"));
+    EXPECT_EQ(storedNotes("Essay"), typed);
+    notes->setFocus(Qt::MouseFocusReason);
+    notes->moveCursor(QTextCursor::End);
+    QTest::keyClicks(notes, QStringLiteral(" www.more.org."));
+    w.form()->nameField->setFocus(Qt::TabFocusReason);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(storedNotes("Essay"), typed + QStringLiteral(" www.more.org."));
+    EXPECT_EQ(storedNotes("Lab"), QString());
+}
