@@ -5,6 +5,9 @@
 #include <QTextBlock>
 #include <QTextDocument>
 
+#include <algorithm>
+#include <utility>
+
 LinkHighlighter::LinkHighlighter(QTextDocument *document)
     : QSyntaxHighlighter(document)
 {
@@ -20,32 +23,40 @@ QColor LinkHighlighter::linkColour()
 
 void LinkHighlighter::setLinkColour(int position, const QColor &colour)
 {
-    const QTextBlock previous = m_coloured.isNull() ? QTextBlock() : m_coloured.block();
-    m_coloured = QTextCursor(document());
-    m_coloured.setPosition(position);
-    m_colour = colour;
-    if (previous.isValid() && previous != m_coloured.block())
-        rehighlightBlock(previous);
-    rehighlightBlock(m_coloured.block());
+    auto same = std::find_if(m_coloured.begin(), m_coloured.end(),
+                             [position](const Coloured &link) { return link.start.position() == position; });
+    if (same != m_coloured.end()) {
+        same->colour = colour;
+    } else {
+        QTextCursor start(document());
+        start.setPosition(position);
+        m_coloured.append({start, colour});
+    }
+    rehighlightBlock(document()->findBlock(position));
 }
 
 void LinkHighlighter::highlightBlock(const QString &text)
 {
     QList<QTextLayout::FormatRange> links = URLTextViewAdditions::detectURLs(text, linkColour());
-    const int colouredStart = m_coloured.isNull() ? -1 : m_coloured.position() - currentBlock().position();
-    for (QTextLayout::FormatRange &link : links) {
-        if (link.start == colouredStart)
-            link.format.setForeground(m_colour);
-        setFormat(link.start, link.length, link.format);
+    const QTextBlock block = currentBlock();
+    for (const Coloured &coloured : m_coloured) {
+        if (!block.contains(coloured.start.position()))
+            continue;
+        const int start = coloured.start.position() - block.position();
+        for (QTextLayout::FormatRange &link : links)
+            if (link.start == start)
+                link.format.setForeground(coloured.colour);
     }
+    for (const QTextLayout::FormatRange &link : links)
+        setFormat(link.start, link.length, link.format);
 }
 
 void LinkHighlighter::textChanged(int, int removed, int added)
 {
     // Re-drawing formats reports a change of nothing; only a change of text resets the colours.
-    if ((removed == 0 && added == 0) || m_coloured.isNull())
+    if ((removed == 0 && added == 0) || m_coloured.isEmpty())
         return;
-    const QTextBlock block = m_coloured.block();
-    m_coloured = QTextCursor();
-    rehighlightBlock(block);
+    const QList<Coloured> coloured = std::exchange(m_coloured, {});
+    for (const Coloured &link : coloured)
+        rehighlightBlock(link.start.block());
 }

@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QSyntaxHighlighter>
+#include <QList>
 #include <QTextCursor>
 
 // Draws the addresses in a notes document as links. Works paragraph by paragraph, as a paragraph
@@ -17,7 +18,7 @@ public:
     // The colour of new links.
     static QColor linkColour();
     // The link starting at a position of the document drawn in another colour until the text next
-    // changes, when every link is drawn as new again.
+    // changes, when every link is drawn as new again. Several links can be coloured at once.
     void setLinkColour(int position, const QColor &colour);
 
 protected:
@@ -26,7 +27,10 @@ protected:
 private:
     void textChanged(int position, int removed, int added);
 
-    // Where the coloured link starts; a cursor, so that it follows edits above it. Null for none.
-    QTextCursor m_coloured;
-    QColor m_colour;
+    // The links drawn in another colour, by where they start; cursors, so that they follow edits.
+    struct Coloured {
+        QTextCursor start;
+        QColor colour;
+    };
+    QList<Coloured> m_coloured;
 };

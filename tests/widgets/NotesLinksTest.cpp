@@ -246,9 +246,18 @@ TEST_F(NotesField, PressingALinkAndReleasingOnItOpensItOnce)
     EXPECT_EQ(field->textCursor().position(), 0);
     EXPECT_FALSE(field->textCursor().hasSelection());
 
+    // Another link pressed: each keeps its pressed-after colour.
+    const QPoint onNap = pointOf(6, 8);
+    press(onNap);
+    release(onNap);
+    ASSERT_EQ(Workspace::takeOpened().size(), 1);
+    EXPECT_EQ(drawnLinks().at(0).colour, BVTableView::visitedLinkColour());
+    EXPECT_EQ(drawnLinks().at(1).colour, BVTableView::visitedLinkColour());
+
     // The next change of text draws every link as new again.
     QTest::keyClicks(field, QStringLiteral("A "));
-    EXPECT_EQ(drawnLinks().at(1).colour, LinkHighlighter::linkColour());
+    for (const Drawn &link : drawnLinks())
+        EXPECT_EQ(link.colour, LinkHighlighter::linkColour()) << link.text.toStdString();
 }
 
 TEST_F(NotesField, DraggingOffALinkOpensNothing)
