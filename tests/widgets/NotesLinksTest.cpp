@@ -271,6 +271,12 @@ TEST_F(NotesField, DraggingOffALinkOpensNothing)
     EXPECT_EQ(drawnLinks().at(0).colour, BVTableView::visitedLinkColour());
     EXPECT_FALSE(field->textCursor().hasSelection()) << "the drag selected nothing";
 
+    // The text replaced underneath a held link (another record shown): the release opens nothing.
+    press(onLink);
+    field->setString(QStringLiteral("www.other.org and more words"));
+    release(onLink);
+    EXPECT_TRUE(Workspace::takeOpened().isEmpty());
+
     // A click beside a link is a click in the text: past the end of its line, or in the margin
     // before it, where the nearest character is the link's first.
     field->setString(QStringLiteral("www.example.com\nsecond line that is longer"));
