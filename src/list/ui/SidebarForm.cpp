@@ -4,6 +4,7 @@
 #include "list/ui/FilePicker.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
+#include "widgets/BVTableView.h"
 #include "widgets/Icons.h"
 
 #include <QCheckBox>
@@ -127,10 +128,11 @@ QWidget *SidebarForm::buildNotes()
 {
     auto *page = new QWidget;
     page->setObjectName(QStringLiteral("notesTab"));
-    notesField = new QPlainTextEdit;
+    auto *notes = new BVTableView;
+    notes->setPlaceholderString(NotesPlaceholder);
+    notesField = notes;
     notesField->setObjectName(QStringLiteral("notesField"));
     notesField->setAccessibleName(tr("Notes"));
-    notesField->setPlaceholderText(NotesPlaceholder);
     notesField->setTabChangesFocus(true);
     auto *layout = new QVBoxLayout(page);
     layout->addWidget(notesField);

@@ -6,6 +6,7 @@
 #include "store/ui/ListEditing.h"
 #include "store/ui/Named.h"
 #include "store/ui/TypesListModel.h"
+#include "widgets/BVTableView.h"
 #include "widgets/Icons.h"
 
 #include <QComboBox>
@@ -78,8 +79,9 @@ CourseFormPage::CourseFormPage(QWidget *parent)
     form->addRow(contactsCaption, m_contacts);
     layout->addLayout(form);
 
-    m_notes = named(new QPlainTextEdit, QStringLiteral("courseNotes"), NotesPlaceholder);
-    m_notes->setPlaceholderText(NotesPlaceholder);
+    auto *notes = named(new BVTableView, QStringLiteral("courseNotes"), NotesPlaceholder);
+    notes->setPlaceholderString(NotesPlaceholder);
+    m_notes = notes;
     m_notes->setTabChangesFocus(true);
     m_notes->setMinimumHeight(60);
     m_notes->installEventFilter(this);

@@ -3,6 +3,7 @@
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/Named.h"
+#include "widgets/BVTableView.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -48,8 +49,9 @@ TextbookFormPage::TextbookFormPage(QWidget *parent)
     addNumberedFields(form, QStringLiteral("textbookField"), 5, m_fields, m_fieldCaptions);
     layout->addLayout(form);
 
-    m_notes = named(new QPlainTextEdit, QStringLiteral("textbookNotes"), NotesPlaceholder);
-    m_notes->setPlaceholderText(NotesPlaceholder);
+    auto *notes = named(new BVTableView, QStringLiteral("textbookNotes"), NotesPlaceholder);
+    notes->setPlaceholderString(NotesPlaceholder);
+    m_notes = notes;
     m_notes->setTabChangesFocus(true);
     m_notes->installEventFilter(this);
     layout->addWidget(m_notes, 1);
