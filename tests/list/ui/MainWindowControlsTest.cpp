@@ -57,9 +57,9 @@ TEST(MainWindowControls, TheSnapshotButtonSaysNoneWithoutAnImageAndShowsATiffSna
     Window w;
     w.select("Plain");
     EXPECT_EQ(w.form()->snapshotButton->text(), "none");
-    EXPECT_TRUE(w.form()->snapshotButton->icon().isNull());
+    EXPECT_TRUE(w.form()->snapshotButton->image().isNull());
     w.select("Pictured");
-    EXPECT_FALSE(w.form()->snapshotButton->icon().isNull());
+    EXPECT_FALSE(w.form()->snapshotButton->image().isNull());
     EXPECT_EQ(w.form()->snapshotButton->text(), "");
 }
 
