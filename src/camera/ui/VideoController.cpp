@@ -112,7 +112,9 @@ bool VideoController::showVideoWindowWithInitialImage(const QImage &image, QObje
 void VideoController::takeSnapshot()
 {
     if (m_camera) {
-        saveSnapshot(m_camera->currentFrame().image());
+        // A copy: saving stops the camera, and with it goes the frame it holds.
+        const QImage frame = m_camera->currentFrame().image();
+        saveSnapshot(frame);
         return;
     }
     m_camera = cameraFactory()();

@@ -1,6 +1,7 @@
 #include "list/ui/MainWindowTestSupport.h"
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarController.h"
+#include "camera/ui/NSButton_Snapshot.h"
 #include "list/ui/FormatControl.h"
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
