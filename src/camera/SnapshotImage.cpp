@@ -17,7 +17,9 @@ QByteArray encode(const QImage &image)
     QBuffer buffer(&data);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, "png");
-    if (!writer.write(image)) {
+    // Eight bits a channel, as a camera gives; a deeper picture would only make the file larger.
+    const QImage stored = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    if (!writer.write(stored)) {
         qCWarning(lcCamera) << "The snapshot could not be encoded:" << writer.errorString();
         return {};
     }

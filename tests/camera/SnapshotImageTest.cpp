@@ -51,6 +51,10 @@ TEST(SnapshotImage, APictureIsStoredAsPngAndReadsBackPixelForPixel)
     ASSERT_EQ(back.size(), QSize(640, 480));
     EXPECT_EQ(back.convertToFormat(QImage::Format_RGB32), picture);
 
+    // A deep picture is kept at eight bits a channel.
+    const QImage deep = picture.convertToFormat(QImage::Format_RGBA64);
+    EXPECT_EQ(SnapshotImage::decode(SnapshotImage::encode(deep)).depth(), 32);
+
     EXPECT_TRUE(SnapshotImage::encode(QImage()).isEmpty());
     EXPECT_TRUE(SnapshotImage::decode(QByteArray()).isNull());
     EXPECT_TRUE(SnapshotImage::decode("not a picture at all").isNull());
