@@ -1,11 +1,9 @@
-#include "camera/CSGImage.h"
 #include "camera/SnapshotImage.h"
 #include "camera/StillPictureCamera.h"
 #include "camera/ui/MultimediaCamera.h"
 
 #include <QBuffer>
 #include <QImageWriter>
-#include <QRegularExpression>
 #include <QTest>
 #include <gtest/gtest.h>
 
@@ -69,31 +67,6 @@ TEST(SnapshotImage, OlderTiffAndJpegSnapshotsAreRead)
         EXPECT_TRUE(near(back.pixel(40, 120), Qt::red)) << format;
         EXPECT_TRUE(near(back.pixel(280, 120), Qt::blue)) << format;
     }
-}
-
-TEST(SnapshotImage, TheShownPictureIsStretchedOverTheWholeSizeWithoutKeepingItsShape)
-{
-    const QImage shown = SnapshotImage::stretched(halves(SnapshotImage::CaptureSize), QSize(100, 20));
-    ASSERT_EQ(shown.size(), QSize(100, 20));
-    // Both halves reach the top and bottom rows and the outer columns: nothing is letterboxed.
-    for (int y : {0, 19}) {
-        EXPECT_TRUE(near(shown.pixel(0, y), Qt::red));
-        EXPECT_TRUE(near(shown.pixel(45, y), Qt::red));
-        EXPECT_TRUE(near(shown.pixel(55, y), Qt::blue));
-        EXPECT_TRUE(near(shown.pixel(99, y), Qt::blue));
-    }
-    EXPECT_EQ(qAlpha(shown.pixel(50, 10)), 255);
-    EXPECT_TRUE(SnapshotImage::stretched(QImage(), QSize(10, 10)).isNull());
-    EXPECT_TRUE(SnapshotImage::stretched(shown, QSize(0, 10)).isNull());
-}
-
-TEST(SnapshotImage, AFrameDescribesItselfWithItsSampleTime)
-{
-    const CSGImage frame(halves(QSize(4, 4)), 1.25);
-    EXPECT_TRUE(QRegularExpression(QStringLiteral("^<CSGImage: 0x[0-9a-f]+> \\(sampleTime=1\\.2500\\)$"))
-                    .match(frame.description())
-                    .hasMatch())
-        << frame.description().toStdString();
 }
 
 TEST(SnapshotImage, TheCameraPictureFillsTheFrameCutAroundItsCentre)
