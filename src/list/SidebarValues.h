@@ -21,7 +21,7 @@ struct SidebarValues {
     QVariantList contacts;
     QString contactsText; // the contacts line as shown: each record by its name
     QString file;         // the file picker's path; empty when it holds no file
-    QByteArray snapshot;  // TIFF data; empty when there is no image
+    QByteArray snapshot;  // image data as stored; empty when there is no image
 
     // The three date pull-downs: the selected titles, empty when nothing is selected.
     QString monthTitle;

@@ -1,5 +1,7 @@
 #include "list/ui/DetailsSidebar.h"
 
+#include "camera/ui/NSButton_Snapshot.h"
+#include "camera/ui/VideoController.h"
 #include "list/Controller.h"
 #include "list/CoursesFile.h"
 #include "list/Editing.h"
@@ -170,6 +172,11 @@ void DetailsSidebar::connectEditors()
     });
     connect(f->prioritySlider, &QSlider::sliderReleased, this, [this] { edit(Sender::Other); });
     connect(f->filePicker, &FilePicker::pathChanged, this, [this] { edit(Sender::Other); });
+    connect(f->snapshotButton, &QToolButton::clicked, this, [this] {
+        // The button takes no focus: a field still being typed in is handed over first.
+        commitPendingEdit();
+        VideoController::sharedController()->showVideoWindowWithInitialImage(m_form->snapshotButton->image(), this);
+    });
     f->notesField->installEventFilter(this);
 
     DateEditor *date = f->dateEditor;
@@ -233,7 +240,7 @@ SidebarValues DetailsSidebar::sidebarValues() const
         ? m_shown.contacts
         : SidebarEditing::contactsFromText(values.contactsText, m_shown.contacts);
     values.file = f->filePicker->path();
-    values.snapshot = m_shown.snapshot;
+    values.snapshot = f->snapshotButton->imageData();
     return values;
 }
 
@@ -284,6 +291,12 @@ void DetailsSidebar::setSidebarValues(const SidebarValues &values)
 }
 
 // --- editing ---------------------------------------------------------------------------------------
+
+void DetailsSidebar::snapshotImageWasTaken(const QImage &image)
+{
+    m_form->snapshotButton->setImage(image);
+    edit(Sender::Other);
+}
 
 void DetailsSidebar::edit(Sender sender)
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "camera/SnapshotDelegate.h"
 #include "list/SidebarEditing.h"
 #include "list/SidebarValues.h"
 
@@ -16,7 +17,7 @@ class SubprojectsModel;
 // The details sidebar: with nothing selected the student's details and the courses box; with
 // several rows a count; with one row the editors of SidebarForm on their three tabs. Every editor
 // hands its value to the list when the user is done with it, and shows what the list gives back.
-class DetailsSidebar : public QWidget, public SidebarEditor
+class DetailsSidebar : public QWidget, public SidebarEditor, public SnapshotDelegate
 {
     Q_OBJECT
 public:
@@ -27,6 +28,8 @@ public:
     // SidebarEditor
     SidebarValues sidebarValues() const override;
     void setSidebarValues(const SidebarValues &values) override;
+    // SnapshotDelegate: a picture taken (or cleared) in the video window, stored as an edit.
+    void snapshotImageWasTaken(const QImage &image) override;
 
     Page page() const;
     SidebarForm *form() const { return m_form; }

@@ -1,5 +1,6 @@
 #include "list/ui/SidebarForm.h"
 
+#include "camera/ui/NSButton_Snapshot.h"
 #include "list/ui/DateEditor.h"
 #include "list/ui/FilePicker.h"
 #include "store/Labels.h"
@@ -26,9 +27,6 @@ using namespace PreferenceKeys;
 namespace {
 const QString NonePlaceholder = QStringLiteral("none");
 const QString NotesPlaceholder = QStringLiteral("notes");
-const QString CameraNotAvailable = QStringLiteral("The camera is not available yet");
-// The snapshot button's title while the assignment has no snapshot.
-const QString NoSnapshotTitle = QStringLiteral("none");
 
 QComboBox *comboBox(const QString &name)
 {
@@ -84,13 +82,11 @@ QWidget *SidebarForm::buildDetails()
     prioritySlider->setTickPosition(QSlider::TicksBelow);
     prioritySlider->setPageStep(1);
     filePicker = new FilePicker;
-    snapshotButton = new QToolButton;
+    snapshotButton = new NSButton_Snapshot;
     snapshotButton->setObjectName(QStringLiteral("snapshotButton"));
     snapshotButton->setAccessibleName(tr("Snapshot"));
-    snapshotButton->setIconSize(QSize(96, 72));
     snapshotButton->setMinimumSize(100, 76);
-    snapshotButton->setToolTip(CameraNotAvailable);
-    snapshotButton->setEnabled(false);
+    snapshotButton->setToolTip(tr("Take a snapshot with the camera"));
     contactsField = new QLineEdit;
     contactsField->setObjectName(QStringLiteral("contactsField"));
     contactsField->setAccessibleName(tr("Contacts"));
@@ -196,12 +192,7 @@ void SidebarForm::applyLabels()
     completedCheckbox->setAccessibleName(Labels::label(LabelKeys::Completed));
 }
 
-void SidebarForm::showSnapshot(const QByteArray &tiff)
+void SidebarForm::showSnapshot(const QByteArray &data)
 {
-    QPixmap image;
-    if (!tiff.isEmpty())
-        image.loadFromData(tiff);
-    snapshotButton->setIcon(image.isNull() ? QIcon() : QIcon(image));
-    snapshotButton->setText(image.isNull() ? NoSnapshotTitle : QString());
-    snapshotButton->setToolButtonStyle(image.isNull() ? Qt::ToolButtonTextOnly : Qt::ToolButtonIconOnly);
+    snapshotButton->setImageData(data);
 }

@@ -5,6 +5,7 @@
 
 class DateEditor;
 class FilePicker;
+class NSButton_Snapshot;
 class QCheckBox;
 class QComboBox;
 class QLabel;
@@ -31,8 +32,8 @@ public:
 
     // The course, textbook, type and grade captions read the user's labels.
     void applyLabels();
-    // Shows the snapshot image (TIFF data; empty for none).
-    void showSnapshot(const QByteArray &tiff);
+    // Shows the stored snapshot (image data; empty for none).
+    void showSnapshot(const QByteArray &data);
 
     QTabWidget *tabs = nullptr;
     QLineEdit *nameField = nullptr;
@@ -44,7 +45,7 @@ public:
     QLineEdit *gradeField = nullptr;
     QSlider *prioritySlider = nullptr;
     FilePicker *filePicker = nullptr;
-    QToolButton *snapshotButton = nullptr;
+    NSButton_Snapshot *snapshotButton = nullptr;
     QLineEdit *contactsField = nullptr;
     QPlainTextEdit *notesField = nullptr;
     QTableView *subprojectsTable = nullptr;

@@ -1,6 +1,7 @@
 #include "list/ui/MainWindowTestSupport.h"
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarController.h"
+#include "camera/ui/NSButton_Snapshot.h"
 #include "list/ui/FormatControl.h"
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -57,9 +58,9 @@ TEST(MainWindowControls, TheSnapshotButtonSaysNoneWithoutAnImageAndShowsATiffSna
     Window w;
     w.select("Plain");
     EXPECT_EQ(w.form()->snapshotButton->text(), "none");
-    EXPECT_TRUE(w.form()->snapshotButton->icon().isNull());
+    EXPECT_TRUE(w.form()->snapshotButton->image().isNull());
     w.select("Pictured");
-    EXPECT_FALSE(w.form()->snapshotButton->icon().isNull());
+    EXPECT_FALSE(w.form()->snapshotButton->image().isNull());
     EXPECT_EQ(w.form()->snapshotButton->text(), "");
 }
 

@@ -1,0 +1,3 @@
+#include "camera/CameraLog.h"
+
+Q_LOGGING_CATEGORY(lcCamera, "quillory.camera")
