@@ -5,6 +5,9 @@
 #include "platform/PropertyList.h"
 
 #include <QApplication>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QTimer>
@@ -33,8 +36,67 @@ void OpenRequests::add(const QStringList &files, bool raise)
 
 void OpenRequests::windowShown(QWidget *window)
 {
+    if (window && window != m_window) {
+        // Drops land here where no control of the window takes them itself (the attachment field
+        // keeps its own, and the calendars their assignments).
+        window->setAcceptDrops(true);
+        window->installEventFilter(this);
+    }
     m_window = window;
     scheduleProcessing();
+}
+
+QStringList OpenRequests::localFiles(const QMimeData *data)
+{
+    QStringList files;
+    if (!data || !data->hasUrls())
+        return files;
+    const QList<QUrl> urls = data->urls();
+    for (const QUrl &url : urls) {
+        // A link from a browser is no file of ours to read; such a drag is not taken at all.
+        if (!url.isLocalFile())
+            return {};
+        files.append(url.toLocalFile());
+    }
+    return files;
+}
+
+bool OpenRequests::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_window)
+        return QObject::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove: {
+        auto *drag = static_cast<QDragMoveEvent *>(event);
+        // Every local file is taken, backup or not: one that is not gets the same message as on the
+        // command line, which says why better than a cursor that only refuses.
+        if (!localFiles(drag->mimeData()).isEmpty() && (drag->possibleActions() & Qt::CopyAction)) {
+            drag->setDropAction(Qt::CopyAction);
+            drag->accept();
+        } else {
+            drag->ignore();
+        }
+        return true;
+    }
+    case QEvent::Drop: {
+        auto *drop = static_cast<QDropEvent *>(event);
+        const QStringList files = localFiles(drop->mimeData());
+        if (files.isEmpty()) {
+            drop->ignore();
+            return true;
+        }
+        drop->setDropAction(Qt::CopyAction);
+        drop->accept();
+        qCInfo(lcOpen) << "Dropped on the window:" << files;
+        // Opened from the main loop once the drop has returned: the file manager waits for the
+        // drop to end, and the import's questions must not keep it waiting.
+        add(files, false);
+        return true;
+    }
+    default:
+        return QObject::eventFilter(watched, event);
+    }
 }
 
 void OpenRequests::scheduleProcessing(int delayMs)
