@@ -25,10 +25,13 @@ OpenRequests::OpenRequests(QObject *parent)
 {
 }
 
-void OpenRequests::add(const QStringList &files, bool raise)
+void OpenRequests::add(const QStringList &files, bool raise, const Raiser &raiser)
 {
     m_pending.append(files);
     m_raise = m_raise || raise;
+    // The newest later start's token is the one for the user's latest click.
+    if (raise && raiser)
+        m_raiser = raiser;
     if (raise)
         qCInfo(lcOpen) << "A later start asks for the window" << files;
     scheduleProcessing();
@@ -126,9 +129,15 @@ void OpenRequests::process()
         if (m_window->isMinimized())
             m_window->showNormal();
         QWidget *front = modal ? modal : m_window.data();
-        front->raise();
-        front->activateWindow();
-        qCInfo(lcOpen) << "Raised the window for a later start";
+        QString how = QStringLiteral("activated");
+        if (m_raiser) {
+            how = m_raiser(front);
+            m_raiser = nullptr;
+        } else {
+            front->raise();
+            front->activateWindow();
+        }
+        qCInfo(lcOpen).noquote() << "Raised the window for a later start:" << how;
     }
     if (m_pending.isEmpty())
         return;

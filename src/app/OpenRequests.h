@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QStringList>
 
+#include <functional>
+
 class QWidget;
 
 // Files to open and requests to come to the front, from this program's own command line, from a
@@ -20,8 +22,12 @@ public:
 
     explicit OpenRequests(QObject *parent = nullptr);
 
-    // `raise`: bring the window to the front (a later start asked for it).
-    void add(const QStringList &files, bool raise);
+    // Brings a window to the front and says how, for the log.
+    using Raiser = std::function<QString(QWidget *)>;
+
+    // `raise`: bring the window to the front (a later start asked for it), with `raiser` when the
+    // later start brought the desktop's permission to do so.
+    void add(const QStringList &files, bool raise, const Raiser &raiser = {});
     // The main window is on screen: whatever waited is done now, and files dropped on it from now
     // on are opened the same way.
     void windowShown(QWidget *window);
@@ -43,5 +49,6 @@ private:
     QPointer<QWidget> m_window;
     QStringList m_pending;
     bool m_raise = false;
+    Raiser m_raiser;
     bool m_scheduled = false;
 };
