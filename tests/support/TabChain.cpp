@@ -93,7 +93,8 @@ QStringList faults(QWidget *window, const QList<Stop> &stops)
         // One row when they overlap vertically by at least half of the smaller one.
         const int overlap = std::min(a.bottom(), b.bottom()) - std::max(a.top(), b.top());
         const bool sameRow = overlap >= std::min(a.height(), b.height()) / 2;
-        const bool inOrder = sameRow ? b.left() >= a.left() : b.top() >= a.top();
+        // Down the page, or on to the next column to the right (a list beside its form).
+        const bool inOrder = sameRow ? b.left() >= a.left() : (b.top() >= a.top() || b.left() > a.right());
         if (!inOrder)
             found.append(QStringLiteral("%1 -> %2 goes against reading order").arg(stops.at(i - 1).name, label));
     }

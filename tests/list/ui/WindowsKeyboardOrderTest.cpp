@@ -7,12 +7,15 @@
 #include "exchange/ui/ExportToiCal.h"
 #include "list/ui/AboutDialog.h"
 #include "list/ui/MultipleAssignmentsSheet.h"
+#include "platform/Paths.h"
+#include "platform/PropertyList.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/CoursesAndTextbooks.h"
 #include "store/ui/PreferencesWindow.h"
 #include "sync/ui/SyncingPrefs.h"
 
 #include <QComboBox>
+#include <QListView>
 #include <QDialog>
 #include <QPushButton>
 
@@ -49,6 +52,38 @@ TEST(WindowsKeyboardOrder, TheCalculatorsAndTheCoursesWindow)
         expectReadableChain(window, window->objectName().toLatin1().constData());
         window->close();
     }
+}
+
+TEST(WindowsKeyboardOrder, TheCoursesWindowIsWorkedFromTheKeyboardAlone)
+{
+    freshPreferences();
+    setGeneral(PreferenceKeys::GeneralKeys::DisplayWarningMessages, false);
+    writeCourses({course("History")});
+    CoursesAndTextbooks window;
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    auto courses = [] { return PropertyList::readFile(Paths::coursesFile()).value_or(QVariant()).toList().size(); };
+    ASSERT_EQ(courses(), 1);
+
+    // New course: the keyboard goes to its name.
+    QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : &window, Qt::Key_N, Qt::ControlModifier);
+    EXPECT_EQ(courses(), 2);
+    ASSERT_NE(QApplication::focusWidget(), nullptr);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("Biology"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    // New textbook for it, from wherever the keyboard is.
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(courses(), 3);
+    expectReadableChain(&window, "courses window with a textbook shown");
+
+    // Delete in the list removes the selected record; in a text field it stays the field's key.
+    auto *list = window.findChild<QListView *>(QStringLiteral("coursesTable"));
+    ASSERT_NE(list, nullptr);
+    list->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(list, Qt::Key_Delete);
+    EXPECT_EQ(courses(), 2);
 }
 
 TEST(WindowsKeyboardOrder, EveryPreferencesPane)
