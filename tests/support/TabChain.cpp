@@ -57,11 +57,15 @@ QList<Stop> walk(QWidget *window, QWidget *first)
         current = next;
     }
     // A window may open with the keyboard on its default button; the cycle is read from the stop
-    // that comes first on the page.
+    // that comes first on the page: the leftmost of the top row.
     if (stops.size() > 1 && stops.last().name != QStringLiteral("<keeps Tab>")) {
-        const auto first = std::min_element(stops.begin(), stops.end(), [](const Stop &a, const Stop &b) {
-            return std::make_pair(a.rect.top(), a.rect.left()) < std::make_pair(b.rect.top(), b.rect.left());
-        });
+        const auto top = std::min_element(stops.begin(), stops.end(),
+                                          [](const Stop &a, const Stop &b) { return a.rect.top() < b.rect.top(); });
+        auto first = top;
+        for (auto it = stops.begin(); it != stops.end(); ++it) {
+            if (it->rect.top() <= top->rect.bottom() && it->rect.left() < first->rect.left())
+                first = it;
+        }
         std::rotate(stops.begin(), first, stops.end());
     }
     return stops;

@@ -152,3 +152,16 @@ TEST(WindowsKeyboardOrder, TheSheetsTheAboutBoxAndTheCalendarPopUp)
     EXPECT_FALSE(stops.isEmpty());
     EXPECT_TRUE(TabChain::faults(&popUp, stops).isEmpty()) << TabChain::faults(&popUp, stops).join(QLatin1Char('\n')).toStdString();
 }
+
+TEST(WindowsKeyboardOrder, TheWeeklyAndMonthlyCalendars)
+{
+    freshPreferences();
+    setGeneral(PreferenceKeys::GeneralKeys::MainWindowTransition, 0);
+    writeStore({record("Essay", {{"Date", stored(2026, 11, 24)}})});
+    Window w;
+    for (MainMenus::Command format : {MainMenus::Command::FormatWeekly, MainMenus::Command::FormatMonthly}) {
+        w.window->perform(format);
+        QCoreApplication::processEvents();
+        expectReadableChain(w.window.get(), format == MainMenus::Command::FormatWeekly ? "weekly" : "monthly", 3);
+    }
+}
