@@ -96,6 +96,9 @@ AboutDialog::AboutDialog(QWidget *parent)
 
     setTabOrder(m_folder, m_openFolder);
     setTabOrder(m_openFolder, close);
+    // Opens with the keyboard on Close, so Return or Space puts the box away; Tab goes back up to the
+    // folder's path.
+    close->setFocus(Qt::OtherFocusReason);
 }
 
 QString AboutDialog::descriptionText() const

@@ -9,6 +9,7 @@
 #include "platform/Workspace.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
@@ -102,6 +103,9 @@ TEST(HelpAndAboutWindow, AboutShowsVersionLicenceAndTheDataFolderItOpens)
     AboutDialog *about = w.window->aboutDialog();
     ASSERT_NE(about, nullptr);
     EXPECT_TRUE(about->isVisible());
+    auto *buttons = about->findChild<QDialogButtonBox *>();
+    ASSERT_NE(buttons, nullptr);
+    EXPECT_EQ(about->focusWidget(), buttons->button(QDialogButtonBox::Close));
     // Asked again: the same box comes to the front.
     w.window->menus()->action(Command::About)->trigger();
     EXPECT_EQ(w.window->aboutDialog(), about);
