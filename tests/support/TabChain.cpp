@@ -14,8 +14,11 @@ constexpr int MaxStops = 80;
 
 QString accessibleName(QWidget *widget)
 {
+    // On Linux a pop-up announces its current text as its name (its label goes by a relation), so an
+    // empty one falls back to the name the program gave it.
     QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
-    return interface ? interface->text(QAccessible::Name) : QString();
+    const QString name = interface ? interface->text(QAccessible::Name) : QString();
+    return name.isEmpty() ? widget->accessibleName() : name;
 }
 
 QWidget *focusIn(QWidget *window)
