@@ -73,6 +73,7 @@ TEST(KeyboardOrder, TheCoursesWindowIsWorkedFromTheKeyboardAlone)
     ASSERT_NE(QApplication::focusWidget(), nullptr);
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("Biology"));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    expectReadableChain(&window, "courses window with a course shown");
     // New textbook for it, from wherever the keyboard is.
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(courses(), 3);
