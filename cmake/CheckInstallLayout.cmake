@@ -23,6 +23,7 @@ set(expected
   bin/quillory
   share/applications/${APP_ID}.desktop
   share/metainfo/${APP_ID}.metainfo.xml
+  share/mime/packages/${APP_ID}.xml
   share/icons/hicolor/scalable/apps/${APP_ID}.svg
   share/man/man1/quillory.1.gz
   share/doc/quillory/copyright
@@ -89,5 +90,38 @@ execute_process(COMMAND ${APPSTREAMCLI} validate --no-net --explain "${prefix}/s
                 RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "appstreamcli validate:\n${output}")
+endif()
+# The file manager knows a backup by its content and offers Quillory for it. The database is
+# built in the test prefix, as dpkg's trigger builds it in /usr/share/mime, and asked about two
+# files written the way the program writes them: a backup, and a data file that must stay plain XML.
+find_program(UPDATE_MIME_DATABASE update-mime-database REQUIRED)
+find_program(GIO gio REQUIRED)
+execute_process(COMMAND ${UPDATE_MIME_DATABASE} "${prefix}/share/mime"
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(NOT result EQUAL 0 OR output MATCHES "[Ww]arning|[Ee]rror")
+  message(FATAL_ERROR "update-mime-database:\n${output}")
+endif()
+set(plist_header "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist version=\"1.0\">\n")
+file(WRITE "${WORK_DIR}/samples/Quillory Backup" "${plist_header}<array>\n\t<array/>\n\t<array>\n\t\t<dict/>\n\t</array>\n\t<array/>\n</array>\n</plist>\n")
+file(WRITE "${WORK_DIR}/samples/Assignments.plist" "${plist_header}<array>\n\t<dict>\n\t\t<key>Name</key>\n\t\t<string>Essay</string>\n\t</dict>\n</array>\n</plist>\n")
+foreach(sample_and_type "Quillory Backup=application/x-quillory-backup" "Assignments.plist=application/xml")
+  string(REPLACE "=" ";" sample_and_type "${sample_and_type}")
+  list(GET sample_and_type 0 sample)
+  list(GET sample_and_type 1 wanted)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env "XDG_DATA_HOME=${prefix}/share" "XDG_DATA_DIRS=/usr/share"
+                          ${GIO} info -a standard::content-type "${WORK_DIR}/samples/${sample}"
+                  RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0 OR NOT output MATCHES "standard::content-type: ${wanted}\n")
+    message(FATAL_ERROR "\"${sample}\" should be ${wanted}:\n${output}")
+  endif()
+endforeach()
+# Every type the menu entry opens is one the desktop knows.
+file(STRINGS "${prefix}/share/applications/${APP_ID}.desktop" mime_line REGEX "^MimeType=")
+if(NOT mime_line MATCHES "^MimeType=application/x-quillory-backup\\\\?;$")
+  message(FATAL_ERROR "The desktop entry's MimeType line is '${mime_line}'")
+endif()
+file(STRINGS "${prefix}/share/applications/${APP_ID}.desktop" exec_line REGEX "^Exec=")
+if(NOT exec_line MATCHES "^Exec=quillory %[fF]$")
+  message(FATAL_ERROR "The desktop entry does not pass the files it opens: '${exec_line}'")
 endif()
 message(STATUS "Installed ${prefix}: ${installed}")

@@ -147,6 +147,10 @@ add_custom_target(quillory_desktop_files ALL DEPENDS ${ICON_PNGS} ${PACKAGING_OU
 install(TARGETS quillory RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${PACKAGING_SOURCE}/desktop/${QUILLORY_APP_ID}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${PACKAGING_OUT}/${QUILLORY_APP_ID}.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+# The backup file type, so that the file manager offers Quillory for it (dpkg's trigger of
+# shared-mime-info rebuilds the desktop's MIME cache when the package is installed).
+install(FILES ${PACKAGING_SOURCE}/desktop/${QUILLORY_APP_ID}.mime.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages
+        RENAME ${QUILLORY_APP_ID}.xml)
 install(FILES ${ICON_SVG} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps RENAME ${QUILLORY_APP_ID}.svg)
 install(FILES ${PACKAGING_OUT}/quillory.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${PACKAGING_SOURCE}/desktop/copyright ${PACKAGING_OUT}/changelog.gz

@@ -5,6 +5,9 @@
 #include "platform/PropertyList.h"
 
 #include <QApplication>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QTimer>
@@ -22,10 +25,13 @@ OpenRequests::OpenRequests(QObject *parent)
 {
 }
 
-void OpenRequests::add(const QStringList &files, bool raise)
+void OpenRequests::add(const QStringList &files, bool raise, const Raiser &raiser)
 {
     m_pending.append(files);
     m_raise = m_raise || raise;
+    // The newest later start's token is the one for the user's latest click.
+    if (raise && raiser)
+        m_raiser = raiser;
     if (raise)
         qCInfo(lcOpen) << "A later start asks for the window" << files;
     scheduleProcessing();
@@ -33,8 +39,67 @@ void OpenRequests::add(const QStringList &files, bool raise)
 
 void OpenRequests::windowShown(QWidget *window)
 {
+    if (window && window != m_window) {
+        // Drops land here where no control of the window takes them itself (the attachment field
+        // keeps its own, and the calendars their assignments).
+        window->setAcceptDrops(true);
+        window->installEventFilter(this);
+    }
     m_window = window;
     scheduleProcessing();
+}
+
+QStringList OpenRequests::localFiles(const QMimeData *data)
+{
+    QStringList files;
+    if (!data || !data->hasUrls())
+        return files;
+    const QList<QUrl> urls = data->urls();
+    for (const QUrl &url : urls) {
+        // A link from a browser is no file of ours to read; such a drag is not taken at all.
+        if (!url.isLocalFile())
+            return {};
+        files.append(url.toLocalFile());
+    }
+    return files;
+}
+
+bool OpenRequests::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_window)
+        return QObject::eventFilter(watched, event);
+    switch (event->type()) {
+    case QEvent::DragEnter:
+    case QEvent::DragMove: {
+        auto *drag = static_cast<QDragMoveEvent *>(event);
+        // Every local file is taken, backup or not: one that is not gets the same message as on the
+        // command line, which says why better than a cursor that only refuses.
+        if (!localFiles(drag->mimeData()).isEmpty() && (drag->possibleActions() & Qt::CopyAction)) {
+            drag->setDropAction(Qt::CopyAction);
+            drag->accept();
+        } else {
+            drag->ignore();
+        }
+        return true;
+    }
+    case QEvent::Drop: {
+        auto *drop = static_cast<QDropEvent *>(event);
+        const QStringList files = localFiles(drop->mimeData());
+        if (files.isEmpty()) {
+            drop->ignore();
+            return true;
+        }
+        drop->setDropAction(Qt::CopyAction);
+        drop->accept();
+        qCInfo(lcOpen) << "Dropped on the window:" << files;
+        // Opened from the main loop once the drop has returned: the file manager waits for the
+        // drop to end, and the import's questions must not keep it waiting.
+        add(files, false);
+        return true;
+    }
+    default:
+        return QObject::eventFilter(watched, event);
+    }
 }
 
 void OpenRequests::scheduleProcessing(int delayMs)
@@ -64,9 +129,15 @@ void OpenRequests::process()
         if (m_window->isMinimized())
             m_window->showNormal();
         QWidget *front = modal ? modal : m_window.data();
-        front->raise();
-        front->activateWindow();
-        qCInfo(lcOpen) << "Raised the window for a later start";
+        QString how = QStringLiteral("activated");
+        if (m_raiser) {
+            how = m_raiser(front);
+            m_raiser = nullptr;
+        } else {
+            front->raise();
+            front->activateWindow();
+        }
+        qCInfo(lcOpen).noquote() << "Raised the window for a later start:" << how;
     }
     if (m_pending.isEmpty())
         return;

@@ -4,10 +4,12 @@
 #include <QPointer>
 #include <QStringList>
 
+#include <functional>
+
 class QWidget;
 
-// Files to open and requests to come to the front, from this program's own command line or from a
-// later start that handed them over. They wait until the main window is up and no question is
+// Files to open and requests to come to the front, from this program's own command line, from a
+// later start that handed them over, or dropped on the main window from the file manager. They wait until the main window is up and no question is
 // open, then each file goes through the backup import (merge or replace) one after the other.
 class OpenRequests : public QObject
 {
@@ -20,13 +22,24 @@ public:
 
     explicit OpenRequests(QObject *parent = nullptr);
 
-    // `raise`: bring the window to the front (a later start asked for it).
-    void add(const QStringList &files, bool raise);
-    // The main window is on screen: whatever waited is done now.
+    // Brings a window to the front and says how, for the log.
+    using Raiser = std::function<QString(QWidget *)>;
+
+    // `raise`: bring the window to the front (a later start asked for it), with `raiser` when the
+    // later start brought the desktop's permission to do so.
+    void add(const QStringList &files, bool raise, const Raiser &raiser = {});
+    // The main window is on screen: whatever waited is done now, and files dropped on it from now
+    // on are opened the same way.
     void windowShown(QWidget *window);
 
     // True when `path` holds a property-list array whose first three elements are lists.
     static bool isBackup(const QString &path);
+
+    // The local files among dropped or pasted data, or an empty list when there are none.
+    static QStringList localFiles(const class QMimeData *data);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void scheduleProcessing(int delayMs = 0);
@@ -36,5 +49,6 @@ private:
     QPointer<QWidget> m_window;
     QStringList m_pending;
     bool m_raise = false;
+    Raiser m_raiser;
     bool m_scheduled = false;
 };

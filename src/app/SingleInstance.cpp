@@ -18,7 +18,10 @@ Q_LOGGING_CATEGORY(lcInstance, "quillory.app.instance")
 
 namespace {
 // The first thing on the wire, so that a stray client (or a future format) is told apart.
-constexpr quint32 RequestMagic = 0x51494f31; // "QIO1"
+constexpr quint32 RequestMagic = 0x51494f32; // "QIO2": files, then the activation tokens
+// What a copy from before the tokens sends: files only. Still read, so that an update installed
+// while a copy runs does not leave the new start unanswered.
+constexpr quint32 FilesOnlyMagic = 0x51494f31; // "QIO1"
 constexpr char Acknowledgement = 'k';
 constexpr int ConnectTimeoutMs = 2000;
 // A running copy answers at once from its event loop, but one busy at start-up (a download, a
@@ -85,7 +88,7 @@ QString SingleInstance::socketPath(const QString &dataFolder)
     return folder + name;
 }
 
-SingleInstance::Role SingleInstance::claim(const QStringList &files)
+SingleInstance::Role SingleInstance::claim(const QStringList &files, const WindowActivation &activation)
 {
     if (m_path.isEmpty()) {
         qCWarning(lcInstance) << "No private folder for the socket that keeps this to one running copy; running without it";
@@ -96,12 +99,12 @@ SingleInstance::Role SingleInstance::claim(const QStringList &files)
     QLockFile lock(m_path + QStringLiteral(".lock"));
     if (!lock.tryLock(LockTimeoutMs))
         qCWarning(lcInstance) << "Could not take" << lock.error() << m_path << "; going on without it";
-    if (handOver(files))
+    if (handOver(files, activation))
         return Role::HandedOver;
     return listen() ? Role::Primary : Role::Alone;
 }
 
-bool SingleInstance::handOver(const QStringList &files)
+bool SingleInstance::handOver(const QStringList &files, const WindowActivation &activation)
 {
     QLocalSocket socket;
     socket.connectToServer(m_path);
@@ -111,7 +114,7 @@ bool SingleInstance::handOver(const QStringList &files)
     QByteArray request;
     QDataStream out(&request, QIODevice::WriteOnly);
     out.setVersion(QDataStream::Qt_6_4);
-    out << RequestMagic << files;
+    out << RequestMagic << files << activation.waylandToken << activation.startupId;
     socket.write(request);
     if (!socket.waitForBytesWritten(ConnectTimeoutMs) && socket.bytesToWrite() > 0) {
         qCWarning(lcInstance) << "The running copy did not take the request:" << socket.errorString();
@@ -158,16 +161,21 @@ void SingleInstance::readRequest(QLocalSocket *socket)
     in.startTransaction();
     quint32 magic = 0;
     QStringList files;
+    WindowActivation activation;
     in >> magic;
-    if (in.status() == QDataStream::Ok && magic != RequestMagic) {
+    if (in.status() == QDataStream::Ok && magic != RequestMagic && magic != FilesOnlyMagic) {
         qCWarning(lcInstance) << "Ignoring a connection that is not a later start of Quillory";
         socket->abort();
         return;
     }
     in >> files;
+    if (magic == RequestMagic)
+        in >> activation.waylandToken >> activation.startupId;
     if (!in.commitTransaction())
         return; // the rest is still on its way
     socket->write(&Acknowledgement, 1);
     socket->flush();
-    Q_EMIT activationRequested(files);
+    if (!activation.isEmpty())
+        qCInfo(lcInstance) << "The later start brought an activation token" << (activation.waylandToken.isEmpty() ? "(X11 startup ID)" : "(Wayland)");
+    Q_EMIT activationRequested(files, activation);
 }

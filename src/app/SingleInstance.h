@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include "WindowActivation.h"
+
 class QLocalServer;
 class QLocalSocket;
 
@@ -27,18 +29,19 @@ public:
     explicit SingleInstance(const QString &dataFolder, QObject *parent = nullptr);
     ~SingleInstance() override;
 
-    // Either hands `files` to the copy already running or becomes the one that runs.
-    Role claim(const QStringList &files);
+    // Either hands `files` to the copy already running, with this start's permission to come to the
+    // front, or becomes the one that runs.
+    Role claim(const QStringList &files, const WindowActivation &activation = {});
 
     // Where the socket for `dataFolder` goes; empty when no private place can be found.
     static QString socketPath(const QString &dataFolder);
 
 Q_SIGNALS:
     // A later start asked for the window, with the files from its command line (maybe none).
-    void activationRequested(const QStringList &files);
+    void activationRequested(const QStringList &files, const WindowActivation &activation);
 
 private:
-    bool handOver(const QStringList &files);
+    bool handOver(const QStringList &files, const WindowActivation &activation);
     bool listen();
     void readRequest(QLocalSocket *socket);
 

@@ -3,6 +3,7 @@
 #include "CommandLineOptions.h"
 #include "OpenRequests.h"
 #include "SingleInstance.h"
+#include "WindowActivation.h"
 #include "platform/Paths.h"
 #include "store/Preferences.h"
 #include "support/CrashHandler.h"
@@ -49,6 +50,10 @@ int main(int argc, char **argv)
     CrashHandler::install(Paths::crashLog(), QStringLiteral("%1 %2").arg(QLatin1String(BuildInfo::BundleName),
                                                                          QLatin1String(BuildInfo::BundleVersion)));
 
+    // Taken before QApplication, whose X11 connection removes DESKTOP_STARTUP_ID from the
+    // environment; a start that hands over passes it on to the copy that shows the window.
+    const WindowActivation activation = WindowActivation::fromEnvironment();
+
     // QApplication takes its own options (-platform, -style, ...) out of argc and argv.
     QApplication app(argc, argv);
     QApplication::setApplicationName(QString::fromLatin1(BuildInfo::BundleName));
@@ -63,7 +68,7 @@ int main(int argc, char **argv)
     }
 
     SingleInstance instance(Paths::dataFolder());
-    if (instance.claim(options.files()) == SingleInstance::Role::HandedOver)
+    if (instance.claim(options.files(), activation) == SingleInstance::Role::HandedOver)
         return 0;
 
     // Alt held at launch opens the debug window before anything else is read; whatever it deleted,
@@ -80,7 +85,9 @@ int main(int argc, char **argv)
     OpenRequests requests;
     QObject::connect(&application, &Application::mainWindowShown, &requests, &OpenRequests::windowShown);
     QObject::connect(&instance, &SingleInstance::activationRequested, &requests,
-                     [&requests](const QStringList &files) { requests.add(files, true); });
+                     [&requests](const QStringList &files, const WindowActivation &later) {
+                         requests.add(files, true, [later](QWidget *window) { return later.raise(window); });
+                     });
     requests.add(options.files(), false);
     return application.run();
 }

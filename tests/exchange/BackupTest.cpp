@@ -12,6 +12,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 
@@ -101,6 +102,31 @@ TEST(BackupExport, WritesTheThreeDataFilesAsOneArrayAndEmptyListsForMissingFiles
     EXPECT_TRUE(root.at(2).toList().isEmpty());
     // A real stays a real through the backup, so a later merge compares like with like.
     EXPECT_EQ(root.at(0).toList().at(0).toMap().value("Priority").typeId(), QMetaType::Double);
+}
+
+// The file manager knows a backup by the bytes the desktop's MIME type for it looks for (it has no
+// extension to go by): every backup we write carries them where the type says, a data file never does.
+TEST(BackupExport, StartsWithTheBytesItsFileTypeIsKnownBy)
+{
+    QFile types(QStringLiteral(QUILLORY_TEST_DATA_DIR "/../../resources/desktop/com.brevandt.Quillory.mime.xml"));
+    ASSERT_TRUE(types.open(QIODevice::ReadOnly));
+    const QRegularExpressionMatch match
+        = QRegularExpression(QStringLiteral("<match type=\"string\" value=\"([^\"]*)\" offset=\"0:(\\d+)\"/>"))
+              .match(QString::fromUtf8(types.readAll()));
+    ASSERT_TRUE(match.hasMatch());
+    QByteArray magic = match.captured(1).toUtf8();
+    magic.replace("&lt;", "<").replace("&gt;", ">").replace("&quot;", "\"").replace("\\n", "\n").replace("\\t", "\t");
+    const qsizetype last = match.captured(2).toLongLong();
+
+    const QString path = TestEnvironment::home() + QStringLiteral("/Quillory Backup");
+    for (const QVariantList &assignments : {QVariantList{}, QVariantList{assignment("Essay", Stamp)}}) {
+        writeList(Paths::assignmentsFile(), assignments);
+        ASSERT_TRUE(Backup::sharedController()->exportBackupToFile(path));
+        const qsizetype at = TestEnvironment::readFile(path).indexOf(magic);
+        EXPECT_GE(at, 0) << magic.constData();
+        EXPECT_LE(at, last);
+        EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()).indexOf(magic), -1);
+    }
 }
 
 TEST(BackupExport, NestsEachDataFileAsItIsAndReadsBackAsTheParsedLists)

@@ -53,6 +53,9 @@ FinalsCalculator::FinalsCalculator()
     buttons->addStretch();
     buttons->addWidget(clear);
     buttons->addWidget(calculate);
+    // Tab follows the row as it reads; Return calculates from either field anyway.
+    setTabOrder(m_finalsPercentage, clear);
+    setTabOrder(clear, calculate);
 
     m_finalsBox->setObjectName(QStringLiteral("FinalsBox"));
     m_finalsBox->setAccessibleName(ResultsTitle);

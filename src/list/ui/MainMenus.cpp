@@ -78,7 +78,10 @@ MainMenus::MainMenus(QMainWindow *window, QMenuBar *bar)
     add(windows, Command::FinalsCalculator, tr("Finals Calculator"));
 
     QMenu *help = bar->addMenu(tr("&Help"));
-    add(help, Command::About, tr("About Quillory"), {}, QStringLiteral("help-about"));
+    add(help, Command::Help, HelpTitle, QKeySequence::HelpContents, QStringLiteral("help-contents"));
+    help->addSeparator();
+    QAction *about = add(help, Command::About, AboutTitle, {}, QStringLiteral("help-about"));
+    about->setMenuRole(QAction::AboutRole);
 
     m_menus = {file, edit, view, sidebar, windows, help};
     for (QMenu *menu : std::as_const(m_menus)) {
@@ -104,7 +107,8 @@ QAction *MainMenus::add(QMenu *menu, Command command, const QString &title, cons
     // only open a window or quit work from every window, as the other windows have no menus.
     static const QList<Command> everywhere{Command::Quit, Command::Preferences, Command::AssignmentsWindow,
                                            Command::CoursesWindow, Command::GPACalculator,
-                                           Command::FinalsCalculator, Command::About};
+                                           Command::FinalsCalculator, Command::About,
+                                           Command::Help};
     action->setShortcutContext(everywhere.contains(command) ? Qt::ApplicationShortcut : Qt::WindowShortcut);
     m_window->addAction(action);
     connect(action, &QAction::triggered, this, [this, command] { Q_EMIT triggered(command); });

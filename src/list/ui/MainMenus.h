@@ -25,7 +25,7 @@ public:
         Preferences, CustomizeToolbar,
         FormatList, FormatWeekly, FormatMonthly, GoToToday, NextMonth, PreviousMonth,
         ToggleSidebar, DetachSidebar, DetailsTab, NotesTab, SubprojectsTab,
-        AssignmentsWindow, CoursesWindow, GPACalculator, FinalsCalculator, About,
+        AssignmentsWindow, CoursesWindow, GPACalculator, FinalsCalculator, About, Help,
     };
 
     // Fixed titles of the items whose rules are looked up by title.
@@ -49,6 +49,8 @@ public:
     static inline const QString GoToTodayTitle = QStringLiteral("Go To Today");
     static inline const QString NextMonthTitle = QStringLiteral("Next Month");
     static inline const QString PreviousMonthTitle = QStringLiteral("Previous Month");
+    static inline const QString HelpTitle = QStringLiteral("Quillory Help");
+    static inline const QString AboutTitle = QStringLiteral("About Quillory");
 
     // What the rules look at.
     struct State {

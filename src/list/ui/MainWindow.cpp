@@ -8,10 +8,12 @@
 #include "list/Controller.h"
 #include "list/Editing.h"
 #include "list/FilterBarModel.h"
+#include "list/ui/AboutDialog.h"
 #include "list/ui/AssignmentTableView.h"
 #include "list/ui/DetailsSidebar.h"
 #include "list/ui/FilterBar.h"
 #include "list/ui/FormatControl.h"
+#include "list/ui/HelpWindow.h"
 #include "list/ui/MainToolbar.h"
 #include "list/ui/MainWindowStartupSteps.h"
 #include "list/ui/MultipleAssignmentsSheet.h"
@@ -37,7 +39,6 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -45,7 +46,6 @@ using Command = MainMenus::Command;
 using namespace PreferenceKeys;
 
 namespace {
-const QString AboutText = QStringLiteral("A planner for students: assignments, projects, courses and textbooks.");
 constexpr QSize InitialSize{1060, 660};
 } // namespace
 
@@ -254,6 +254,21 @@ void MainWindow::showWindow(QWidget *window)
     window->activateWindow();
 }
 
+AboutDialog *MainWindow::aboutDialog() const
+{
+    return m_about;
+}
+
+void MainWindow::showAbout()
+{
+    // One box at a time; asking again brings it to the front.
+    if (!m_about) {
+        m_about = new AboutDialog(this);
+        m_about->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    showWindow(m_about);
+}
+
 AssignmentList MainWindow::selectedRecords() const
 {
     AssignmentList records;
@@ -374,7 +389,10 @@ void MainWindow::perform(Command command)
         showWindow(FinalsCalculator::sharedController());
         break;
     case Command::About:
-        QMessageBox::about(this, tr("About Quillory"), AboutText);
+        showAbout();
+        break;
+    case Command::Help:
+        showWindow(HelpWindow::sharedController());
         break;
     case Command::UploadData:
         Syncing::sharedController()->uploadData();

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class AboutDialog;
 class AssignmentTableView;
 class Controller;
 class DetailsSidebar;
@@ -61,6 +62,8 @@ public:
     class CalendarController *calendarController() const { return m_calendars; }
     QSplitter *splitView() const { return m_splitter; }
     MultipleAssignmentsSheet *recurringSheet() const { return m_recurringSheet; }
+    // The About box while it is open (for tests), or nullptr.
+    AboutDialog *aboutDialog() const;
     // The contextual menu last built for the table (for tests), or nullptr.
     QMenu *lastContextMenu() const { return m_contextMenu; }
     bool isWorkingWindowKey() const;
@@ -77,6 +80,7 @@ private:
     void connectController();
     void changeCalendarDate(const QString &title);
     static void showWindow(QWidget *window);
+    void showAbout();
     void showContextMenu(const QPoint &globalPosition, bool onRow);
     AssignmentList selectedRecords() const;
     MainMenus::State menuState() const;
@@ -92,6 +96,7 @@ private:
     class CalendarController *m_calendars = nullptr;
     SidebarPlacement *m_placement = nullptr;
     QPointer<MultipleAssignmentsSheet> m_recurringSheet;
+    QPointer<AboutDialog> m_about;
     QPointer<QMenu> m_contextMenu;
     bool m_refreshing = false;
     std::unique_ptr<MainWindowStartupSteps> m_startupSteps;

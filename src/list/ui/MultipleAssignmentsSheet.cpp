@@ -126,8 +126,19 @@ MultipleAssignmentsSheet::MultipleAssignmentsSheet(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(fields);
     layout->addWidget(buildRepeat());
-    layout->addWidget(buildEnd());
+    QWidget *end = buildEnd();
+    layout->addWidget(end);
     layout->addWidget(buttons);
+    // The buttons were made before the repeat and end controls, so Tab would come to them out of
+    // turn (and pass one by): the end settings lead to the buttons, in the order the desktop's
+    // button layout shows them.
+    QWidget *previous = end;
+    for (int i = 0; i < buttons->layout()->count(); ++i) {
+        if (auto *button = qobject_cast<QPushButton *>(buttons->layout()->itemAt(i)->widget())) {
+            setTabOrder(previous, button);
+            previous = button;
+        }
+    }
 
     connect(courseField, &QComboBox::activated, this, &MultipleAssignmentsSheet::changedCourse);
     connect(courseField->lineEdit(), &QLineEdit::editingFinished, this, &MultipleAssignmentsSheet::changedCourse);

@@ -146,6 +146,13 @@ void CoursesAndTextbooks::buildToolbar()
         if (QWidget *button = m_toolbar->widgetForAction(action))
             button->setObjectName(action->objectName() + QStringLiteral("Button"));
     }
+    // The toolbar's buttons take no focus (a click on them must leave the keyboard in the field being
+    // typed in), so the keyboard reaches them through shortcuts: the standard New for a course, with
+    // Shift for a textbook (Delete in the lists is theirs already).
+    m_addCourse->setShortcut(QKeySequence::New);
+    m_addTextbook->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
+    for (QAction *action : {m_addCourse, m_addTextbook})
+        action->setShortcutContext(Qt::WindowShortcut);
 }
 
 void CoursesAndTextbooks::updateLabels()

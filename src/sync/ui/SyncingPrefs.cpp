@@ -97,6 +97,10 @@ SyncingPrefs::SyncingPrefs(Syncing *engine, QWidget *parent)
     m_detailsTabView->addTab(buildFtpTab(), MethodTitles[2]);
     m_detailsTabView->addTab(buildLocalTab(), MethodTitles[3]);
     m_detailsTabView->tabBar()->hide(); // the pop-up chooses the tab
+    // The tab widget hands focus to its tab bar, which is hidden here: as a Tab stop it would take
+    // the key and go nowhere, and the fields below could never be reached from the keyboard.
+    m_detailsTabView->setFocusPolicy(Qt::NoFocus);
+    m_detailsTabView->tabBar()->setFocusPolicy(Qt::NoFocus);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 14, 20, 12);

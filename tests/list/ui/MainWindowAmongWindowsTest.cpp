@@ -58,10 +58,11 @@ TEST(MainWindowAmongWindows, ShortcutsTypedInAnotherWindowActThereAndNeverOnTheL
     QTest::keyClick(list, Qt::Key_D, Qt::ControlModifier);
     EXPECT_EQ(storedNames(), (QStringList{"One", "Two"}));
     EXPECT_EQ(w.controller()->allAssignments().size(), 2);
-    // The courses window's own Del took its selected course.
+    // The courses window's own Del took its selected course, and its own Ctrl+N added one.
     const QVariantList combined = PropertyList::readFile(Paths::coursesFile())->toList();
-    ASSERT_EQ(combined.size(), 1);
+    ASSERT_EQ(combined.size(), 2);
     EXPECT_EQ(combined[0].toMap().value("Name").toString(), "Art");
+    EXPECT_EQ(combined[1].toMap().value("Type").toString(), "Course");
 
     // A calculator's grid takes the same keys for itself.
     GPACalculator *gpa = GPACalculator::sharedController();
