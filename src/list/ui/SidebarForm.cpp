@@ -1,5 +1,6 @@
 #include "list/ui/SidebarForm.h"
 
+#include "contacts/ui/ContactTokenField.h"
 #include "list/ui/DateEditor.h"
 #include "list/ui/FilePicker.h"
 #include "store/Labels.h"
@@ -90,11 +91,12 @@ QWidget *SidebarForm::buildDetails()
     snapshotButton->setMinimumSize(100, 76);
     snapshotButton->setToolTip(CameraNotAvailable);
     snapshotButton->setEnabled(false);
-    contactsField = new QLineEdit;
+    contactsField = new ContactTokenField;
     contactsField->setObjectName(QStringLiteral("contactsField"));
     contactsField->setAccessibleName(tr("Contacts"));
+    contactsField->lineEdit()->setAccessibleName(tr("Contacts"));
     contactsField->setPlaceholderText(NonePlaceholder);
-    contactsField->setToolTip(tr("Contacts, separated by commas"));
+    contactsField->setToolTip(tr("Names from the address book; a comma or Return ends each name"));
 
     courseCaption = new QLabel;
     textbookCaption = new QLabel;

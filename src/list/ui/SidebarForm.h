@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QWidget>
 
+class ContactTokenField;
 class DateEditor;
 class FilePicker;
 class QCheckBox;
@@ -45,7 +46,7 @@ public:
     QSlider *prioritySlider = nullptr;
     FilePicker *filePicker = nullptr;
     QToolButton *snapshotButton = nullptr;
-    QLineEdit *contactsField = nullptr;
+    ContactTokenField *contactsField = nullptr;
     QPlainTextEdit *notesField = nullptr;
     QTableView *subprojectsTable = nullptr;
     QToolButton *addSubprojectButton = nullptr;
