@@ -71,7 +71,7 @@ std::unique_ptr<EdsAddressBook> EdsAddressBook::connect()
 
 QString EdsAddressBook::description() const
 {
-    return QStringLiteral("Evolution Data Server: %1").arg(m_clients->names.join(QStringLiteral(", ")));
+    return QStringLiteral("the address books of Evolution Data Server (%1)").arg(m_clients->names.join(QStringLiteral(", ")));
 }
 
 QList<Person> EdsAddressBook::personsMatching(const QString &firstNamePrefix, const std::optional<QString> &lastNameSuffix)

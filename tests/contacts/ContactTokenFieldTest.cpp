@@ -5,6 +5,9 @@
 #include "list/ui/ToolbarCatalogue.h"
 #include "platform/Workspace.h"
 #include "store/ui/CourseFormPage.h"
+#include "store/ui/PersonalInfoPane.h"
+#include "contacts/ui/AddressBookFolderChooser.h"
+#include "contacts/ContactFieldDelegate.h"
 #include "store/ui/CoursesWindowTestSupport.h"
 
 #include <QAbstractItemView>
@@ -256,6 +259,33 @@ TEST_F(ContactsInTheCoursesWindow, AnUnrelatedEditKeepsTheContactsAndTypingIsKep
     ASSERT_EQ(saved.size(), 4);
     EXPECT_EQ(saved.mid(0, 3), storedContacts());
     EXPECT_EQ(saved[3].toMap().value("addressbookUID").toString(), "al-bo");
+}
+
+TEST(AddressBookFolderChooser, TheFolderTypedInThePaneIsWhereTheFieldFindsPeople)
+{
+    PersonalInfoPane pane;
+    pane.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&pane));
+    auto *folder = pane.findChild<QLineEdit *>("addressBookFolder");
+    ASSERT_NE(folder, nullptr);
+    EXPECT_TRUE(folder->text().isEmpty());
+    EXPECT_EQ(folder->placeholderText(), ContactsSettings::defaultFolder());
+    ContactFieldDelegate *delegate = ContactFieldDelegate::sharedController();
+    EXPECT_EQ(delegate->representedObjectForEditingString("Zo sted"), QVariant(QVariantMap()));
+
+    folder->setFocus();
+    QTest::keyClicks(folder, bookFolder());
+    QTest::keyClick(folder, Qt::Key_Return);
+    EXPECT_EQ(UserDefaults().groupValue("Preferences - Contacts", "Address Book Folder").toString(), bookFolder());
+    EXPECT_TRUE(pane.findChild<QLabel *>("addressBookSource")->text().contains(bookFolder()));
+    EXPECT_EQ(delegate->representedObjectForEditingString("Zo sted").toMap(), zoe());
+    // Nothing of the specified groups changed.
+    EXPECT_FALSE(UserDefaults().dictionary(PreferenceKeys::PersonalInfo).contains("Address Book Folder"));
+
+    folder->selectAll();
+    QTest::keyClick(folder, Qt::Key_Delete);
+    QTest::keyClick(folder, Qt::Key_Return);
+    EXPECT_EQ(ContactsSettings::folder(), ContactsSettings::defaultFolder());
 }
 
 #include "ContactTokenFieldTest.moc"
