@@ -30,7 +30,7 @@ QStringList buttonTexts(const ContactTokenField &field)
 {
     QStringList texts;
     for (const QToolButton *button : field.tokenButtons())
-        texts.append(button->text());
+        texts.append(button->accessibleName());
     return texts;
 }
 

@@ -58,8 +58,11 @@ AddressBookFolderChooser::AddressBookFolderChooser(QWidget *parent)
 void AddressBookFolderChooser::reload()
 {
     const QString folder = ContactsSettings::folder();
-    if (!m_folder->hasFocus())
+    if (!m_folder->hasFocus()) {
         m_folder->setText(folder == ContactsSettings::defaultFolder() ? QString() : QDir::toNativeSeparators(folder));
+        // The start of a long path says more than its end.
+        m_folder->setCursorPosition(0);
+    }
     m_source->setText(SourceText.arg(AddressBook::shared().description()));
 }
 

@@ -17,6 +17,7 @@ namespace {
 const QString ContactDescription = QStringLiteral("Contact; press Space for its menu, Delete to remove it");
 const QString TextDescription = QStringLiteral("Contact; press Delete to remove it");
 const char *const IndexProperty = "tokenIndex";
+const QString MenuMark = QStringLiteral(" \u25BE");
 } // namespace
 
 ContactTokenField::ContactTokenField(QWidget *parent)
@@ -178,6 +179,9 @@ QToolButton *ContactTokenField::buttonFor(int index)
         });
         button->setMenu(menu);
         button->setPopupMode(QToolButton::InstantPopup);
+        // The style's arrow would sit over the name; a small one after the name says the same.
+        button->setText(name.trimmed() + MenuMark);
+        button->setStyleSheet(QStringLiteral("QToolButton::menu-indicator { image: none; width: 0px; }"));
     } else {
         button->setAccessibleDescription(TextDescription);
     }
