@@ -20,13 +20,18 @@ void sortIgnoringCase(QStringList &names)
 
 ContactFieldDelegate::ContactFieldDelegate(AddressBook &book, QObject *parent)
     : QObject(parent)
-    , m_book(book)
+    , m_book(&book)
 {
+}
+
+AddressBook &ContactFieldDelegate::book()
+{
+    return m_book ? *m_book : AddressBook::shared();
 }
 
 ContactFieldDelegate *ContactFieldDelegate::sharedController()
 {
-    static ContactFieldDelegate *const shared = new ContactFieldDelegate(AddressBook::shared());
+    static ContactFieldDelegate *const shared = new ContactFieldDelegate;
     return shared;
 }
 
@@ -34,12 +39,12 @@ std::optional<Person> ContactFieldDelegate::findPersonInAddressBook(const QStrin
 {
     const QStringList pieces = text.split(QLatin1Char(' '));
     if (pieces.size() > 1) {
-        const QList<Person> matches = m_book.personsMatching(pieces.first(), pieces.last());
+        const QList<Person> matches = book().personsMatching(pieces.first(), pieces.last());
         if (matches.size() == 1)
             return matches.first();
         return std::nullopt;
     }
-    for (const Person &person : m_book.personsMatching(pieces.first()))
+    for (const Person &person : book().personsMatching(pieces.first()))
         if (!person.hasLastName())
             return person;
     return std::nullopt;
@@ -62,7 +67,7 @@ QStringList ContactFieldDelegate::completionsForSubstring(const QString &substri
     Q_UNUSED(tokenIndex);
     Q_UNUSED(selectedIndex);
     QStringList names;
-    for (const Person &person : m_book.personsMatching(substring))
+    for (const Person &person : book().personsMatching(substring))
         if (!person.firstName.isEmpty())
             names.append(QStringLiteral("%1 %2").arg(person.firstName, person.lastName));
     sortIgnoringCase(names);

@@ -28,7 +28,8 @@ public:
     static inline const QString MessagePath = QStringLiteral("inbox/?compose&id=%1");
 
     explicit ContactFieldDelegate(AddressBook &book, QObject *parent = nullptr);
-    // The one delegate over the desktop's address book.
+    // The one delegate over the desktop's address book, which is looked for only when a name is
+    // first searched: showing stored tokens never waits for the desktop's services.
     static ContactFieldDelegate *sharedController();
 
     // The contact record for a typed name; an empty record when the book does not resolve it to
@@ -57,6 +58,9 @@ public:
     void sendFacebookMessage();
 
 private:
-    AddressBook &m_book;
+    ContactFieldDelegate() = default;
+    AddressBook &book();
+
+    AddressBook *m_book = nullptr;
     QVariantMap m_currentPersonDictionary;
 };

@@ -10,8 +10,9 @@
 Q_DECLARE_LOGGING_CATEGORY(lcVCardFolder)
 
 namespace {
-// How long a book may take to come up before it is left out.
-constexpr guint32 ConnectSeconds = 5;
+// A book that is still reaching its server (or cannot, offline) answers from its cache after this
+// wait rather than keeping the field waiting. (No wait at all, 0, means waiting without end.)
+constexpr guint32 ConnectSeconds = 1;
 
 QString takeMessage(GError *error)
 {

@@ -263,6 +263,7 @@ TEST_F(ContactsInTheCoursesWindow, AnUnrelatedEditKeepsTheContactsAndTypingIsKep
 
 TEST(AddressBookFolderChooser, TheFolderTypedInThePaneIsWhereTheFieldFindsPeople)
 {
+    withoutAddressBookService();
     PersonalInfoPane pane;
     pane.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&pane));

@@ -18,9 +18,17 @@ inline QString bookFolder()
     return TestEnvironment::fixture(QStringLiteral("contacts/book"));
 }
 
+// These tests read the folder: the desktop's address-book service is looked for only on a
+// session bus, and the program's one address book is chosen once per run.
+inline void withoutAddressBookService()
+{
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
 // A copy of the book in the test's home, chosen in the preferences.
 inline QString useCopyOfBook()
 {
+    withoutAddressBookService();
     const QString target = QDir(TestEnvironment::home()).filePath(QStringLiteral("Cards"));
     QDir source(bookFolder());
     for (const QString &relative : {QStringLiteral("ann-lee.vcf"), QStringLiteral("ann.vcf"), QStringLiteral("anne-lee.vcf"),
