@@ -181,6 +181,16 @@ TEST(ContactTokenField, AContactsMenuListsItsItemsAndWritesMailThroughTheDesktop
     ASSERT_EQ(catcher.urls.size(), 2);
     EXPECT_EQ(catcher.urls[1].toString(), "mailto:k@p.example");
     EXPECT_TRUE(openMenuAndTrigger(field.tokenButtons()[2], -1).isEmpty());
+
+    // A click on a token ends the typing, and still opens that token's menu.
+    field.lineEdit()->setFocus();
+    QTest::keyClicks(field.lineEdit(), "Al Bo");
+    field.completer()->popup()->hide();
+    QToolButton *zoeButton = field.tokenButtons()[3];
+    EXPECT_EQ(openMenuAndTrigger(zoeButton, -1).value(0), "Open In Address Book");
+    EXPECT_EQ(field.tokenButtons().value(3), zoeButton);
+    EXPECT_EQ(field.tokens().value(4).toMap().value("addressbookUID").toString(), "al-bo");
+    EXPECT_TRUE(field.lineEdit()->text().isEmpty());
 }
 
 TEST(ContactsInTheMainWindow, AnUnrelatedEditLeavesTheStoredContactsByteForByte)

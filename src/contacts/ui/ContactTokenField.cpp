@@ -125,7 +125,13 @@ bool ContactTokenField::commitTyping()
     m_tokens.append(delegate()->representedObjectForEditingString(typed));
     m_edit->clear();
     m_modified = true;
-    rebuildButtons();
+    // Only the new token gets a button: the others stay, so a click on one of them, which is what
+    // ended the typing, still reaches it.
+    QToolButton *button = buttonFor(int(m_tokens.size()) - 1);
+    m_layout->insertWidget(int(m_buttons.size()), button);
+    m_buttons.append(button);
+    updatePlaceholder();
+    updateGeometry();
     return true;
 }
 
@@ -172,10 +178,11 @@ QToolButton *ContactTokenField::buttonFor(int index)
         menu->setToolTipsVisible(true);
         // Built when it opens, so it reflects the desktop as it is then (a contacts program just
         // installed), and so the delegate acts on this token.
-        connect(menu, &QMenu::aboutToShow, this, [this, menu, index] {
+        connect(menu, &QMenu::aboutToShow, this, [this, menu, button] {
             menu->clear();
-            if (index < m_tokens.size())
-                menu->addActions(delegate()->menuForRepresentedObject(m_tokens[index], menu));
+            const int at = button->property(IndexProperty).toInt();
+            if (at < m_tokens.size())
+                menu->addActions(delegate()->menuForRepresentedObject(m_tokens[at], menu));
         });
         button->setMenu(menu);
         button->setPopupMode(QToolButton::InstantPopup);
@@ -194,7 +201,14 @@ void ContactTokenField::removeToken(int index)
         return;
     m_tokens.removeAt(index);
     m_modified = true;
-    rebuildButtons();
+    QToolButton *removed = m_buttons.takeAt(index);
+    m_layout->removeWidget(removed);
+    removed->hide();
+    removed->deleteLater();
+    for (int i = index; i < m_buttons.size(); ++i)
+        m_buttons[i]->setProperty(IndexProperty, i);
+    updatePlaceholder();
+    updateGeometry();
     const int next = qMin(index, int(m_buttons.size()) - 1);
     if (next >= 0)
         m_buttons[next]->setFocus(Qt::OtherFocusReason);
