@@ -218,15 +218,6 @@ const QString ContactSeparator = QStringLiteral(", ");
 const QString AbsentValue = QStringLiteral("(null)");
 const QString FirstName = QStringLiteral("firstName");
 const QString LastName = QStringLiteral("lastName");
-
-QStringList namesIn(const QString &text)
-{
-    QStringList names;
-    for (const QString &part : text.split(QLatin1Char(',')))
-        if (const QString name = part.trimmed(); !name.isEmpty())
-            names.append(name);
-    return names;
-}
 } // namespace
 
 QString SidebarEditing::contactName(const QVariant &contact)
@@ -247,37 +238,6 @@ QString SidebarEditing::contactsText(const QVariantList &contacts)
     for (const QVariant &contact : contacts)
         names.append(contactName(contact));
     return names.join(ContactSeparator);
-}
-
-QVariantList SidebarEditing::contactsFromText(const QString &text, const QVariantList &shown)
-{
-    const QStringList names = namesIn(text);
-    // A shown name may itself hold commas; it is matched as the run of names it splits into.
-    QList<QStringList> shownNames;
-    for (const QVariant &contact : shown)
-        shownNames.append(namesIn(contactName(contact)));
-    QList<bool> used(shown.size(), false);
-    QVariantList contacts;
-    for (qsizetype i = 0; i < names.size();) {
-        qsizetype best = -1;
-        for (qsizetype j = 0; j < shown.size(); ++j) {
-            const QStringList &run = shownNames[j];
-            if (used[j] || run.isEmpty() || i + run.size() > names.size()
-                || (best >= 0 && run.size() <= shownNames[best].size()))
-                continue;
-            if (std::equal(run.cbegin(), run.cend(), names.cbegin() + i))
-                best = j;
-        }
-        if (best >= 0) {
-            used[best] = true;
-            contacts.append(shown[best]);
-            i += shownNames[best].size();
-        } else {
-            contacts.append(names[i]);
-            ++i;
-        }
-    }
-    return contacts;
 }
 
 void SidebarEditing::tableViewSelectionDidChange()

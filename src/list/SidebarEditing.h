@@ -64,9 +64,6 @@ public:
     // separated by ", ".
     static QString contactName(const QVariant &contact);
     static QString contactsText(const QVariantList &contacts);
-    // The contacts after the user edited the line: for each name, the shown record of that name
-    // (each record once), and a plain text for a name that stood for none.
-    static QVariantList contactsFromText(const QString &text, const QVariantList &shown);
 
 private:
     SidebarValues currentValues() const;

@@ -64,6 +64,12 @@ void Workspace::recordForTest()
     g_opened.clear();
 }
 
+void Workspace::stopRecordingForTest()
+{
+    std::lock_guard lock(g_mutex);
+    g_recording = false;
+}
+
 QList<Workspace::Opened> Workspace::takeOpened()
 {
     std::lock_guard lock(g_mutex);

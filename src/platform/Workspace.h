@@ -30,4 +30,6 @@ public:
     // For tests: from now on record instead of opening.
     static void recordForTest();
     static QList<Opened> takeOpened();
+    // For tests that catch the opening themselves (QDesktopServices::setUrlHandler): hand over again.
+    static void stopRecordingForTest();
 };

@@ -2,6 +2,7 @@
 
 #include "camera/ui/NSButton_Snapshot.h"
 #include "camera/ui/VideoController.h"
+#include "contacts/ui/ContactTokenField.h"
 #include "list/Controller.h"
 #include "list/CoursesFile.h"
 #include "list/Editing.h"
@@ -157,7 +158,7 @@ void DetailsSidebar::connectEditors()
     SidebarForm *f = m_form;
     connect(f->nameField, &QLineEdit::editingFinished, this, [this] { edit(Sender::Other); });
     connect(f->gradeField, &QLineEdit::editingFinished, this, [this] { edit(Sender::Other); });
-    connect(f->contactsField, &QLineEdit::editingFinished, this, [this] { edit(Sender::Other); });
+    connect(f->contactsField, &ContactTokenField::editingFinished, this, [this] { edit(Sender::Other); });
     connect(f->courseField, &QComboBox::activated, this, [this] { edit(Sender::CourseField); });
     connect(f->courseField->lineEdit(), &QLineEdit::editingFinished, this, [this] { edit(Sender::CourseField); });
     for (QComboBox *box : {f->textbookField, f->typeField}) {
@@ -233,12 +234,9 @@ SidebarValues DetailsSidebar::sidebarValues() const
     values.priority = f->prioritySlider->value() == qRound(m_shown.priority) ? m_shown.priority
                                                                               : double(f->prioritySlider->value());
     values.notes = f->notesField->toPlainText();
+    // The field keeps each token as it was given, so a record comes back exactly as stored.
     values.contactsText = f->contactsField->text();
-    // Contact records are shown by name; they come back unchanged unless the line was edited, and
-    // then those whose names are still there.
-    values.contacts = values.contactsText == m_shown.contactsText
-        ? m_shown.contacts
-        : SidebarEditing::contactsFromText(values.contactsText, m_shown.contacts);
+    values.contacts = f->contactsField->tokens();
     values.file = f->filePicker->path();
     values.snapshot = f->snapshotButton->imageData();
     return values;
@@ -280,13 +278,11 @@ void DetailsSidebar::setSidebarValues(const SidebarValues &values)
     f->prioritySlider->setValue(qRound(values.priority));
     if (f->notesField->toPlainText() != values.notes)
         f->notesField->setPlainText(values.notes);
-    const QString contacts = SidebarEditing::contactsText(values.contacts);
-    if (f->contactsField->text() != contacts)
-        f->contactsField->setText(contacts);
+    f->contactsField->setTokens(values.contacts);
     f->filePicker->setPath(values.file);
     f->showSnapshot(values.snapshot);
     m_shown = values;
-    m_shown.contactsText = contacts;
+    m_shown.contactsText = f->contactsField->text();
     m_filling = false;
 }
 

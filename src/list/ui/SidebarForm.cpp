@@ -1,6 +1,7 @@
 #include "list/ui/SidebarForm.h"
 
 #include "camera/ui/NSButton_Snapshot.h"
+#include "contacts/ui/ContactTokenField.h"
 #include "list/ui/DateEditor.h"
 #include "list/ui/FilePicker.h"
 #include "store/Labels.h"
@@ -87,11 +88,12 @@ QWidget *SidebarForm::buildDetails()
     snapshotButton->setAccessibleName(tr("Snapshot"));
     snapshotButton->setMinimumSize(100, 76);
     snapshotButton->setToolTip(tr("Take a snapshot with the camera"));
-    contactsField = new QLineEdit;
+    contactsField = new ContactTokenField;
     contactsField->setObjectName(QStringLiteral("contactsField"));
     contactsField->setAccessibleName(tr("Contacts"));
+    contactsField->lineEdit()->setAccessibleName(tr("Contacts"));
     contactsField->setPlaceholderText(NonePlaceholder);
-    contactsField->setToolTip(tr("Contacts, separated by commas"));
+    contactsField->setToolTip(tr("Names from the address book; a comma or Return ends each name"));
 
     courseCaption = new QLabel;
     textbookCaption = new QLabel;

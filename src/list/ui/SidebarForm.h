@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QWidget>
 
+class ContactTokenField;
 class DateEditor;
 class FilePicker;
 class NSButton_Snapshot;
@@ -46,7 +47,7 @@ public:
     QSlider *prioritySlider = nullptr;
     FilePicker *filePicker = nullptr;
     NSButton_Snapshot *snapshotButton = nullptr;
-    QLineEdit *contactsField = nullptr;
+    ContactTokenField *contactsField = nullptr;
     QPlainTextEdit *notesField = nullptr;
     QTableView *subprojectsTable = nullptr;
     QToolButton *addSubprojectButton = nullptr;

@@ -1,5 +1,6 @@
 #include "store/ui/CourseFormPage.h"
 
+#include "contacts/ui/ContactTokenField.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/DragRows.h"
@@ -31,23 +32,10 @@ const QString ContactsCaption = QStringLiteral("contacts");
 const QString DefaultCaptionPrefix = QStringLiteral("default ");
 const QString AddTypeTitle = QStringLiteral("Add Type");
 const QString RemoveTypeTitle = QStringLiteral("Remove Type");
-const QString ContactSeparator = QStringLiteral(", ");
-const QString FirstNameKey = QStringLiteral("firstName");
-const QString LastNameKey = QStringLiteral("lastName");
 
 QString courseFieldKey(int number)
 {
     return QStringLiteral("CourseField%1").arg(number);
-}
-
-// How a contact token reads in the field: a contact record by its names, anything else as it is.
-QString tokenText(const QVariant &token)
-{
-    if (token.typeId() == QMetaType::QVariantMap) {
-        const QVariantMap contact = token.toMap();
-        return QStringLiteral("%1 %2").arg(contact.value(FirstNameKey).toString(), contact.value(LastNameKey).toString());
-    }
-    return token.toString();
 }
 } // namespace
 
@@ -71,7 +59,8 @@ CourseFormPage::CourseFormPage(QWidget *parent)
     form->addRow(m_defaultTextbookCaption, m_defaultTextbook);
     connect(m_defaultTextbook, &QComboBox::activated, this, &CourseFormPage::endEditing);
 
-    m_contacts = named(new QLineEdit, QStringLiteral("addressBookField"), ContactsCaption);
+    m_contacts = named(new ContactTokenField, QStringLiteral("addressBookField"), ContactsCaption);
+    m_contacts->lineEdit()->setAccessibleName(ContactsCaption);
     m_contacts->setPlaceholderText(ContactsPlaceholder);
     auto *contactsCaption = new QLabel(ContactsCaption);
     contactsCaption->setObjectName(QStringLiteral("addressBookFieldCaption"));
@@ -117,7 +106,7 @@ CourseFormPage::CourseFormPage(QWidget *parent)
     // Every text field hands its typing on when it ends editing, and also as soon as the keyboard is
     // about to leave it: that is before another window becomes active and rereads the files.
     QList<QLineEdit *> texts = m_fields;
-    texts << m_name << m_contacts;
+    texts << m_name;
     for (QLineEdit *field : std::as_const(texts)) {
         connect(field, &QLineEdit::editingFinished, this, [this] {
             if (hasPendingTyping())
@@ -125,6 +114,11 @@ CourseFormPage::CourseFormPage(QWidget *parent)
         });
         field->installEventFilter(this);
     }
+    connect(m_contacts, &ContactTokenField::editingFinished, this, [this] {
+        if (hasPendingTyping())
+            endEditing();
+    });
+    m_contacts->lineEdit()->installEventFilter(this);
     ListEditing::onDeleteKey(m_typesTable, this, &CourseFormPage::removeType);
     connect(m_addType, &QToolButton::clicked, this, &CourseFormPage::addType);
     connect(m_removeType, &QToolButton::clicked, this, &CourseFormPage::removeType);
@@ -158,9 +152,7 @@ void CourseFormPage::fill(const QVariantMap &record, const QStringList &textbook
     m_name->setText(record.value(CourseKeys::Name).toString());
     for (int i = 0; i < 6; ++i)
         m_fields[i]->setText(record.value(CourseKeys::field(i + 1)).toString());
-    m_contactTokens = record.value(CourseKeys::Contacts).toList();
-    m_contactsShown = contactsText(m_contactTokens);
-    m_contacts->setText(m_contactsShown);
+    m_contacts->setTokens(record.value(CourseKeys::Contacts).toList());
     m_notes->setPlainText(record.value(CourseKeys::Notes).toString());
     m_notes->document()->setModified(false);
     m_types->setTypes(record.value(CourseKeys::Types).toStringList());
@@ -209,38 +201,12 @@ CoursesStore::CourseForm CourseFormPage::form() const
     form.name = m_name->text();
     for (int i = 0; i < 6; ++i)
         form.fields[i] = m_fields[i]->text();
-    if (m_contacts->text() == m_contactsShown) {
-        form.contacts = m_contactTokens;
-    } else {
-        // Typed over: a name that still reads like one of the contacts keeps that contact's record;
-        // anything else is kept as the text typed.
-        const QStringList pieces = m_contacts->text().split(QLatin1Char(','), Qt::SkipEmptyParts);
-        for (const QString &piece : pieces) {
-            const QString text = piece.trimmed();
-            if (text.isEmpty())
-                continue;
-            QVariant token = text;
-            for (const QVariant &known : m_contactTokens) {
-                if (tokenText(known).trimmed() == text) {
-                    token = known;
-                    break;
-                }
-            }
-            form.contacts.append(token);
-        }
-    }
+    // Each token as it was given: a stored record is never rebuilt from its shown name.
+    form.contacts = m_contacts->tokens();
     form.defaultTextbook = m_defaultTextbook->currentIndex() > 0 ? m_defaultTextbook->currentText() : QString();
     form.notes = m_notes->toPlainText();
     form.types = m_types->types();
     return form;
-}
-
-QString CourseFormPage::contactsText(const QVariantList &contacts) const
-{
-    QStringList texts;
-    for (const QVariant &token : contacts)
-        texts.append(tokenText(token));
-    return texts.join(ContactSeparator);
 }
 
 void CourseFormPage::addType()

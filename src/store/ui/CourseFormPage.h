@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class ContactTokenField;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -46,7 +47,6 @@ private:
     void endEditing();
     void addType();
     void removeType();
-    QString contactsText(const QVariantList &contacts) const;
 
     QLineEdit *m_name;
     QList<QLineEdit *> m_fields;
@@ -59,8 +59,5 @@ private:
     QToolButton *m_addType;
     QToolButton *m_removeType;
     QPlainTextEdit *m_notes;
-    QLineEdit *m_contacts;
-    // The contact tokens as read, kept while their shown text is unchanged.
-    QVariantList m_contactTokens;
-    QString m_contactsShown;
+    ContactTokenField *m_contacts;
 };

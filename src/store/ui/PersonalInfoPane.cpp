@@ -1,5 +1,6 @@
 #include "store/ui/PersonalInfoPane.h"
 
+#include "contacts/ui/AddressBookFolderChooser.h"
 #include "store/Labels.h"
 #include "store/PersonalInfoSettings.h"
 #include "store/PreferenceKeys.h"
@@ -38,6 +39,9 @@ PersonalInfoPane::PersonalInfoPane(QWidget *parent)
     auto *explanation = named(new QLabel(Explanation), QStringLiteral("personalInfoExplanation"), Explanation);
     explanation->setWordWrap(true);
     layout->addWidget(explanation);
+    // Where the contacts field finds the people the student names.
+    layout->addSpacing(12);
+    layout->addWidget(new AddressBookFolderChooser);
     layout->addStretch();
 
     m_filling = true;
