@@ -4,6 +4,7 @@
 // dates: the least any rebuild must do. "x_floor" is the ratio to it; "ms" the time itself. Both are
 // thread CPU time, so other work on a busy machine does not count against us.
 
+#include "support/BenchMeasure.h"
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarController.h"
 #include "list/Controller.h"
@@ -155,13 +156,7 @@ int main(int argc, char **argv)
 {
     QTemporaryDir home;
     qputenv("HOME", QFile::encodeName(home.path()));
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     // The month shown is the one the records crowd into.
     Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(10, 30)));
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchMeasure::runWindowBenchmarks(argc, argv);
 }

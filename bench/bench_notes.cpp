@@ -5,6 +5,7 @@
 // touches the same text, measured in the same run: QTextDocument::setPlainText of the whole note.
 // Times are the benchmark thread's own CPU time, as the machines this runs on are shared.
 
+#include "support/BenchMeasure.h"
 #include "widgets/BVTableView.h"
 #include "widgets/URLTextViewAdditions.h"
 
@@ -205,11 +206,5 @@ BENCHMARK(BM_SetString_PlainEditor)->Apply(shapes);
 
 int main(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return BenchMeasure::runWindowBenchmarks(argc, argv);
 }

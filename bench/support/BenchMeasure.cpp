@@ -1,5 +1,6 @@
 #include "support/BenchMeasure.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QSaveFile>
 
@@ -109,6 +110,17 @@ qint64 peakGrowthBytes(const std::function<void()> &operation)
     close(pipeFds[0]);
     waitpid(child, nullptr, 0);
     return growth;
+}
+
+int runWindowBenchmarks(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
 }
 
 } // namespace BenchMeasure

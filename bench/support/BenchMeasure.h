@@ -36,5 +36,8 @@ void saveAtomically(const QString &path, const QByteArray &bytes);
 // Peak resident-memory growth of `operation`, run in a forked child so that nothing the benchmark
 // holds counts; -1 when it cannot be measured.
 qint64 peakGrowthBytes(const std::function<void()> &operation);
+// main() of a bench that needs windows: offscreen unless a platform is asked for, a QApplication,
+// then the registered benchmarks.
+int runWindowBenchmarks(int argc, char **argv);
 
 } // namespace BenchMeasure
