@@ -15,11 +15,6 @@
 class ReminderPlan
 {
 public:
-    // A record's own choice, kept under a key of its own that earlier versions carry along as an
-    // unknown key: false for no reminders for it, or an array of lead minutes that replaces the
-    // preferences' lead times (the evening-before reminder still follows the preferences).
-    static inline const QString RecordKey = QStringLiteral("Reminder Lead Minutes");
-
     explicit ReminderPlan(ReminderSettings settings);
 
     const ReminderSettings &settings() const { return m_settings; }
@@ -62,20 +57,6 @@ void ReminderPlan::forEachMoment(const Assignment &record, Fn &&fn) const
             given[count++] = moment;
         fn(moment);
     };
-    const auto own = record.fields().constFind(RecordKey);
-    if (own != record.fields().constEnd()) {
-        if (own->typeId() == QMetaType::Bool && !own->toBool())
-            return;
-        if (own->typeId() == QMetaType::QVariantList) {
-            if (m_settings.eveningBefore)
-                offer(eveningBefore(*due));
-            for (const QVariant &minutes : own->toList()) {
-                if (const qint64 lead = minutes.toLongLong(); lead > 0 && lead <= 60 * 24 * 60)
-                    offer(dueMoment - lead * 60 * 1000);
-            }
-            return;
-        }
-    }
     if (m_settings.eveningBefore)
         offer(eveningBefore(*due));
     for (qint64 lead : m_leadMilliseconds)

@@ -83,22 +83,6 @@ TEST(ReminderPlan, DefaultLeadTimesSkipCompletedAndUndatedAndGroupByMoment)
     EXPECT_EQ(customWeek[2].moment, at(24, 8, 30));
 }
 
-TEST(ReminderPlan, ARecordsOwnChoiceTurnsItsRemindersOffOrReplacesTheLeadTimes)
-{
-    AssignmentRef quiet = assignment("Quiet", at(24, 9));
-    quiet->set(ReminderPlan::RecordKey, false);
-    AssignmentRef early = assignment("Early", at(24, 9));
-    early->set(ReminderPlan::RecordKey, QVariantList{qint64(30), QStringLiteral("junk"), qint64(3 * 24 * 60)});
-    const ReminderPlan plan{ReminderSettings()};
-    const QList<Reminder> week = plan.between({quiet, early}, 0, at(29, 0).toMSecsSinceEpoch());
-    ASSERT_EQ(week.size(), 3);
-    EXPECT_EQ(week[0].moment, at(21, 9));
-    EXPECT_EQ(week[1].moment, at(23, 18));
-    EXPECT_EQ(week[2].moment, at(24, 8, 30));
-    for (const Reminder &reminder : week)
-        EXPECT_EQ(names(reminder), QStringList({"Early"}));
-}
-
 TEST(ReminderPlan, EveningBeforeFollowsTheLocalDayAcrossADaylightSavingChange)
 {
     // 2027-03-14 is the spring change in New York: the evening before is still 18:00 local.
