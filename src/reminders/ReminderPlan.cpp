@@ -27,8 +27,8 @@ std::optional<qint64> ReminderPlan::nextMoment(const AssignmentList &list, qint6
 {
     qint64 best = std::numeric_limits<qint64>::max();
     for (const AssignmentRef &record : list) {
-        forEachMoment(*record, [&](qint64 moment) {
-            if (moment > after && moment < best)
+        forEachMoment(*record, after, [&](qint64 moment) {
+            if (moment < best)
                 best = moment;
         });
     }
@@ -41,8 +41,8 @@ QList<Reminder> ReminderPlan::between(const AssignmentList &list, qint64 from, q
 {
     QMap<qint64, AssignmentList> byMoment;
     for (const AssignmentRef &record : list) {
-        forEachMoment(*record, [&](qint64 moment) {
-            if (moment > from && moment <= to)
+        forEachMoment(*record, from, [&](qint64 moment) {
+            if (moment <= to)
                 byMoment[moment].append(record);
         });
     }

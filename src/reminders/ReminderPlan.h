@@ -19,9 +19,11 @@ public:
 
     const ReminderSettings &settings() const { return m_settings; }
 
-    // Calls fn(moment) for each distinct reminder moment of one record, none when it gets none.
+    // Calls fn(moment) for each distinct reminder moment of one record later than `after`.
+    // Every reminder comes before the due moment, so a record due by `after` is passed over on its
+    // cached due date alone, without reading its fields: most of a long-used store lies there.
     template<typename Fn>
-    void forEachMoment(const Assignment &record, Fn &&fn) const;
+    void forEachMoment(const Assignment &record, qint64 after, Fn &&fn) const;
 
     // The earliest reminder moment strictly after `after`; nullopt when none is left.
     std::optional<qint64> nextMoment(const AssignmentList &list, qint64 after) const;
@@ -38,14 +40,16 @@ private:
 };
 
 template<typename Fn>
-void ReminderPlan::forEachMoment(const Assignment &record, Fn &&fn) const
+void ReminderPlan::forEachMoment(const Assignment &record, qint64 after, Fn &&fn) const
 {
-    if (!m_settings.enabled || record.isCompleted())
+    if (!m_settings.enabled)
         return;
     const std::optional<QDateTime> due = record.dueDate();
     if (!due || !due->isValid())
         return;
     const qint64 dueMoment = due->toMSecsSinceEpoch();
+    if (dueMoment <= after || record.isCompleted())
+        return;
     qint64 given[8];
     int count = 0;
     auto offer = [&](qint64 moment) {
@@ -55,7 +59,8 @@ void ReminderPlan::forEachMoment(const Assignment &record, Fn &&fn) const
         }
         if (count < 8)
             given[count++] = moment;
-        fn(moment);
+        if (moment > after)
+            fn(moment);
     };
     if (m_settings.eveningBefore)
         offer(eveningBefore(*due));
