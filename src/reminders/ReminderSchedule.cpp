@@ -4,6 +4,7 @@
 #include "platform/PreferencesNotifier.h"
 #include "platform/UserDefaults.h"
 #include "reminders/ReminderPlan.h"
+#include "reminders/ReminderRecords.h"
 
 #include <QSet>
 
@@ -100,20 +101,19 @@ void ReminderSchedule::deliverDue()
             Q_EMIT reminderDue(reminder);
     }
     QList<Reminder> stillSnoozed;
-    QSet<const Assignment *> present;
-    if (!m_snoozed.isEmpty()) {
-        for (const AssignmentRef &record : m_source())
-            present.insert(record.get());
-    }
+    const AssignmentList current = m_snoozed.isEmpty() ? AssignmentList() : m_source();
     for (const Reminder &snoozed : std::as_const(m_snoozed)) {
         if (snoozed.moment > now) {
             stillSnoozed.append(snoozed);
             continue;
         }
-        Reminder reminder = snoozed;
-        // A record completed or deleted during the snooze is not reminded of again.
-        reminder.assignments.removeIf(
-            [&](const AssignmentRef &record) { return record->isCompleted() || !present.contains(record.get()); });
+        // Edited meanwhile, a record is reminded of as it is now; completed or deleted, not at all.
+        Reminder reminder{snoozed.moment, {}, false};
+        for (const AssignmentRef &record : snoozed.assignments) {
+            const qsizetype index = ReminderRecords::indexOfCurrent(current, record);
+            if (index >= 0 && !current[index]->isCompleted())
+                reminder.assignments.append(current[index]);
+        }
         if (!reminder.assignments.isEmpty())
             Q_EMIT reminderDue(reminder);
     }

@@ -178,6 +178,26 @@ TEST(ReminderSchedule, OneTimerForTheNextReminderFollowsEditsAndCompletion)
     EXPECT_EQ(delivered.reminders.size(), 2);
 }
 
+TEST(ReminderSchedule, ASnoozedRecordEditedMeanwhileComesBackAsItIsNow)
+{
+    AssignmentList list{assignment("Essay", at(22, 14)), assignment("Lab", at(22, 16))};
+    list[0]->set(AssignmentKeys::DateCreated, 1700000000.25);
+    list[1]->set(AssignmentKeys::DateCreated, 1700000000.5);
+    ReminderSchedule schedule([&] { return list; });
+    Delivered delivered(schedule);
+    schedule.start();
+    schedule.snooze({list[0], list[1]});
+    // Every edit puts a changed copy in the record's place; the lab is deleted.
+    AssignmentRef renamed = Assignments::copy(list[0]);
+    renamed->set(AssignmentKeys::Name, QStringLiteral("Essay, second draft"));
+    list = {renamed};
+    Clock::pin(TestEnvironment::pinnedNow().addSecs(3600));
+    schedule.deliverDue();
+    ASSERT_EQ(delivered.reminders.size(), 1);
+    EXPECT_EQ(names(delivered.reminders[0]), QStringList({"Essay, second draft"}));
+    EXPECT_EQ(delivered.reminders[0].assignments[0].get(), renamed.get());
+}
+
 TEST(ReminderSchedule, WhatFellWhileClosedIsShownOnceAtTheNextStart)
 {
     // Last run: Friday evening. Since then the evening-before reminders of Saturday's and Sunday's

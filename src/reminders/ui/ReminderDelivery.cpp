@@ -7,6 +7,7 @@
 #include "platform/PreferencesNotifier.h"
 #include "platform/UserDefaults.h"
 #include "reminders/DesktopNotifications.h"
+#include "reminders/ReminderRecords.h"
 #include "reminders/ReminderSchedule.h"
 #include "reminders/ReminderSettings.h"
 
@@ -58,9 +59,7 @@ ReminderDelivery *ReminderDelivery::install(MainWindow *window)
 
 int ReminderDelivery::displayedRow(const AssignmentRef &record) const
 {
-    const AssignmentList &shown = m_window->controller()->displayAssignments();
-    const qsizetype same = shown.indexOf(record);
-    return int(same >= 0 ? same : Assignments::indexOfEqual(shown, *record));
+    return int(ReminderRecords::indexOfCurrent(m_window->controller()->displayAssignments(), record));
 }
 
 void ReminderDelivery::open(const AssignmentList &records)

@@ -38,7 +38,7 @@ protected:
 
 private:
     void updateTray();
-    // The row the record stands in now (records are replaced by copies when edited), or -1.
+    // The row the record stands in now, or -1.
     int displayedRow(const AssignmentRef &record) const;
 
     QPointer<MainWindow> m_window;
