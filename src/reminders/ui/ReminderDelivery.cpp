@@ -10,6 +10,7 @@
 #include "reminders/ReminderRecords.h"
 #include "reminders/ReminderSchedule.h"
 #include "reminders/ReminderSettings.h"
+#include "widgets/Icons.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -104,9 +105,8 @@ void ReminderDelivery::updateTray()
     }
     if (m_tray)
         return;
-    m_tray = new QSystemTrayIcon(QIcon::fromTheme(QStringLiteral("com.brevandt.Quillory"),
-                                                  QApplication::windowIcon()),
-                                 this);
+    // The installed program icon, or the one compiled in where the program is not installed.
+    m_tray = new QSystemTrayIcon(Icons::themed(QStringLiteral("com.brevandt.Quillory"), QStringLiteral("quillory")), this);
     m_tray->setToolTip(QStringLiteral("Quillory"));
     auto *menu = new QMenu;
     connect(m_tray, &QObject::destroyed, menu, &QObject::deleteLater);
