@@ -27,8 +27,14 @@ std::optional<qint64> ReminderPlan::nextMoment(const AssignmentList &list, qint6
 {
     qint64 best = std::numeric_limits<qint64>::max();
     for (const AssignmentRef &record : list) {
+        // -1: not read yet.
+        int completed = -1;
         forEachMoment(*record, after, [&](qint64 moment) {
-            if (moment < best)
+            if (moment >= best)
+                return;
+            if (completed < 0)
+                completed = record->isCompleted() ? 1 : 0;
+            if (completed == 0)
                 best = moment;
         });
     }
@@ -41,8 +47,13 @@ QList<Reminder> ReminderPlan::between(const AssignmentList &list, qint64 from, q
 {
     QMap<qint64, AssignmentList> byMoment;
     for (const AssignmentRef &record : list) {
+        int completed = -1;
         forEachMoment(*record, from, [&](qint64 moment) {
-            if (moment <= to)
+            if (moment > to)
+                return;
+            if (completed < 0)
+                completed = record->isCompleted() ? 1 : 0;
+            if (completed == 0)
                 byMoment[moment].append(record);
         });
     }

@@ -19,9 +19,11 @@ public:
 
     const ReminderSettings &settings() const { return m_settings; }
 
-    // Calls fn(moment) for each distinct reminder moment of one record later than `after`.
-    // Every reminder comes before the due moment, so a record due by `after` is passed over on its
-    // cached due date alone, without reading its fields: most of a long-used store lies there.
+    // Calls fn(moment) for each distinct reminder moment of one record later than `after`, whether
+    // or not the record is completed: callers ask that only of a moment they would take, since
+    // it means reading the record's fields, while the due date is cached. For the same reason a
+    // record due by `after` (every reminder comes before the due moment) is passed over at once:
+    // most of a long-used store lies there.
     template<typename Fn>
     void forEachMoment(const Assignment &record, qint64 after, Fn &&fn) const;
 
@@ -48,7 +50,7 @@ void ReminderPlan::forEachMoment(const Assignment &record, qint64 after, Fn &&fn
     if (!due || !due->isValid())
         return;
     const qint64 dueMoment = due->toMSecsSinceEpoch();
-    if (dueMoment <= after || record.isCompleted())
+    if (dueMoment <= after)
         return;
     qint64 given[8];
     int count = 0;
