@@ -5,6 +5,8 @@
 #include "store/Preferences.h"
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
+#include "reminders/ui/ReminderDelivery.h"
+#include "reminders/ui/RemindersPane.h"
 #include "support/TestHooks.h"
 #include "support/ui/CrashReporter.h"
 #include "sync/Syncing.h"
@@ -39,6 +41,7 @@ int Application::run()
     SyncProgressSheet::install();
     // The preferences window hosts the syncing pane without knowing its class.
     SyncingPrefs::registerWithPreferencesWindow();
+    RemindersPane::registerWithPreferencesWindow();
     auto *signals_ = new QuitSignals(this);
     connect(signals_, &QuitSignals::quitRequested, this, [this](int signal) {
         qCInfo(lcApp) << "Quitting on signal" << signal;
@@ -164,6 +167,8 @@ void Application::showMainWindow()
         m_crashReporter->raise();
         m_crashReporter->activateWindow();
     }
+    // Reminders start with the window: missed ones are shown now, once.
+    ReminderDelivery::install(&main);
     Q_EMIT mainWindowShown(&main);
 }
 

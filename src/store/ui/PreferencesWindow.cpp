@@ -6,6 +6,7 @@
 #include "store/ui/GeneralPane.h"
 #include "store/ui/LabelsPane.h"
 #include "store/ui/PersonalInfoPane.h"
+#include "store/ui/AdditionalPanes.h"
 #include "store/ui/SyncingPaneHost.h"
 #include "widgets/Icons.h"
 #include "widgets/ToolbarOverflow.h"
@@ -106,6 +107,8 @@ void PreferencesWindow::buildToolbar()
         sync->setEnabled(false);
         sync->setToolTip(SyncUnavailableToolTip);
     }
+    for (const AdditionalPanes::Pane &extra : AdditionalPanes::registered())
+        addItem(extra.identifier, extra.label, extra.toolTip, extra.themeIcon, extra.fallbackIcon);
 }
 
 QWidget *PreferencesWindow::currentView() const
@@ -149,6 +152,8 @@ bool PreferencesWindow::setTabView(const QString &identifier)
         pane = new PersonalInfoPane;
     else if (identifier == LabelsIdentifier)
         pane = new LabelsPane;
+    else if (const AdditionalPanes::Pane *extra = AdditionalPanes::find(identifier); extra && extra->make)
+        pane = extra->make();
     else if (identifier != SyncingIdentifier || !SyncingPaneHost::isAvailable())
         return false;
 

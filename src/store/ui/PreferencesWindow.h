@@ -11,7 +11,7 @@ class QPropertyAnimation;
 class QToolBar;
 
 // The preferences window: a toolbar of five panes (General, Main Window, Personal Info, Labels,
-// Sync). Each switch makes the pane afresh from the stored settings, resizes the window to the
+// Sync), then any that other parts of the program registered (AdditionalPanes). Each switch makes the pane afresh from the stored settings, resizes the window to the
 // pane's height at a fixed width with its top edge kept in place, and remembers the pane.
 class PreferencesWindow : public QMainWindow
 {

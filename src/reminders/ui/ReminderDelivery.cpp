@@ -1,0 +1,138 @@
+#include "reminders/ui/ReminderDelivery.h"
+
+#include "list/AssignmentTableModel.h"
+#include "list/Controller.h"
+#include "list/Editing.h"
+#include "list/ui/MainWindow.h"
+#include "platform/PreferencesNotifier.h"
+#include "platform/UserDefaults.h"
+#include "reminders/DesktopNotifications.h"
+#include "reminders/ReminderRecords.h"
+#include "reminders/ReminderSchedule.h"
+#include "reminders/ReminderSettings.h"
+#include "widgets/Icons.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QIcon>
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+ReminderDelivery::ReminderDelivery(MainWindow *window, const QDBusConnection &bus)
+    : QObject(window)
+    , m_window(window)
+{
+    Controller *controller = window->controller();
+    m_schedule = new ReminderSchedule([controller] { return controller->allAssignments(); }, this);
+    m_notifications = new DesktopNotifications(bus, this);
+    connect(m_schedule, &ReminderSchedule::reminderDue, m_notifications, &DesktopNotifications::show);
+    connect(m_notifications, &DesktopNotifications::openRequested, this, &ReminderDelivery::open);
+    connect(m_notifications, &DesktopNotifications::completeRequested, this, &ReminderDelivery::complete);
+    connect(m_notifications, &DesktopNotifications::snoozeRequested, this,
+            [this](const AssignmentList &records) { m_schedule->snooze(records); });
+
+    // Every change to the list (an edit, a completion, a reload after another window wrote the
+    // store) reaches the table model; the next reminder is worked out again after it.
+    AssignmentTableModel *model = controller->tableModel();
+    connect(model, &QAbstractItemModel::modelReset, m_schedule, &ReminderSchedule::scheduleRecompute);
+    connect(model, &QAbstractItemModel::layoutChanged, m_schedule, &ReminderSchedule::scheduleRecompute);
+    connect(model, &QAbstractItemModel::dataChanged, m_schedule, &ReminderSchedule::scheduleRecompute);
+    connect(model, &QAbstractItemModel::rowsInserted, m_schedule, &ReminderSchedule::scheduleRecompute);
+    connect(model, &QAbstractItemModel::rowsRemoved, m_schedule, &ReminderSchedule::scheduleRecompute);
+
+    connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, [this](const QString &group, const QString &key) {
+        if (group == ReminderSettings::Group && key != ReminderSettings::LastDeliveredKey)
+            updateTray();
+    });
+    window->installEventFilter(this);
+    updateTray();
+    m_schedule->start();
+}
+
+ReminderDelivery::~ReminderDelivery() = default;
+
+ReminderDelivery *ReminderDelivery::install(MainWindow *window)
+{
+    if (auto *existing = window->findChild<ReminderDelivery *>(QString(), Qt::FindDirectChildrenOnly))
+        return existing;
+    return new ReminderDelivery(window, QDBusConnection::sessionBus());
+}
+
+int ReminderDelivery::displayedRow(const AssignmentRef &record) const
+{
+    return int(ReminderRecords::indexOfCurrent(m_window->controller()->displayAssignments(), record));
+}
+
+void ReminderDelivery::open(const AssignmentList &records)
+{
+    if (!m_window)
+        return;
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+    Controller *controller = m_window->controller();
+    QList<int> rows;
+    for (const AssignmentRef &record : records) {
+        if (const int row = displayedRow(record); row >= 0)
+            rows.append(row);
+    }
+    if (rows.size() == 1)
+        controller->selectRowAlone(rows.first());
+    else if (!rows.isEmpty())
+        controller->selectRows(rows);
+}
+
+void ReminderDelivery::complete(const AssignmentList &records)
+{
+    if (!m_window)
+        return;
+    Controller *controller = m_window->controller();
+    for (const AssignmentRef &record : records) {
+        // Found afresh each time: completing one sorts and replaces rows.
+        const int row = displayedRow(record);
+        if (row >= 0 && !controller->displayAssignments()[row]->isCompleted())
+            controller->editing().markAssignmentAsCompleted(row);
+    }
+}
+
+void ReminderDelivery::updateTray()
+{
+    const bool wanted = ReminderSettings::load().keepInTray && QSystemTrayIcon::isSystemTrayAvailable();
+    if (!wanted) {
+        delete m_tray;
+        m_tray = nullptr;
+        return;
+    }
+    if (m_tray)
+        return;
+    // The installed program icon, or the one compiled in where the program is not installed.
+    m_tray = new QSystemTrayIcon(Icons::themed(QStringLiteral("com.brevandt.Quillory"), QStringLiteral("quillory")), this);
+    m_tray->setToolTip(QStringLiteral("Quillory"));
+    auto *menu = new QMenu;
+    connect(m_tray, &QObject::destroyed, menu, &QObject::deleteLater);
+    menu->addAction(QStringLiteral("Show Quillory"), this, [this] { open({}); });
+    // The window's own close (not the title bar's) takes the normal quit path.
+    menu->addAction(QIcon::fromTheme(QStringLiteral("application-exit")), QStringLiteral("Quit"), this, [this] {
+        if (m_window)
+            m_window->close();
+    });
+    m_tray->setContextMenu(menu);
+    connect(m_tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
+            open({});
+    });
+    m_tray->show();
+}
+
+bool ReminderDelivery::eventFilter(QObject *watched, QEvent *event)
+{
+    // Only the title bar's close (spontaneous) hides to the tray; the quit path closes the window
+    // itself, and that close goes through as always.
+    if (watched == m_window && event->type() == QEvent::Close && event->spontaneous() && m_tray) {
+        m_window->controller()->commitPendingEdit();
+        m_window->hide();
+        event->ignore();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}

@@ -1,0 +1,122 @@
+#include "NotificationDaemon.h"
+#include "TestEnvironment.h"
+#include "list/ui/MainWindowTestSupport.h"
+
+#include "list/Editing.h"
+#include "platform/Clock.h"
+#include "reminders/DesktopNotifications.h"
+#include "reminders/ReminderSchedule.h"
+#include "reminders/ReminderSettings.h"
+#include "reminders/ui/ReminderDelivery.h"
+#include "reminders/ui/RemindersPane.h"
+#include "store/ui/PreferencesWindow.h"
+
+#include <QCheckBox>
+#include <QSignalSpy>
+
+using namespace ListTest;
+using namespace WindowTest;
+
+namespace {
+
+// Today is Sunday 2026-11-22, 10:30.
+QVariantMap dueToday(int hour)
+{
+    return {{AssignmentKeys::Date, stored(2026, 11, 22, hour)}};
+}
+
+bool displayedCount(const NotificationDaemon &daemon, int count)
+{
+    return QTest::qWaitFor(
+        [&] {
+            QString output;
+            return daemon.dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}, &output) &&
+                   output.trimmed() == QString::number(count);
+        },
+        10000);
+}
+
+} // namespace
+
+TEST(ReminderWindow, MarkCompleteAndOpenFromTheDaemonActOnTheMainWindowAndSave)
+{
+    freshPreferences();
+    writeStore({record("Essay", dueToday(14)), record("Lab", dueToday(16)), record("Reading", dueToday(20))});
+    NotificationDaemon daemon;
+    QString error;
+    ASSERT_TRUE(daemon.start({{QStringLiteral("Essay"), DesktopNotifications::CompleteAction},
+                              {QStringLiteral("Lab"), DesktopNotifications::OpenAction}},
+                             &error))
+        << qPrintable(error);
+    Window w;
+    ReminderDelivery delivery(w.window.get(), daemon.connection());
+    EXPECT_EQ(delivery.schedule().nextReminder(), QDateTime(QDate(2026, 11, 22), QTime(12, 0)));
+
+    // Two hours before the essay is due its reminder comes; the daemon's action completes it.
+    Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(12, 0, 30)));
+    delivery.schedule().deliverDue();
+    ASSERT_TRUE(displayedCount(daemon, 1));
+    EXPECT_EQ(daemon.received().last().summary, QStringLiteral("Essay"));
+    ASSERT_TRUE(daemon.dunstctl({QStringLiteral("action"), QStringLiteral("0")}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return storedNamed("Essay").value(AssignmentKeys::Completed).toInt() == 1; },
+                                10000));
+    EXPECT_FALSE(storedNamed("Lab").contains(AssignmentKeys::Completed));
+    // Completing it was a change to the list: the schedule moved on to the lab.
+    QCoreApplication::processEvents();
+    EXPECT_EQ(delivery.schedule().nextReminder(), QDateTime(QDate(2026, 11, 22), QTime(14, 0)));
+
+    // The lab's "Open" selects it in the window, whatever was selected before.
+    w.select("Reading");
+    daemon.dunstctl({QStringLiteral("close-all")});
+    Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(14, 0, 30)));
+    delivery.schedule().deliverDue();
+    ASSERT_TRUE(displayedCount(daemon, 1));
+    ASSERT_TRUE(daemon.dunstctl({QStringLiteral("action"), QStringLiteral("0")}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.controller()->singleSelectedRow() == w.rowOf("Lab"); }, 10000));
+    EXPECT_TRUE(w.window->isVisible());
+}
+
+TEST(ReminderWindow, ThePaneSavesEveryChoiceAndKeepsLeadTimesItDoesNotOffer)
+{
+    freshPreferences();
+    ReminderSettings handSet;
+    handSet.leadMinutes = {45, 120};
+    handSet.save();
+    RemindersPane::registerWithPreferencesWindow();
+    PreferencesWindow window;
+    window.setAnimated(false);
+    window.show();
+    ASSERT_TRUE(window.setTabView(RemindersPane::Identifier));
+    ASSERT_NE(window.toolbarItem(RemindersPane::Identifier), nullptr);
+    QWidget *pane = window.currentView();
+    ASSERT_NE(pane, nullptr);
+    for (QCheckBox *box : pane->findChildren<QCheckBox *>())
+        EXPECT_FALSE(box->accessibleName().isEmpty()) << box->objectName().toStdString();
+
+    auto *enabled = pane->findChild<QCheckBox *>(QStringLiteral("remindersEnabled"));
+    auto *hour = pane->findChild<QCheckBox *>(QStringLiteral("remindersLead60"));
+    auto *twoHours = pane->findChild<QCheckBox *>(QStringLiteral("remindersLead120"));
+    auto *evening = pane->findChild<QCheckBox *>(QStringLiteral("remindersEveningBefore"));
+    auto *tray = pane->findChild<QCheckBox *>(QStringLiteral("remindersKeepInTray"));
+    ASSERT_TRUE(enabled && hour && twoHours && evening && tray);
+    EXPECT_TRUE(twoHours->isChecked());
+    EXPECT_FALSE(hour->isChecked());
+    EXPECT_FALSE(tray->isChecked());
+
+    QTest::mouseClick(hour, Qt::LeftButton, {}, QPoint(8, hour->height() / 2));
+    QTest::mouseClick(twoHours, Qt::LeftButton, {}, QPoint(8, twoHours->height() / 2));
+    QTest::mouseClick(evening, Qt::LeftButton, {}, QPoint(8, evening->height() / 2));
+    QTest::mouseClick(tray, Qt::LeftButton, {}, QPoint(8, tray->height() / 2));
+    ReminderSettings saved = ReminderSettings::load();
+    EXPECT_EQ(saved.leadMinutes, QList<int>({45, 60}));
+    EXPECT_FALSE(saved.eveningBefore);
+    EXPECT_TRUE(saved.keepInTray);
+
+    // Off, the lead times cannot be changed, and nothing is reminded of.
+    QTest::mouseClick(enabled, Qt::LeftButton, {}, QPoint(8, enabled->height() / 2));
+    EXPECT_FALSE(ReminderSettings::load().enabled);
+    EXPECT_FALSE(hour->isEnabled());
+    EXPECT_EQ(ReminderSettings::load().leadMinutes, QList<int>({45, 60}));
+    // The program's own groups are as the first start wrote them.
+    EXPECT_TRUE(Preferences::hasAllGroups());
+}
