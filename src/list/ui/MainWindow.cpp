@@ -9,6 +9,7 @@
 #include "list/Editing.h"
 #include "list/FilterBarModel.h"
 #include "list/ui/AssignmentTableView.h"
+#include "list/ui/CalendarImport.h"
 #include "list/ui/DetailsSidebar.h"
 #include "list/ui/FilterBar.h"
 #include "list/ui/FormatControl.h"
@@ -328,6 +329,9 @@ void MainWindow::perform(Command command)
         break;
     case Command::ImportBackup:
         ExchangeCommands::importFromBackup();
+        break;
+    case Command::ImportCalendar:
+        CalendarImport::chooseAndPreview(this, *m_controller);
         break;
     case Command::Quit:
         Q_EMIT quitRequested();
