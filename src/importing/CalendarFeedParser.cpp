@@ -6,6 +6,7 @@
 #include <libical/ical.h>
 
 #include <QCryptographicHash>
+#include <QRegularExpression>
 #include <QTimeZone>
 
 #include <memory>
@@ -61,8 +62,20 @@ QString firstFatalError(icalcomponent *component)
             qCInfo(lcImporting) << "ignored in the calendar:" << message;
             continue;
         }
-        const QString where = text(icalcomponent_kind_to_string(icalcomponent_isa(component)));
-        return QStringLiteral("%1 (in %2)").arg(message, where);
+        // libical's notes end with what it did to its own copy ("Removing entire property: value");
+        // the student needs what is wrong and where, since nothing of the file is kept.
+        static const QRegularExpression removing(QStringLiteral("^(.*?)\\.?\\s*Removing[^:]*:\\s*(.*)$"));
+        QString what = message;
+        const QRegularExpressionMatch match = removing.match(message);
+        if (match.hasMatch()) {
+            what = match.captured(1);
+            if (!match.captured(2).trimmed().isEmpty())
+                what += QStringLiteral(" (“%1”)").arg(match.captured(2).trimmed());
+        }
+        const QString summary = text(icalcomponent_get_summary(component)).simplified();
+        if (!summary.isEmpty())
+            return QStringLiteral("in “%1”: %2").arg(summary, what);
+        return QStringLiteral("in a %1: %2").arg(text(icalcomponent_kind_to_string(icalcomponent_isa(component))), what);
     }
     for (icalcomponent *child = icalcomponent_get_first_component(component, ICAL_ANY_COMPONENT); child;
          child = icalcomponent_get_next_component(component, ICAL_ANY_COMPONENT)) {
@@ -222,7 +235,7 @@ std::optional<FeedContents> CalendarFeedParser::parse(const QByteArray &bytes, Q
         return fail(QStringLiteral("The calendar file cannot be read."));
     const QString parseError = firstFatalError(root.get());
     if (!parseError.isEmpty())
-        return fail(QStringLiteral("The calendar file has an error: %1.").arg(parseError));
+        return fail(QStringLiteral("The calendar file has an error %1.").arg(parseError));
 
     FeedContents contents;
     QString message;

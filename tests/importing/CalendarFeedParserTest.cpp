@@ -128,7 +128,7 @@ TEST(CalendarFeedParser, MalformedFilesGiveAMessageAndNoEvents)
     };
     const QList<Case> cases = {
         {TestEnvironment::readFile(TestEnvironment::fixture(QStringLiteral("importing/malformed-date.ics"))),
-         QStringLiteral("The calendar file has an error")},
+         QStringLiteral("The calendar file has an error in “Broken entry [ENG 101]”: Can't parse as DATE-TIME value in DTSTART property (“2026-12-45 noon”).")},
         {TestEnvironment::readFile(TestEnvironment::fixture(QStringLiteral("importing/truncated.ics"))),
          QStringLiteral("The calendar file is cut short")},
         {QByteArray("<html><body>Sign in to continue</body></html>"), QStringLiteral("This is not a calendar file")},

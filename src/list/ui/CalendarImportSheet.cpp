@@ -125,8 +125,11 @@ void CalendarImportSheet::fill()
         rows.append(row);
     }
     m_items->addTopLevelItems(rows);
-    for (int column = 0; column < WhyColumn; ++column)
+    // Room between columns, so a name does not run into its course.
+    for (int column = 0; column < WhyColumn; ++column) {
         m_items->resizeColumnToContents(column);
+        m_items->setColumnWidth(column, m_items->columnWidth(column) + 16);
+    }
 }
 
 void CalendarImportSheet::updateSummary()
