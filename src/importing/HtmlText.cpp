@@ -43,11 +43,11 @@ QString entity(const QString &name)
     return named.value(name.toLower());
 }
 
-// The value of an attribute inside a tag's text (`a href="..."`), or empty.
-QString attribute(const QString &tagText, const QString &name)
+// The link target inside an anchor's tag text (`a href="..."`), or empty.
+QString hrefOf(const QString &tagText)
 {
-    const QRegularExpression pattern(QStringLiteral("\\b%1\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)'|([^\\s>]+))").arg(name),
-                                     QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression pattern(QStringLiteral("\\bhref\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)'|([^\\s>]+))"),
+                                            QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch match = pattern.match(tagText);
     if (!match.hasMatch())
         return {};
@@ -125,8 +125,13 @@ QString toPlainText(const QString &html)
         const QString tagText = html.mid(i + 1, close - i - 1).trimmed();
         i = close + 1;
         const bool closing = tagText.startsWith(QLatin1Char('/'));
-        QString name = (closing ? tagText.mid(1) : tagText).trimmed();
-        name = name.left(name.indexOf(QRegularExpression(QStringLiteral("[\\s/]")))).toLower();
+        // The element's name: the letters and digits up to the first blank or slash.
+        QString name;
+        for (QChar ch : QStringView(tagText).mid(closing ? 1 : 0).trimmed()) {
+            if (!ch.isLetterOrNumber())
+                break;
+            name += ch.toLower();
+        }
         if (name == QLatin1String("script") || name == QLatin1String("style")) {
             skipping = !closing;
             continue;
@@ -135,7 +140,7 @@ QString toPlainText(const QString &html)
             continue;
         if (name == QLatin1String("a")) {
             if (!closing) {
-                pendingHref = attribute(tagText, QStringLiteral("href"));
+                pendingHref = hrefOf(tagText);
                 linkStart = out.size();
             } else if (!pendingHref.isEmpty() && linkStart >= 0) {
                 const QString shown = out.mid(linkStart).trimmed();
