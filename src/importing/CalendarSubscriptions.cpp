@@ -14,7 +14,8 @@ QList<CalendarSubscriptions::Subscription> CalendarSubscriptions::load()
         if (url.isEmpty())
             continue;
         subscriptions.append({url, entry.value(EtagKey).toString().toUtf8(),
-                              entry.value(LastModifiedKey).toString().toUtf8(), entry.value(CheckedKey).toDateTime()});
+                              entry.value(LastModifiedKey).toString().toUtf8(), entry.value(CheckedKey).toDateTime(),
+                              entry.value(ImportedKey).toStringList()});
     }
     return subscriptions;
 }
@@ -30,6 +31,8 @@ void CalendarSubscriptions::save(const QList<Subscription> &subscriptions)
             entry.insert(LastModifiedKey, QString::fromUtf8(s.lastModified));
         if (s.lastChecked.isValid())
             entry.insert(CheckedKey, s.lastChecked);
+        if (!s.importedUids.isEmpty())
+            entry.insert(ImportedKey, s.importedUids);
         entries.append(entry);
     }
     UserDefaults().set(PreferencesKey, entries);
@@ -41,13 +44,13 @@ QString CalendarSubscriptions::add(const QString &url)
     for (const Subscription &s : subscriptions)
         if (s.url == url)
             return url;
-    subscriptions.append({url, {}, {}, {}});
+    subscriptions.append({url, {}, {}, {}, {}});
     save(subscriptions);
     return url;
 }
 
 void CalendarSubscriptions::remember(const QString &url, const QByteArray &etag, const QByteArray &lastModified,
-                                     const QDateTime &checked)
+                                     const QDateTime &checked, const QStringList &addedUids)
 {
     QList<Subscription> subscriptions = load();
     for (Subscription &s : subscriptions) {
@@ -56,8 +59,17 @@ void CalendarSubscriptions::remember(const QString &url, const QByteArray &etag,
         s.etag = etag;
         s.lastModified = lastModified;
         s.lastChecked = checked;
+        s.importedUids += addedUids;
     }
     save(subscriptions);
+}
+
+std::optional<CalendarSubscriptions::Subscription> CalendarSubscriptions::find(const QString &url)
+{
+    for (const Subscription &s : load())
+        if (s.url == url)
+            return s;
+    return std::nullopt;
 }
 
 std::optional<QString> CalendarSubscriptions::normalizedUrl(const QString &typed, QString *error)

@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -18,6 +19,7 @@ public:
     static inline const QString EtagKey = QStringLiteral("ETag");
     static inline const QString LastModifiedKey = QStringLiteral("Last-Modified");
     static inline const QString CheckedKey = QStringLiteral("Last Checked");
+    static inline const QString ImportedKey = QStringLiteral("Imported UIDs");
     // How often a running program looks at its feeds again.
     static constexpr int RefreshHours = 4;
 
@@ -26,6 +28,7 @@ public:
         QByteArray etag;
         QByteArray lastModified;
         QDateTime lastChecked;
+        QStringList importedUids; // every entry this feed ever added, so a deleted one stays deleted
     };
 
     static QList<Subscription> load();
@@ -34,7 +37,8 @@ public:
     static QString add(const QString &url);
     // Records what the last fetch of `url` answered.
     static void remember(const QString &url, const QByteArray &etag, const QByteArray &lastModified,
-                         const QDateTime &checked);
+                         const QDateTime &checked, const QStringList &addedUids = {});
+    static std::optional<Subscription> find(const QString &url);
 
     // The address as it is fetched: webcal:// and webcals:// become https://, blanks are trimmed.
     // nullopt (with the reason) for anything that is not an http(s) or webcal address with a host.

@@ -86,7 +86,7 @@ int ImportPlan::count(Action action) const
 }
 
 ImportPlan ImportPlan::make(const FeedContents &contents, const AssignmentList &records, const QStringList &courses,
-                            const QString &source)
+                            const QString &source, const QSet<QString> &deletedIfMissing)
 {
     ImportPlan plan;
     plan.m_source = source;
@@ -129,6 +129,8 @@ ImportPlan ImportPlan::make(const FeedContents &contents, const AssignmentList &
                 item.course = existing->string(AssignmentKeys::Course);
                 item.newCourse = false;
             }
+        } else if (deletedIfMissing.contains(event.uid)) {
+            skip(QStringLiteral("deleted here since it was imported"));
         } else {
             item.action = Action::Add;
         }
@@ -172,6 +174,7 @@ ImportPlan::Result ImportPlan::apply(AssignmentList &records, const QStringList 
         record->set(AssignmentKeys::DateCreated, Clock::secondsSince1970());
         records.append(record);
         byUid.insert(item.uid, record);
+        result.addedUids.append(item.uid);
         ++result.added;
     }
     return result;

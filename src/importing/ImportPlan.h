@@ -4,6 +4,7 @@
 #include "store/Assignment.h"
 
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -44,11 +45,14 @@ public:
         int added = 0;
         int updated = 0;
         QStringList newCourses; // courses the applied items need that the student does not have yet
+        QStringList addedUids;
     };
 
-    // Plans `contents` against the store's records and the student's course names.
+    // Plans `contents` against the store's records and the student's course names. An entry in
+    // `deletedIfMissing` (the UIDs a subscription brought in before) whose assignment is gone was
+    // deleted by the student, and is not brought back.
     static ImportPlan make(const FeedContents &contents, const AssignmentList &records, const QStringList &courses,
-                           const QString &source);
+                           const QString &source, const QSet<QString> &deletedIfMissing = {});
 
     QList<Item> &items() { return m_items; }
     const QList<Item> &items() const { return m_items; }

@@ -152,17 +152,23 @@ TEST(CalendarSubscription, SubscribingImportsAndLaterChecksFollowTheFeed)
     EXPECT_TRUE(server.requests().last().startsWith("304 /feed.ics \"")) << server.requests().last().toStdString();
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
 
-    // The feed changes; the student renamed the essay meanwhile, so only the rest follows.
-    for (const AssignmentRef &r : w.controller()->allAssignments())
+    // The feed changes; the student renamed the essay and deleted the lab meanwhile, so only the rest
+    // follows and the lab stays deleted.
+    AssignmentList remaining;
+    for (const AssignmentRef &r : w.controller()->allAssignments()) {
         if (r->string(AssignmentKeys::Name) == QLatin1String("Essay 3"))
             r->set(AssignmentKeys::Name, QStringLiteral("Essay 3 (draft)"));
+        if (r->string(AssignmentKeys::Name) != QLatin1String("Lab 9"))
+            remaining.append(r);
+    }
+    w.controller()->setAllAssignments(remaining);
     w.controller()->saveData();
     server.serve(QStringLiteral("feed-after.ics"), 0);
     refresher->refreshAll();
     ASSERT_TRUE(done.wait(10000));
     EXPECT_TRUE(server.requests().last().startsWith("200 /feed.ics \"")) << server.requests().last().toStdString();
-    EXPECT_EQ(storedNames(), QStringList({"Annotated outline", "Essay 3 (draft)", "Final essay", "Lab 9",
-                                          "Own assignment", "Peer review"}));
+    EXPECT_EQ(storedNames(), QStringList({"Annotated outline", "Essay 3 (draft)", "Final essay", "Own assignment",
+                                          "Peer review"}));
     EXPECT_EQ(storedNamed("Essay 3 (draft)").value(AssignmentKeys::Date).toString(), stored(2026, 12, 2));
     EXPECT_TRUE(w.shown().contains("Final essay"));
 }

@@ -2,6 +2,7 @@
 
 #include "importing/CalendarFeedParser.h"
 #include "importing/CourseTag.h"
+#include "exchange/ICalExport.h"
 #include "importing/ImportPlan.h"
 #include "platform/Paths.h"
 #include "store/AssignmentStore.h"
@@ -197,4 +198,23 @@ TEST(ImportPlan, TheRememberedEntrySurvivesTheStoreFile)
     EXPECT_TRUE(quiz->isCompleted());
     EXPECT_EQ(quiz->string(Course), QStringLiteral("HIST 210")); // a code, not the student's "History 210"
     EXPECT_EQ(quiz->string(Name), QStringLiteral("Reading quiz"));
+}
+
+TEST(ImportPlan, TheCalendarExportOfImportedAssignmentsIsUnchangedByWhatTheyRemember)
+{
+    AssignmentList records;
+    plan(QStringLiteral("zoned-prefix.ics"), records).apply(records, Courses);
+    AssignmentList plain;
+    for (const AssignmentRef &r : records) {
+        plain.append(Assignments::copy(r));
+        plain.back()->remove(ImportKeys::Record);
+    }
+    for (const QString &format : {ICalExport::Events, ICalExport::ToDos}) {
+        ICalExport::resetCountersForTest();
+        const QByteArray imported = ICalExport(ICalExport::DefaultName, format).fileText(records, QDate(2026, 11, 22));
+        ICalExport::resetCountersForTest();
+        const QByteArray without = ICalExport(ICalExport::DefaultName, format).fileText(plain, QDate(2026, 11, 22));
+        EXPECT_EQ(imported, without);
+        EXPECT_TRUE(imported.contains("Reading quiz"));
+    }
 }

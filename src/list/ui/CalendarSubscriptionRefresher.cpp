@@ -84,10 +84,13 @@ void CalendarSubscriptionRefresher::fetched(const QString &url, const UrlFetch::
         Q_EMIT refreshed(url, {}, QStringLiteral("The assignments file could not be read, so nothing was imported."));
         return;
     }
+    const std::optional<CalendarSubscriptions::Subscription> known = CalendarSubscriptions::find(url);
+    const QStringList imported = known ? known->importedUids : QStringList();
     const ImportPlan plan = ImportPlan::make(*contents, m_controller.allAssignments(),
-                                             CalendarImport::courseNames(m_controller.coursesAndTextbooks()), url);
+                                             CalendarImport::courseNames(m_controller.coursesAndTextbooks()), url,
+                                             QSet<QString>(imported.cbegin(), imported.cend()));
     const ImportPlan::Result result = CalendarImport::apply(m_controller, plan);
     qCInfo(lcImporting) << "calendar" << url << ":" << result.added << "added," << result.updated << "updated";
-    CalendarSubscriptions::remember(url, answer.etag, answer.lastModified, Clock::now());
+    CalendarSubscriptions::remember(url, answer.etag, answer.lastModified, Clock::now(), result.addedUids);
     Q_EMIT refreshed(url, result, QString());
 }
