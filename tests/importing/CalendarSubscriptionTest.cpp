@@ -140,6 +140,9 @@ TEST(CalendarSubscription, SubscribingImportsAndLaterChecksFollowTheFeed)
     EXPECT_EQ(asked[0].message, "Subscribed.  4 added, 0 updated.  The calendar is checked again every 4 hours.");
     EXPECT_EQ(storedNames(), QStringList({"Essay 3", "Lab 9", "Outline", "Own assignment", "Peer review"}));
     EXPECT_TRUE(w.shown().contains("Outline"));
+    // The feed's address (with its private token) stays in the preferences, not in every record.
+    EXPECT_EQ(storedNamed("Outline").value(ImportKeys::Record).toMap().value(ImportKeys::Source).toString(),
+              "127.0.0.1");
     const QList<CalendarSubscriptions::Subscription> kept = CalendarSubscriptions::load();
     ASSERT_EQ(kept.size(), 1);
     EXPECT_EQ(kept[0].url, server.url());

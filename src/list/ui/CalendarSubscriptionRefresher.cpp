@@ -10,6 +10,7 @@
 #include <QFutureWatcher>
 #include <QPointer>
 #include <QTimer>
+#include <QUrl>
 #include <QtConcurrent/QtConcurrentRun>
 
 CalendarSubscriptionRefresher::CalendarSubscriptionRefresher(Controller &controller, QObject *parent)
@@ -86,8 +87,11 @@ void CalendarSubscriptionRefresher::fetched(const QString &url, const UrlFetch::
     }
     const std::optional<CalendarSubscriptions::Subscription> known = CalendarSubscriptions::find(url);
     const QStringList imported = known ? known->importedUids : QStringList();
+    // Feed addresses carry the student's private token (in the path or the query); records travel in
+    // backups and syncs, so they name only the site the entry came from.
+    const QString source = QUrl(url).host();
     const ImportPlan plan = ImportPlan::make(*contents, m_controller.allAssignments(),
-                                             CalendarImport::courseNames(m_controller.coursesAndTextbooks()), url,
+                                             CalendarImport::courseNames(m_controller.coursesAndTextbooks()), source,
                                              QSet<QString>(imported.cbegin(), imported.cend()));
     const ImportPlan::Result result = CalendarImport::apply(m_controller, plan);
     qCInfo(lcImporting) << "calendar" << url << ":" << result.added << "added," << result.updated << "updated";
