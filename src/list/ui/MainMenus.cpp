@@ -38,6 +38,8 @@ MainMenus::MainMenus(QMainWindow *window, QMenuBar *bar)
     file->addSeparator();
     add(file, Command::ExportBackup, tr("Export Backup…"));
     add(file, Command::ImportBackup, tr("Import Backup…"));
+    add(file, Command::ImportCalendar, tr("Import Calendar…"));
+    add(file, Command::SubscribeCalendar, tr("Subscribe to Course Calendar…"));
     file->addSeparator();
     add(file, Command::UploadData, tr("Upload Data"));
     add(file, Command::DownloadData, tr("Download Data"));

@@ -26,6 +26,7 @@ public:
         FormatList, FormatWeekly, FormatMonthly, GoToToday, NextMonth, PreviousMonth,
         ToggleSidebar, DetachSidebar, DetailsTab, NotesTab, SubprojectsTab,
         AssignmentsWindow, CoursesWindow, GPACalculator, FinalsCalculator, About, Help,
+        ImportCalendar, SubscribeCalendar,
     };
 
     // Fixed titles of the items whose rules are looked up by title.

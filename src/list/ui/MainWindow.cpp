@@ -10,6 +10,9 @@
 #include "list/FilterBarModel.h"
 #include "list/ui/AboutDialog.h"
 #include "list/ui/AssignmentTableView.h"
+#include "list/ui/CalendarImport.h"
+#include "list/ui/CalendarSubscriptionRefresher.h"
+#include "list/ui/SubscribeCalendarSheet.h"
 #include "list/ui/DetailsSidebar.h"
 #include "list/ui/FilterBar.h"
 #include "list/ui/FormatControl.h"
@@ -66,6 +69,7 @@ MainWindow::MainWindow(QWidget *parent)
     connectController();
     resize(InitialSize);
     validateCommands();
+    new CalendarSubscriptionRefresher(*m_controller, this); // keeps subscribed course calendars current
 }
 
 MainWindow::~MainWindow()
@@ -343,6 +347,12 @@ void MainWindow::perform(Command command)
         break;
     case Command::ImportBackup:
         ExchangeCommands::importFromBackup();
+        break;
+    case Command::ImportCalendar:
+        CalendarImport::chooseAndPreview(this, *m_controller);
+        break;
+    case Command::SubscribeCalendar:
+        (new SubscribeCalendarSheet(this, *findChild<CalendarSubscriptionRefresher *>()))->open();
         break;
     case Command::Quit:
         Q_EMIT quitRequested();

@@ -1,0 +1,3 @@
+#include "importing/ImportLog.h"
+
+Q_LOGGING_CATEGORY(lcImporting, "quillory.importing")
