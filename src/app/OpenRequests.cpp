@@ -1,6 +1,8 @@
 #include "OpenRequests.h"
 
 #include "exchange/Backup.h"
+#include "list/ui/CalendarImport.h"
+#include "list/ui/MainWindow.h"
 #include "platform/Alerts.h"
 #include "platform/PropertyList.h"
 
@@ -156,14 +158,26 @@ void OpenRequests::open(const QString &path)
 {
     qCInfo(lcOpen) << "Opening" << path;
     const QString name = QFileInfo(path).fileName();
+    if (isCalendarFile(name)) {
+        // A course calendar goes to the import's preview, which asks before anything is added.
+        if (auto *window = qobject_cast<MainWindow *>(m_window.data())) {
+            CalendarImport::previewFile(window, *window->controller(), path);
+            return;
+        }
+    }
     if (!isBackup(path)) {
-        const bool calendar = name.endsWith(QLatin1String(".ics"), Qt::CaseInsensitive)
-            || name.endsWith(QLatin1String(".ical"), Qt::CaseInsensitive);
-        Alerts::inform(Backup::ErrorTitle, (calendar ? CalendarFileMessage : NotABackupMessage).arg(name));
+        Alerts::inform(Backup::ErrorTitle, NotABackupMessage.arg(name));
         return;
     }
     const Backup::ImportOutcome outcome = Backup::sharedController()->importFromFile(path);
     qCInfo(lcOpen) << "Import of" << path << "ended with outcome" << int(outcome);
+}
+
+bool OpenRequests::isCalendarFile(const QString &name)
+{
+    return name.endsWith(QLatin1String(".ics"), Qt::CaseInsensitive)
+        || name.endsWith(QLatin1String(".ical"), Qt::CaseInsensitive)
+        || name.endsWith(QLatin1String(".ifb"), Qt::CaseInsensitive);
 }
 
 bool OpenRequests::isBackup(const QString &path)

@@ -10,7 +10,8 @@ class QWidget;
 
 // Files to open and requests to come to the front, from this program's own command line, from a
 // later start that handed them over, or dropped on the main window from the file manager. They wait until the main window is up and no question is
-// open, then each file goes through the backup import (merge or replace) one after the other.
+// open, then each file goes through the backup import (merge or replace), or a calendar file through the
+// calendar import's preview, one after the other.
 class OpenRequests : public QObject
 {
     Q_OBJECT
@@ -18,7 +19,6 @@ public:
     // Our own message for a file that is no backup; the import's own question would otherwise
     // offer to replace the data with the empty lists such a file reads as.
     static inline const QString NotABackupMessage = QStringLiteral("\u201c%1\u201d is not a Quillory backup, so it was not imported.  Nothing has been changed.");
-    static inline const QString CalendarFileMessage = QStringLiteral("Quillory cannot import calendar files such as \u201c%1\u201d, only its own backups.  Nothing has been changed.");
 
     explicit OpenRequests(QObject *parent = nullptr);
 
@@ -32,6 +32,8 @@ public:
     // on are opened the same way.
     void windowShown(QWidget *window);
 
+    // True for the names calendar files go by; such a file is offered to the calendar import.
+    static bool isCalendarFile(const QString &name);
     // True when `path` holds a property-list array whose first three elements are lists.
     static bool isBackup(const QString &path);
 

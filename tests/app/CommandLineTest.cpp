@@ -201,11 +201,12 @@ TEST(CommandLine, ASocketLeftByAKilledCopyDoesNotStopTheNextStart)
     ASSERT_EQ(sockets().size(), 1);
     writeAssignments();
 
-    // The next start runs, and refuses a calendar file given to it rather than import it.
+    // The next start runs, and hands a calendar file given to it to the calendar import, which
+    // finds nothing in this one to add.
     const QString calendar = TestEnvironment::home() + QStringLiteral("/term.ics");
     TestEnvironment::writeFile(calendar, "BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n");
     Program next({calendar});
-    ASSERT_TRUE(next.waitForOutput(QStringLiteral("Quillory cannot import calendar files such as \u201cterm.ics\u201d"), StartMs))
+    ASSERT_TRUE(next.waitForOutput(QStringLiteral("\u201cterm.ics\u201d holds no events or to-dos to import."), StartMs))
         << next.output().toStdString();
     const QByteArray data = TestEnvironment::readFile(Paths::assignmentsFile());
     EXPECT_TRUE(data.contains("Essay"));

@@ -2,6 +2,7 @@
 
 #include "app/OpenRequests.h"
 #include "exchange/Backup.h"
+#include "list/ui/CalendarImportSheet.h"
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
@@ -15,7 +16,7 @@ using namespace ListTest;
 using namespace WindowTest;
 
 // Files dragged from the file manager onto the main window go where a file given on the command
-// line goes: a backup to the import's question, anything else to a message that nothing changed.
+// line goes: a backup to the import's question, a calendar to the calendar import's preview, anything else to a message that nothing changed.
 namespace {
 
 struct DropResult {
@@ -82,6 +83,20 @@ TEST(DropOnWindow, ABackupGoesToTheImportAndAnyOtherFileIsRefusedWithNothingChan
     EXPECT_EQ(asked.first().message, OpenRequests::NotABackupMessage.arg(QStringLiteral("timetable.png")));
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), replaced);
     EXPECT_NE(replaced, before);
+
+    // A course calendar goes to the calendar import's preview, which adds nothing until it is applied.
+    const QString calendar = TestEnvironment::home() + QStringLiteral("/biology.ics");
+    TestEnvironment::writeFile(calendar, "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Course//EN\r\n"
+                                         "BEGIN:VEVENT\r\nUID:lab-3@course\r\nDTSTAMP:20261120T120000Z\r\n"
+                                         "DTSTART;VALUE=DATE:20261203\r\nSUMMARY:Lab 3\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n");
+    result = drop(w.window.get(), {QUrl::fromLocalFile(calendar)});
+    EXPECT_TRUE(result.enterAccepted);
+    EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+    auto *preview = w.window->findChild<CalendarImportSheet *>();
+    ASSERT_NE(preview, nullptr);
+    EXPECT_TRUE(preview->isVisible());
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), replaced);
+    preview->close();
 
     // A link from a browser is not a file: the drag is not taken and nothing is asked.
     result = drop(w.window.get(), {QUrl(QStringLiteral("https://example.invalid/Quillory%20Backup"))});
