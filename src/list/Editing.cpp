@@ -322,6 +322,21 @@ void Editing::deleteAssignment()
     c.lists().updateCalendar();
 }
 
+void Editing::completeRecord(qsizetype index)
+{
+    Controller &c = m_controller;
+    if (index < 0 || index >= c.allAssignments().size() || c.allAssignments()[index]->isCompleted())
+        return;
+    const auto action = c.beginAction();
+    const AssignmentRef completed = Assignments::copy(c.allAssignments()[index]);
+    completed->set(Completed, true);
+    c.lists().replace(index, completed);
+    c.saveData();
+    Q_EMIT c.subprojectsChanged();
+    c.filterWithViews();
+    c.sortColumn();
+}
+
 void Editing::markAssignmentAsCompleted(int row)
 {
     Controller &c = m_controller;

@@ -42,6 +42,9 @@ public:
     void deleteAssignment();
     // The completed box of `row` was clicked (-1: the selected row).
     void markAssignmentAsCompleted(int row = -1);
+    // Completes the record at `index` of all assignments, shown or not (a reminder's action may
+    // name one that the view or the search hides), and saves.
+    void completeRecord(qsizetype index);
 
 private:
     AssignmentRef addRecordWithDate(const std::optional<QDateTime> &date);

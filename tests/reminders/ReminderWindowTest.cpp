@@ -76,6 +76,28 @@ TEST(ReminderWindow, MarkCompleteAndOpenFromTheDaemonActOnTheMainWindowAndSave)
     EXPECT_TRUE(w.window->isVisible());
 }
 
+TEST(ReminderWindow, MarkCompleteReachesAnAssignmentTheSearchHides)
+{
+    freshPreferences();
+    writeStore({record("Essay", dueToday(14)), record("Lab", dueToday(16))});
+    NotificationDaemon daemon;
+    QString error;
+    ASSERT_TRUE(daemon.start({}, &error)) << qPrintable(error);
+    Window w;
+    ReminderDelivery delivery(w.window.get(), daemon.connection());
+    const AssignmentList &all = w.controller()->allAssignments();
+    const AssignmentRef essay = *std::find_if(all.begin(), all.end(), [](const AssignmentRef &r) {
+        return r->value(AssignmentKeys::Name).toString() == QStringLiteral("Essay");
+    });
+
+    // The student is searching for the lab when the essay's reminder is answered.
+    QTest::keyClicks(w.toolbar()->searchField(), "Lab");
+    ASSERT_LT(w.rowOf("Essay"), 0);
+    delivery.complete({essay});
+    EXPECT_EQ(storedNamed("Essay").value(AssignmentKeys::Completed).toInt(), 1);
+    EXPECT_FALSE(storedNamed("Lab").contains(AssignmentKeys::Completed));
+}
+
 TEST(ReminderWindow, ThePaneSavesEveryChoiceAndKeepsLeadTimesItDoesNotOffer)
 {
     freshPreferences();

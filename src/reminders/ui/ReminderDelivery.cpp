@@ -87,11 +87,17 @@ void ReminderDelivery::complete(const AssignmentList &records)
     if (!m_window)
         return;
     Controller *controller = m_window->controller();
+    // Typing in the sidebar is kept before anything is replaced.
+    controller->commitPendingEdit();
     for (const AssignmentRef &record : records) {
         // Found afresh each time: completing one sorts and replaces rows.
-        const int row = displayedRow(record);
-        if (row >= 0 && !controller->displayAssignments()[row]->isCompleted())
-            controller->editing().markAssignmentAsCompleted(row);
+        if (const int row = displayedRow(record); row >= 0) {
+            if (!controller->displayAssignments()[row]->isCompleted())
+                controller->editing().markAssignmentAsCompleted(row);
+            continue;
+        }
+        // Hidden by the view, the course filter or the search: completed all the same.
+        controller->editing().completeRecord(ReminderRecords::indexOfCurrent(controller->allAssignments(), record));
     }
 }
 
