@@ -46,12 +46,11 @@ void ReminderPlan::forEachMoment(const Assignment &record, qint64 after, Fn &&fn
 {
     if (!m_settings.enabled)
         return;
+    const std::optional<qint64> moment = record.dueMoment();
+    if (!moment || *moment <= after)
+        return;
+    const qint64 dueMoment = *moment;
     const std::optional<QDateTime> due = record.dueDate();
-    if (!due || !due->isValid())
-        return;
-    const qint64 dueMoment = due->toMSecsSinceEpoch();
-    if (dueMoment <= after)
-        return;
     qint64 given[8];
     int count = 0;
     auto offer = [&](qint64 moment) {

@@ -17,6 +17,8 @@ struct Assignment::Caches {
     QByteArray xml;
     bool hasDueDate = false;
     std::optional<QDateTime> dueDate;
+    bool hasDueMoment = false;
+    std::optional<qint64> dueMoment;
     QHash<QString, QString> lowered;
 };
 
@@ -91,6 +93,20 @@ std::optional<QDateTime> Assignment::dueDate() const
         m_caches->hasDueDate = true;
     }
     return m_caches->dueDate;
+}
+
+std::optional<qint64> Assignment::dueMoment() const
+{
+    if (!m_caches)
+        m_caches = std::make_shared<Caches>();
+    if (!m_caches->hasDueMoment) {
+        // A local date and time to an instant goes through the C library's time zone rules, which
+        // (with TZ unset, as on most desktops) look at /etc/localtime each time: done once here.
+        const std::optional<QDateTime> due = dueDate();
+        m_caches->dueMoment = due && due->isValid() ? std::optional<qint64>(due->toMSecsSinceEpoch()) : std::nullopt;
+        m_caches->hasDueMoment = true;
+    }
+    return m_caches->dueMoment;
 }
 
 const QString &Assignment::lowered(const QString &key) const

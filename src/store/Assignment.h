@@ -64,6 +64,9 @@ public:
     const QByteArray &xml() const;
     // "Date" read back from its stored form; nullopt when absent or unreadable.
     std::optional<QDateTime> dueDate() const;
+    // The due date as milliseconds since the epoch, for comparing instants; nullopt as above.
+    // Cached with the rest, so it follows the time zone the program had when it was first asked.
+    std::optional<qint64> dueMoment() const;
     // Lower-cased text of one field for searching; a null QString when the field is absent.
     const QString &lowered(const QString &key) const;
 
