@@ -16,12 +16,14 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 
 import gi
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+from atspi_walk import children, descendants, name, showing, start_display, wait_for  # noqa: E402
 
 # Roles a keyboard user lands on and a screen reader announces by name.
 CONTROL_ROLES = {
@@ -30,6 +32,9 @@ CONTROL_ROLES = {
     Atspi.Role.SPIN_BUTTON, Atspi.Role.TABLE, Atspi.Role.LIST, Atspi.Role.TREE, Atspi.Role.TREE_TABLE,
     Atspi.Role.PAGE_TAB_LIST, Atspi.Role.TOOL_BAR, Atspi.Role.MENU_BAR, Atspi.Role.SCROLL_PANE,
 }
+
+# Menus are walked by their own users; the list of pull-down items adds only noise here.
+SKIP_INSIDE = (Atspi.Role.MENU_BAR, Atspi.Role.COMBO_BOX)
 
 failures = []
 
@@ -60,41 +65,6 @@ def write_store(home):
         plistlib.dump(courses, f)
 
 
-def children(node):
-    try:
-        count = node.get_child_count()
-    except Exception:
-        return []
-    result = []
-    for index in range(count):
-        try:
-            child = node.get_child_at_index(index)
-        except Exception:
-            child = None
-        if child is not None:
-            result.append(child)
-    return result
-
-
-def descendants(node):
-    stack = [node]
-    while stack:
-        current = stack.pop()
-        yield current
-        # Menus are walked by their own users; the list of pull-down items adds only noise here.
-        if current.get_role() in (Atspi.Role.MENU_BAR, Atspi.Role.COMBO_BOX):
-            continue
-        stack.extend(reversed(children(current)))
-
-
-def showing(node):
-    return node.get_state_set().contains(Atspi.StateType.SHOWING)
-
-
-def name(node):
-    return node.get_name() or ""
-
-
 def labels(node):
     """The node's name and the labels that name it. On Linux a pull-down's name is its current
     choice; screen readers announce the label that the labelled-by relation points to."""
@@ -107,7 +77,7 @@ def labels(node):
 
 
 def find(root, role, wanted, visible=True):
-    for node in descendants(root):
+    for node in descendants(root, SKIP_INSIDE):
         if node.get_role() == role and wanted in labels(node) and (not visible or showing(node)):
             return node
     return None
@@ -118,16 +88,6 @@ def expect(root, role, wanted, where, visible=True):
     if node is None:
         fail("no %s named %r in %s" % (role.value_nick, wanted, where))
     return node
-
-
-def wait_for(condition, seconds):
-    deadline = time.monotonic() + seconds
-    while time.monotonic() < deadline:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.2)
-    return None
 
 
 def application_of(pid):
@@ -224,7 +184,7 @@ def check_selection_reaches_sidebar(table, sidebar):
 
 
 def check_every_control_named(frame):
-    for node in descendants(frame):
+    for node in descendants(frame, SKIP_INSIDE):
         role = node.get_role()
         if role not in CONTROL_ROLES or not showing(node):
             continue
@@ -256,22 +216,6 @@ def main():
         if server is not None:
             server.terminate()
             server.wait()
-
-
-def start_display():
-    read_end, write_end = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
-                              pass_fds=(write_end,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    os.close(write_end)
-    with os.fdopen(read_end) as chosen:
-        number = chosen.readline().strip()
-    if not number:
-        print("Xvfb did not start", file=sys.stderr)
-        server.wait()
-        return None
-    os.environ["DISPLAY"] = ":" + number
-    os.environ.pop("XAUTHORITY", None)
-    return server
 
 
 def run(program):

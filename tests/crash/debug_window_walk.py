@@ -15,12 +15,14 @@ import signal
 import subprocess
 import sys
 import tempfile
-import time
 
 import gi
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+from atspi_walk import children, descendants, name, showing, start_display, wait_for  # noqa: E402
 
 failures = []
 
@@ -28,42 +30,6 @@ failures = []
 def fail(message):
     failures.append(message)
     print("FAIL: " + message, file=sys.stderr)
-
-
-def children(node):
-    try:
-        return [c for c in (node.get_child_at_index(i) for i in range(node.get_child_count())) if c is not None]
-    except Exception:
-        return []
-
-
-def descendants(node):
-    stack = [node]
-    while stack:
-        current = stack.pop()
-        yield current
-        stack.extend(reversed(children(current)))
-
-
-def name(node):
-    try:
-        return node.get_name() or ""
-    except Exception:
-        return ""
-
-
-def showing(node):
-    return node.get_state_set().contains(Atspi.StateType.SHOWING)
-
-
-def wait_for(condition, seconds):
-    deadline = time.monotonic() + seconds
-    while time.monotonic() < deadline:
-        value = condition()
-        if value:
-            return value
-        time.sleep(0.2)
-    return None
 
 
 def applications():
@@ -91,18 +57,6 @@ def press(root, wanted):
         return False
     node.do_action(0)
     return True
-
-
-def start_display():
-    read_end, write_end = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
-                              pass_fds=(write_end,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    os.close(write_end)
-    with os.fdopen(read_end) as chosen:
-        number = chosen.readline().strip()
-    os.environ["DISPLAY"] = ":" + number
-    os.environ.pop("XAUTHORITY", None)
-    return server
 
 
 def pid_alive(pid):
@@ -179,6 +133,8 @@ def run(program, home):
 def main():
     program = os.path.abspath(sys.argv[1])
     server = start_display()
+    if server is None:
+        return 1
     try:
         with tempfile.TemporaryDirectory(prefix="quillory-debug-") as home:
             run(program, home)
