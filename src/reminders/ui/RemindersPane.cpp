@@ -100,6 +100,6 @@ void RemindersPane::registerWithPreferencesWindow()
 {
     AdditionalPanes::registerPane({Identifier, PaneName,
                                    QStringLiteral("Choose when you are reminded of assignments that are due"),
-                                   QStringLiteral("appointment-soon"), QStringLiteral("prefs-general"),
+                                   QStringLiteral("appointment-soon"), QStringLiteral("prefs-reminders"),
                                    [] { return new RemindersPane; }});
 }
