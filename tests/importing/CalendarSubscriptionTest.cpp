@@ -292,3 +292,26 @@ TEST(CalendarSubscription, ARemovedSubscriptionIsNoLongerCheckedAndItsAssignment
     EXPECT_TRUE(window->statusLabel()->text().endsWith("checked: 0 added, 0 updated.")) << window->statusLabel()->text().toStdString();
     window->close();
 }
+
+TEST(CalendarSubscription, AFeedRemovedWhileItIsFetchedImportsNothing)
+{
+    freshPreferences();
+    writeStore({record("Own assignment")});
+    FeedServer server;
+    server.serve(QStringLiteral("feed-before.ics"), 60);
+    Window w;
+    auto *refresher = w.window->findChild<CalendarSubscriptionRefresher *>();
+    QSignalSpy done(refresher, &CalendarSubscriptionRefresher::refreshed);
+    refresher->subscribe(server.url());
+    ASSERT_TRUE(done.wait(10000));
+    done.clear();
+
+    server.serve(QStringLiteral("feed-after.ics"), 0);
+    const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
+    refresher->refresh(server.url());
+    ASSERT_TRUE(CalendarSubscriptions::remove(server.url()));
+    ASSERT_TRUE(done.wait(10000));
+    EXPECT_EQ(done.first().at(2).toString(), "The subscription was removed, so nothing was imported.");
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
+    EXPECT_TRUE(CalendarSubscriptions::load().isEmpty());
+}

@@ -39,6 +39,7 @@ CalendarSubscriptionsWindow::CalendarSubscriptionsWindow(QWidget *parent, Calend
     m_list->setHeaderLabels({QStringLiteral("Address"), QStringLiteral("Last Checked")});
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
+    m_list->setTextElideMode(Qt::ElideMiddle);
     m_list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     m_list->header()->setStretchLastSection(false);
