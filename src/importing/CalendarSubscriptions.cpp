@@ -72,6 +72,58 @@ std::optional<CalendarSubscriptions::Subscription> CalendarSubscriptions::find(c
     return std::nullopt;
 }
 
+bool CalendarSubscriptions::remove(const QString &url)
+{
+    QList<Subscription> subscriptions = load();
+    const qsizetype before = subscriptions.size();
+    subscriptions.removeIf([&url](const Subscription &s) { return s.url == url; });
+    if (subscriptions.size() == before)
+        return false;
+    save(subscriptions);
+    return true;
+}
+
+namespace {
+// Tokens are long random runs; ordinary path words (calendar, feeds, export.php) are short.
+QString shortened(const QString &part)
+{
+    constexpr int Kept = 4;
+    constexpr int Longest = 16;
+    return part.size() > Longest ? part.left(Kept) + QStringLiteral("…") : part;
+}
+} // namespace
+
+QString CalendarSubscriptions::displayUrl(const QString &url)
+{
+    const QUrl parsed(url);
+    if (!parsed.isValid() || parsed.host().isEmpty())
+        return shortened(url);
+    QStringList segments = parsed.path(QUrl::FullyDecoded).split(QLatin1Char('/'));
+    for (QString &segment : segments) {
+        // A file name keeps its extension so the feed still reads as a calendar.
+        const qsizetype dot = segment.lastIndexOf(QLatin1Char('.'));
+        if (dot > 0 && segment.size() - dot <= 5)
+            segment = shortened(segment.left(dot)) + segment.mid(dot);
+        else
+            segment = shortened(segment);
+    }
+    QString shown = parsed.scheme() + QStringLiteral("://") + parsed.host();
+    if (parsed.port() != -1)
+        shown += QLatin1Char(':') + QString::number(parsed.port());
+    shown += segments.join(QLatin1Char('/'));
+    if (parsed.hasQuery()) {
+        QStringList pairs;
+        for (const QString &pair : parsed.query(QUrl::FullyDecoded).split(QLatin1Char('&'))) {
+            const qsizetype equals = pair.indexOf(QLatin1Char('='));
+            // Every value may be a secret (authtoken=, key=, user=…), so each is cut, however short.
+            pairs.append(equals < 0 ? shortened(pair)
+                                    : pair.left(equals + 1) + (pair.size() > equals + 1 ? QStringLiteral("…") : QString()));
+        }
+        shown += QLatin1Char('?') + pairs.join(QLatin1Char('&'));
+    }
+    return shown;
+}
+
 std::optional<QString> CalendarSubscriptions::normalizedUrl(const QString &typed, QString *error)
 {
     QString text = typed.trimmed();

@@ -39,6 +39,11 @@ public:
     static void remember(const QString &url, const QByteArray &etag, const QByteArray &lastModified,
                          const QDateTime &checked, const QStringList &addedUids = {});
     static std::optional<Subscription> find(const QString &url);
+    // Forgets the address; the assignments it brought in stay where they are. False if it was not kept.
+    static bool remove(const QString &url);
+    // The address for showing: feed addresses carry the student's private token in the path or the
+    // query, so long path segments and query values are cut to their first few characters.
+    static QString displayUrl(const QString &url);
 
     // The address as it is fetched: webcal:// and webcals:// become https://, blanks are trimmed.
     // nullopt (with the reason) for anything that is not an http(s) or webcal address with a host.

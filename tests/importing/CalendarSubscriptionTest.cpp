@@ -3,6 +3,7 @@
 #include "importing/CalendarSubscriptions.h"
 #include "importing/ImportPlan.h"
 #include "list/ui/CalendarSubscriptionRefresher.h"
+#include "list/ui/CalendarSubscriptionsWindow.h"
 #include "list/ui/SubscribeCalendarSheet.h"
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -17,6 +18,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTreeWidget>
 
 using namespace ListTest;
 using namespace WindowTest;
@@ -209,4 +211,107 @@ TEST(CalendarSubscription, AFeedThatCannotBeFetchedOrReadChangesNothing)
     EXPECT_TRUE(CalendarSubscriptions::load().isEmpty());
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
     sheet->reject();
+}
+
+TEST(CalendarSubscription, ShownAddressesHideTheirTokens)
+{
+    EXPECT_EQ(CalendarSubscriptions::displayUrl("https://lms.example.edu/feeds/calendars/user_8f3kQ2pLx91ZtT0a.ics"),
+              "https://lms.example.edu/feeds/calendars/user….ics");
+    EXPECT_EQ(CalendarSubscriptions::displayUrl(
+                  "https://moodle.example.org/calendar/export_execute.php?userid=42&authtoken=a1b2c3&preset_what=all"),
+              "https://moodle.example.org/calendar/export_execute.php?userid=…&authtoken=…&preset_what=…");
+    EXPECT_EQ(CalendarSubscriptions::displayUrl("http://127.0.0.1:8080/feed.ics"), "http://127.0.0.1:8080/feed.ics");
+}
+
+TEST(CalendarSubscription, ARemovedSubscriptionIsNoLongerCheckedAndItsAssignmentsStay)
+{
+    freshPreferences();
+    writeStore({record("Own assignment")});
+    FeedServer server;
+    server.serve(QStringLiteral("feed-before.ics"), 60);
+    Window w;
+    auto *refresher = w.window->findChild<CalendarSubscriptionRefresher *>();
+    ASSERT_NE(refresher, nullptr);
+    QSignalSpy done(refresher, &CalendarSubscriptionRefresher::refreshed);
+    refresher->subscribe(server.url());
+    ASSERT_TRUE(done.wait(10000));
+    done.clear();
+
+    w.window->perform(MainMenus::Command::CalendarSubscriptions);
+    auto *window = w.window->findChild<CalendarSubscriptionsWindow *>();
+    ASSERT_NE(window, nullptr);
+    QTreeWidget *list = window->list();
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(list->topLevelItem(0)->text(0), server.url());
+    EXPECT_NE(list->topLevelItem(0)->text(1), "Not yet");
+
+    // Subscribed meanwhile (from the sheet, or another window): the open list follows.
+    const QString secret = server.url() + QStringLiteral("?authtoken=Zq81mB0x");
+    refresher->subscribe(secret);
+    ASSERT_TRUE(done.wait(10000));
+    done.clear();
+    ASSERT_EQ(list->topLevelItemCount(), 2);
+    EXPECT_EQ(list->topLevelItem(1)->text(0), server.url() + QStringLiteral("?authtoken=…"));
+
+    // Delete asks first; cancelling keeps it.
+    const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
+    list->setCurrentItem(list->topLevelItem(0));
+    list->setFocus();
+    Alerts::queueAnswer(QStringLiteral("Cancel"));
+    QTest::keyClick(list, Qt::Key_Delete);
+    EXPECT_EQ(CalendarSubscriptions::load().size(), 2);
+    Alerts::queueAnswer(CalendarSubscriptionsWindow::RemoveTitle);
+    QTest::keyClick(list, Qt::Key_Delete);
+    const QList<Alerts::Request> asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 2);
+    EXPECT_EQ(asked[1].informativeText,
+              "The calendar will no longer be checked.  Assignments it already added stay in your list.");
+    const QList<CalendarSubscriptions::Subscription> kept = CalendarSubscriptions::load();
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(kept[0].url, secret);
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
+
+    // The next round asks only the feed still subscribed, and the removed one's entries are untouched.
+    const qsizetype asked0 = server.requests().size();
+    server.serve(QStringLiteral("feed-after.ics"), 0);
+    refresher->refreshAll();
+    ASSERT_TRUE(done.wait(10000));
+    QTest::qWait(200);
+    const QStringList requests = server.requests().mid(asked0);
+    ASSERT_EQ(requests.size(), 1) << requests.join(" | ").toStdString();
+    EXPECT_TRUE(requests[0].startsWith("200 /feed.ics?authtoken=Zq81mB0x ")) << requests[0].toStdString();
+    EXPECT_TRUE(storedNames().contains("Lab 9"));
+
+    // Check Now goes through the same path for the one selected.
+    done.clear();
+    list->setCurrentItem(list->topLevelItem(0));
+    QTest::mouseClick(window->checkNowButton(), Qt::LeftButton);
+    ASSERT_TRUE(done.wait(10000));
+    EXPECT_TRUE(server.requests().last().startsWith("304 /feed.ics?authtoken=Zq81mB0x "));
+    EXPECT_TRUE(window->statusLabel()->text().endsWith("checked: 0 added, 0 updated.")) << window->statusLabel()->text().toStdString();
+    window->close();
+}
+
+TEST(CalendarSubscription, AFeedRemovedWhileItIsFetchedImportsNothing)
+{
+    freshPreferences();
+    writeStore({record("Own assignment")});
+    FeedServer server;
+    server.serve(QStringLiteral("feed-before.ics"), 60);
+    Window w;
+    auto *refresher = w.window->findChild<CalendarSubscriptionRefresher *>();
+    QSignalSpy done(refresher, &CalendarSubscriptionRefresher::refreshed);
+    refresher->subscribe(server.url());
+    ASSERT_TRUE(done.wait(10000));
+    done.clear();
+
+    server.serve(QStringLiteral("feed-after.ics"), 0);
+    const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
+    refresher->refresh(server.url());
+    ASSERT_TRUE(CalendarSubscriptions::remove(server.url()));
+    ASSERT_TRUE(done.wait(10000));
+    EXPECT_EQ(done.first().at(2).toString(), "The subscription was removed, so nothing was imported.");
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
+    EXPECT_TRUE(CalendarSubscriptions::load().isEmpty());
 }

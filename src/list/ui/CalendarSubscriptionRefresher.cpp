@@ -31,6 +31,12 @@ void CalendarSubscriptionRefresher::refreshAll()
         fetch(s.url, s.etag, s.lastModified, false);
 }
 
+void CalendarSubscriptionRefresher::refresh(const QString &url)
+{
+    if (const std::optional<CalendarSubscriptions::Subscription> s = CalendarSubscriptions::find(url))
+        fetch(s->url, s->etag, s->lastModified, false);
+}
+
 void CalendarSubscriptionRefresher::subscribe(const QString &url)
 {
     fetch(url, {}, {}, true);
@@ -66,6 +72,11 @@ void CalendarSubscriptionRefresher::fetched(const QString &url, const UrlFetch::
     if (answer.outcome == Outcome::NotModified) {
         CalendarSubscriptions::remember(url, answer.etag, answer.lastModified, Clock::now());
         Q_EMIT refreshed(url, {}, QString());
+        return;
+    }
+    if (!isNew && !CalendarSubscriptions::find(url)) {
+        // Removed while its fetch was under way: the student no longer wants anything from it.
+        Q_EMIT refreshed(url, {}, QStringLiteral("The subscription was removed, so nothing was imported."));
         return;
     }
     QString error;

@@ -23,6 +23,9 @@ public:
 
     // Fetches every subscription now (those already under way are not asked twice).
     void refreshAll();
+    // Fetches one kept subscription now (nothing for an address no longer kept).
+    void refresh(const QString &url);
+    bool isFetching(const QString &url) const { return m_running.contains(url); }
     // Fetches a new address; it is kept as a subscription once it answers with a readable calendar.
     void subscribe(const QString &url);
     bool isBusy() const { return !m_running.isEmpty(); }

@@ -40,6 +40,7 @@ MainMenus::MainMenus(QMainWindow *window, QMenuBar *bar)
     add(file, Command::ImportBackup, tr("Import Backup…"));
     add(file, Command::ImportCalendar, tr("Import Calendar…"));
     add(file, Command::SubscribeCalendar, tr("Subscribe to Course Calendar…"));
+    add(file, Command::CalendarSubscriptions, tr("Course Calendar Subscriptions…"));
     file->addSeparator();
     add(file, Command::UploadData, tr("Upload Data"));
     add(file, Command::DownloadData, tr("Download Data"));

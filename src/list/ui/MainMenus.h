@@ -26,7 +26,7 @@ public:
         FormatList, FormatWeekly, FormatMonthly, GoToToday, NextMonth, PreviousMonth,
         ToggleSidebar, DetachSidebar, DetailsTab, NotesTab, SubprojectsTab,
         AssignmentsWindow, CoursesWindow, GPACalculator, FinalsCalculator, About, Help,
-        ImportCalendar, SubscribeCalendar,
+        ImportCalendar, SubscribeCalendar, CalendarSubscriptions,
     };
 
     // Fixed titles of the items whose rules are looked up by title.

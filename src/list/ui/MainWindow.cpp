@@ -12,6 +12,7 @@
 #include "list/ui/AssignmentTableView.h"
 #include "list/ui/CalendarImport.h"
 #include "list/ui/CalendarSubscriptionRefresher.h"
+#include "list/ui/CalendarSubscriptionsWindow.h"
 #include "list/ui/SubscribeCalendarSheet.h"
 #include "list/ui/DetailsSidebar.h"
 #include "list/ui/FilterBar.h"
@@ -353,6 +354,9 @@ void MainWindow::perform(Command command)
         break;
     case Command::SubscribeCalendar:
         (new SubscribeCalendarSheet(this, *findChild<CalendarSubscriptionRefresher *>()))->open();
+        break;
+    case Command::CalendarSubscriptions:
+        (new CalendarSubscriptionsWindow(this, *findChild<CalendarSubscriptionRefresher *>()))->show();
         break;
     case Command::Quit:
         Q_EMIT quitRequested();
