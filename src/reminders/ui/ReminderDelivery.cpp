@@ -21,6 +21,7 @@
 ReminderDelivery::ReminderDelivery(MainWindow *window, const QDBusConnection &bus)
     : QObject(window)
     , m_window(window)
+    , m_windowObject(window)
 {
     Controller *controller = window->controller();
     m_schedule = new ReminderSchedule([controller] { return controller->allAssignments(); }, this);
@@ -134,7 +135,9 @@ bool ReminderDelivery::eventFilter(QObject *watched, QEvent *event)
 {
     // Only the title bar's close (spontaneous) hides to the tray; the quit path closes the window
     // itself, and that close goes through as always.
-    if (watched == m_window && event->type() == QEvent::Close && event->spontaneous() && m_tray) {
+    // The window is compared as a QObject: this filter also sees the events of the window's own
+    // destruction, when it is no longer a MainWindow.
+    if (event->type() == QEvent::Close && event->spontaneous() && m_tray && watched == m_windowObject) {
         m_window->controller()->commitPendingEdit();
         m_window->hide();
         event->ignore();

@@ -42,6 +42,7 @@ private:
     int displayedRow(const AssignmentRef &record) const;
 
     QPointer<MainWindow> m_window;
+    QObject *m_windowObject; // for comparing only, never dereferenced
     ReminderSchedule *m_schedule;
     DesktopNotifications *m_notifications;
     QSystemTrayIcon *m_tray = nullptr;
