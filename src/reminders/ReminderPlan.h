@@ -1,6 +1,7 @@
 #pragma once
 
 #include "reminders/Reminder.h"
+#include "reminders/ReminderRecords.h"
 #include "reminders/ReminderSettings.h"
 
 #include <QHash>
@@ -9,7 +10,8 @@
 #include <optional>
 
 // Works out when the reminders of a list of assignments fall. Only assignments that are not
-// completed and have a due date get reminders. Moments are milliseconds since 1970 (UTC), so a
+// completed and have a due date get reminders; an assignment's own override (ReminderRecords)
+// replaces the preferences' lead times for it. Moments are milliseconds since 1970 (UTC), so a
 // pass over ten thousand records compares integers; the evening-before moment, which needs the
 // time zone, is worked out once per due day.
 class ReminderPlan
@@ -63,6 +65,12 @@ void ReminderPlan::forEachMoment(const Assignment &record, qint64 after, Fn &&fn
         if (moment > after)
             fn(moment);
     };
+    // The record's own choice from the sidebar stands in place of the preferences.
+    if (const std::optional<int> own = ReminderRecords::overrideOf(record)) {
+        if (*own > 0)
+            offer(dueMoment - qint64(*own) * 60 * 1000);
+        return;
+    }
     if (m_settings.eveningBefore)
         offer(eveningBefore(*due));
     for (qint64 lead : m_leadMilliseconds)

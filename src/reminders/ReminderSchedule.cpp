@@ -20,7 +20,7 @@ ReminderSchedule::ReminderSchedule(std::function<AssignmentList()> source, QObje
     connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this,
             [this](const QString &group, const QString &key) {
                 // Our own bookkeeping write must not set off another pass.
-                if (group == ReminderSettings::Group && key != ReminderSettings::LastDeliveredKey)
+                if (group == ReminderSettings::Group && !ReminderSettings::isBookkeeping(key))
                     scheduleRecompute();
             });
 }
@@ -28,6 +28,7 @@ ReminderSchedule::ReminderSchedule(std::function<AssignmentList()> source, QObje
 void ReminderSchedule::start()
 {
     m_started = true;
+    loadSnoozed();
     const QDateTime now = Clock::now();
     const QDateTime last = ReminderSettings::lastDelivered();
     if (last.isValid() && last < now) {
@@ -117,7 +118,10 @@ void ReminderSchedule::deliverDue()
         if (!reminder.assignments.isEmpty())
             Q_EMIT reminderDue(reminder);
     }
-    m_snoozed = stillSnoozed;
+    if (stillSnoozed.size() != m_snoozed.size()) {
+        m_snoozed = stillSnoozed;
+        saveSnoozed();
+    }
     recompute();
 }
 
@@ -126,6 +130,7 @@ void ReminderSchedule::snooze(const AssignmentList &records, qint64 milliseconds
     if (records.isEmpty())
         return;
     m_snoozed.append(Reminder{Clock::now().addMSecs(milliseconds), records, false});
+    saveSnoozed();
     recompute();
 }
 
@@ -134,4 +139,41 @@ std::optional<QDateTime> ReminderSchedule::nextReminder() const
     if (!m_next)
         return std::nullopt;
     return QDateTime::fromMSecsSinceEpoch(*m_next);
+}
+
+void ReminderSchedule::loadSnoozed()
+{
+    m_snoozed.clear();
+    const QVariantList stored = ReminderSettings::snoozed();
+    if (stored.isEmpty())
+        return;
+    const AssignmentList current = m_source();
+    for (const QVariant &entry : stored) {
+        const QVariantMap map = entry.toMap();
+        const QDateTime moment = map.value(ReminderSettings::SnoozeMomentKey).toDateTime();
+        if (!moment.isValid())
+            continue;
+        Reminder reminder{moment, {}, false};
+        const QVariantList identities = map.value(ReminderSettings::SnoozeRecordsKey).toList();
+        for (const QVariant &identity : identities) {
+            // A record deleted while the program was closed is simply not reminded of.
+            if (const qsizetype index = ReminderRecords::indexOfIdentity(current, identity.toMap()); index >= 0)
+                reminder.assignments.append(current[index]);
+        }
+        if (!reminder.assignments.isEmpty())
+            m_snoozed.append(reminder);
+    }
+}
+
+void ReminderSchedule::saveSnoozed() const
+{
+    QVariantList stored;
+    for (const Reminder &reminder : m_snoozed) {
+        QVariantList identities;
+        for (const AssignmentRef &record : reminder.assignments)
+            identities.append(ReminderRecords::identity(*record));
+        stored.append(QVariantMap{{ReminderSettings::SnoozeMomentKey, reminder.moment},
+                                  {ReminderSettings::SnoozeRecordsKey, identities}});
+    }
+    ReminderSettings::setSnoozed(stored);
 }

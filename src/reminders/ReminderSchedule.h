@@ -30,6 +30,7 @@ public:
     // Shows every reminder whose moment has come (the timer calls this).
     void deliverDue();
     // The same records are reminded of again after `milliseconds`.
+    // The snooze is kept in the preferences until it is shown, so a restart does not lose it.
     void snooze(const AssignmentList &records, qint64 milliseconds = 60 * 60 * 1000);
 
     // The moment the timer is set for; nullopt when nothing is coming.
@@ -44,6 +45,9 @@ Q_SIGNALS:
     void reminderDue(const Reminder &reminder);
 
 private:
+    void loadSnoozed();
+    void saveSnoozed() const;
+
     std::function<AssignmentList()> m_source;
     QTimer m_timer;
     std::optional<qint64> m_next;

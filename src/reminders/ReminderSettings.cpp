@@ -60,3 +60,20 @@ void ReminderSettings::setLastDelivered(const QDateTime &moment)
     group.insert(LastDeliveredKey, moment);
     UserDefaults().set(Group, group);
 }
+
+QVariantList ReminderSettings::snoozed()
+{
+    return storedGroup().value(SnoozedKey).toList();
+}
+
+void ReminderSettings::setSnoozed(const QVariantList &snoozed)
+{
+    QVariantMap group = storedGroup();
+    if (snoozed.isEmpty() && !group.contains(SnoozedKey))
+        return;
+    if (snoozed.isEmpty())
+        group.remove(SnoozedKey);
+    else
+        group.insert(SnoozedKey, snoozed);
+    UserDefaults().set(Group, group);
+}

@@ -4,6 +4,7 @@
 #include "platform/DateText.h"
 #include "platform/UserDefaults.h"
 #include "reminders/ReminderPlan.h"
+#include "reminders/ReminderRecords.h"
 #include "reminders/ReminderSchedule.h"
 #include "reminders/ReminderTexts.h"
 #include "store/PreferenceKeys.h"
@@ -239,4 +240,49 @@ TEST(ReminderSchedule, TurningRemindersOffInThePreferencesStopsTheTimer)
     QCoreApplication::processEvents();
     EXPECT_FALSE(schedule.timer().isActive());
     EXPECT_EQ(schedule.nextReminder(), std::nullopt);
+}
+
+TEST(ReminderSchedule, ASnoozeSurvivesARestartAndForgetsWhatWasDeletedMeanwhile)
+{
+    // "Lab" is a record of an old version, without "Date Created": found again by name and date.
+    AssignmentList list{assignment("Essay", at(23, 14)), assignment("Lab", at(23, 16)), assignment("Quiz", at(23, 17))};
+    list[0]->set(AssignmentKeys::DateCreated, 1700000000.25);
+    list[2]->set(AssignmentKeys::DateCreated, 1700000000.5);
+    {
+        ReminderSchedule schedule([&] { return list; });
+        schedule.start();
+        schedule.snooze({list[0], list[1], list[2]});
+        EXPECT_EQ(schedule.nextReminder(), at(22, 11, 30));
+    }
+    // Closed for ten minutes; meanwhile another copy of the program deleted the quiz.
+    list.removeLast();
+    Clock::pin(at(22, 10, 40));
+    ReminderSchedule again([&] { return list; });
+    Delivered delivered(again);
+    again.start();
+    EXPECT_TRUE(delivered.reminders.isEmpty());
+    EXPECT_EQ(again.nextReminder(), at(22, 11, 30));
+    Clock::pin(at(22, 11, 30));
+    again.deliverDue();
+    ASSERT_EQ(delivered.reminders.size(), 1);
+    EXPECT_EQ(names(delivered.reminders[0]), QStringList({"Essay", "Lab"}));
+    // Shown, the snooze is gone from the preferences: a third start brings nothing back.
+    EXPECT_TRUE(ReminderSettings::snoozed().isEmpty());
+}
+
+TEST(ReminderPlan, AnAssignmentsOwnReminderReplacesThePreferences)
+{
+    AssignmentList list{assignment("Essay", at(24, 9)), assignment("Lab", at(24, 9)), assignment("Quiz", at(24, 9))};
+    list[0]->set(ReminderRecords::OverrideKey, qint64(0));
+    list[1]->set(ReminderRecords::OverrideKey, qint64(24 * 60));
+    // A value no one could have chosen counts as no override at all.
+    list[2]->set(ReminderRecords::OverrideKey, QStringLiteral("soon"));
+    const QList<Reminder> week =
+        ReminderPlan(ReminderSettings()).between(list, at(22, 0).toMSecsSinceEpoch(), at(29, 0).toMSecsSinceEpoch());
+    ASSERT_EQ(week.size(), 3);
+    EXPECT_EQ(week[0].moment, at(23, 9));
+    EXPECT_EQ(names(week[0]), QStringList({"Lab"}));
+    EXPECT_EQ(week[1].moment, at(23, 18));
+    EXPECT_EQ(names(week[1]), QStringList({"Quiz"}));
+    EXPECT_EQ(names(week[2]), QStringList({"Quiz"}));
 }
