@@ -10,6 +10,7 @@
 #include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "platform/UserDefaults.h"
+#include "reminders/ReminderRecords.h"
 #include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
@@ -84,6 +85,8 @@ bool SidebarEditing::editAssignment(Sender sender)
     if (!values.snapshot.isEmpty())
         fields.insert(Snapshot, values.snapshot);
     putText(Notes, values.notes);
+    if (values.reminder.isValid())
+        fields.insert(ReminderRecords::OverrideKey, values.reminder);
 
     if (sender == Sender::CourseField && m_originalCourseString && values.course != *m_originalCourseString) {
         m_fill.textbookChoices = updateTextbooksForCourse(values.course);
@@ -209,6 +212,7 @@ SidebarValues SidebarEditing::valuesFor(const Assignment &record) const
     values.contactsText = contactsText(values.contacts);
     values.file = record.string(File);
     values.snapshot = record.value(Snapshot).toByteArray();
+    values.reminder = record.value(ReminderRecords::OverrideKey);
     return values;
 }
 

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 #include <QVariantList>
 
 // The values of the details sidebar's editors, as the window fills them in for an edit and as the
@@ -22,6 +23,7 @@ struct SidebarValues {
     QString contactsText; // the contacts line as shown: each record by its name
     QString file;         // the file picker's path; empty when it holds no file
     QByteArray snapshot;  // image data as stored; empty when there is no image
+    QVariant reminder;    // the record's own reminder in minutes before (0: none); invalid: the preferences'
 
     // The three date pull-downs: the selected titles, empty when nothing is selected.
     QString monthTitle;

@@ -1,6 +1,7 @@
 #include "reminders/DesktopNotifications.h"
 
 #include "platform/Clock.h"
+#include "reminders/ReminderRecords.h"
 #include "reminders/ReminderTexts.h"
 
 #include <QDBusMessage>
@@ -110,4 +111,29 @@ void DesktopNotifications::notificationClosed(uint id, uint)
 {
     m_open.remove(id);
     m_early.removeIf([id](const auto &early) { return early.first == id; });
+}
+
+void DesktopNotifications::withdrawStale(const AssignmentList &current)
+{
+    if (m_open.isEmpty() || !m_connection.isConnected())
+        return;
+    QList<uint> stale;
+    for (auto it = m_open.begin(); it != m_open.end(); ++it) {
+        AssignmentList live;
+        for (const AssignmentRef &record : std::as_const(it.value())) {
+            const qsizetype index = ReminderRecords::indexOfCurrent(current, record);
+            if (index >= 0 && !current[index]->isCompleted())
+                live.append(current[index]);
+        }
+        if (live.isEmpty())
+            stale.append(it.key());
+        else
+            it.value() = live;
+    }
+    for (uint id : std::as_const(stale)) {
+        m_open.remove(id);
+        QDBusMessage call = QDBusMessage::createMethodCall(Service, Path, Interface, QStringLiteral("CloseNotification"));
+        call << id;
+        m_connection.call(call, QDBus::NoBlock);
+    }
 }

@@ -39,6 +39,9 @@ public:
     void show(const Reminder &reminder);
     // Notifications shown and not yet closed, by the service's id.
     int openCount() const { return int(m_open.size()); }
+    // Takes back every notification shown whose assignments are all completed or gone from
+    // `current` (the list as it is now); the others follow their records' current versions.
+    void withdrawStale(const AssignmentList &current);
 
 Q_SIGNALS:
     // The service answered a show with its id.

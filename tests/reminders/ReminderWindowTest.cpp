@@ -3,8 +3,10 @@
 #include "list/ui/MainWindowTestSupport.h"
 
 #include "list/Editing.h"
+#include "platform/Alerts.h"
 #include "platform/Clock.h"
 #include "reminders/DesktopNotifications.h"
+#include "reminders/ReminderRecords.h"
 #include "reminders/ReminderSchedule.h"
 #include "reminders/ReminderSettings.h"
 #include "reminders/ui/ReminderDelivery.h"
@@ -12,6 +14,7 @@
 #include "store/ui/PreferencesWindow.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QSignalSpy>
 
 using namespace ListTest;
@@ -141,4 +144,81 @@ TEST(ReminderWindow, ThePaneSavesEveryChoiceAndKeepsLeadTimesItDoesNotOffer)
     EXPECT_EQ(ReminderSettings::load().leadMinutes, QList<int>({45, 60}));
     // The program's own groups are as the first start wrote them.
     EXPECT_TRUE(Preferences::hasAllGroups());
+}
+
+TEST(ReminderWindow, ANotificationOnScreenIsTakenBackWhenItsAssignmentIsCompletedOrDeleted)
+{
+    freshPreferences();
+    writeStore({record("Essay", dueToday(14)), record("Lab", dueToday(16)), record("Reading", dueToday(20))});
+    NotificationDaemon daemon;
+    QString error;
+    ASSERT_TRUE(daemon.start({}, &error)) << qPrintable(error);
+    Window w;
+    ReminderDelivery delivery(w.window.get(), daemon.connection());
+    QSignalSpy shown(&delivery.notifications(), &DesktopNotifications::shown);
+
+    Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(12, 0, 30)));
+    delivery.schedule().deliverDue();
+    ASSERT_TRUE(shown.wait(10000));
+    ASSERT_TRUE(displayedCount(daemon, 1));
+    // Another row's edit leaves the essay's notification where it is.
+    w.select("Reading");
+    w.controller()->editing().markAssignmentAsCompleted();
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(displayedCount(daemon, 1));
+    w.controller()->editing().markAssignmentAsCompleted(w.rowOf("Essay"));
+    EXPECT_TRUE(displayedCount(daemon, 0));
+    EXPECT_EQ(delivery.notifications().openCount(), 0);
+
+    Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(14, 0, 30)));
+    delivery.schedule().deliverDue();
+    ASSERT_TRUE(shown.wait(10000));
+    ASSERT_TRUE(displayedCount(daemon, 1));
+    w.select("Lab");
+    Alerts::queueAnswer("Yes");
+    w.controller()->editing().deleteAssignment();
+    ASSERT_LT(w.rowOf("Lab"), 0);
+    EXPECT_TRUE(displayedCount(daemon, 0));
+}
+
+TEST(ReminderWindow, TheSidebarsReminderChoiceIsStoredWithTheAssignmentAndScheduled)
+{
+    freshPreferences();
+    // Due days without a time, as the sidebar's date field (no time in its format) stores them.
+    writeStore({record("Essay", {{AssignmentKeys::Date, stored(2026, 11, 24, 0)}}),
+                record("Lab", {{AssignmentKeys::Date, stored(2026, 11, 25, 0)}})});
+    Window w;
+    NotificationDaemon daemon;
+    QString error;
+    ASSERT_TRUE(daemon.start({}, &error)) << qPrintable(error);
+    ReminderDelivery delivery(w.window.get(), daemon.connection());
+    EXPECT_EQ(delivery.schedule().nextReminder(), QDateTime(QDate(2026, 11, 23), QTime(18, 0)));
+
+    QComboBox *remind = w.form()->reminderField;
+    EXPECT_FALSE(remind->accessibleName().isEmpty());
+    w.select("Essay");
+    EXPECT_EQ(remind->currentText(), QStringLiteral("Default"));
+    // The name is still being typed when the pull-down is chosen: both reach the record.
+    w.form()->nameField->setFocus();
+    w.form()->nameField->setText(QStringLiteral("Essay draft"));
+    remind->setCurrentIndex(remind->findText(QStringLiteral("None")));
+    Q_EMIT remind->activated(remind->currentIndex());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(storedNamed("Essay draft").value(ReminderRecords::OverrideKey).toInt(), 0);
+    EXPECT_EQ(delivery.schedule().nextReminder(), QDateTime(QDate(2026, 11, 24), QTime(18, 0)));
+
+    w.select("Lab");
+    remind->setCurrentIndex(remind->findText(QStringLiteral("1 day before")));
+    Q_EMIT remind->activated(remind->currentIndex());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(storedNamed("Lab").value(ReminderRecords::OverrideKey).toInt(), 24 * 60);
+    EXPECT_EQ(delivery.schedule().nextReminder(), QDateTime(QDate(2026, 11, 24), QTime(0, 0)));
+    // Other edits keep the choice, and the pull-down shows each record's own.
+    w.form()->gradeField->setText(QStringLiteral("A"));
+    Q_EMIT w.form()->gradeField->editingFinished();
+    EXPECT_EQ(storedNamed("Lab").value(ReminderRecords::OverrideKey).toInt(), 24 * 60);
+    w.select("Essay draft");
+    EXPECT_EQ(remind->currentText(), QStringLiteral("None"));
+    w.select("Lab");
+    EXPECT_EQ(remind->currentText(), QStringLiteral("1 day before"));
 }

@@ -172,6 +172,7 @@ void DetailsSidebar::connectEditors()
             edit(Sender::Other);
     });
     connect(f->prioritySlider, &QSlider::sliderReleased, this, [this] { edit(Sender::Other); });
+    connect(f->reminderField, &QComboBox::activated, this, [this] { edit(Sender::Other); });
     connect(f->filePicker, &FilePicker::pathChanged, this, [this] { edit(Sender::Other); });
     connect(f->snapshotButton, &QToolButton::clicked, this, [this] {
         // The button takes no focus: a field still being typed in is handed over first.
@@ -239,6 +240,7 @@ SidebarValues DetailsSidebar::sidebarValues() const
     values.contacts = f->contactsField->tokens();
     values.file = f->filePicker->path();
     values.snapshot = f->snapshotButton->imageData();
+    values.reminder = f->reminder();
     return values;
 }
 
@@ -281,7 +283,9 @@ void DetailsSidebar::setSidebarValues(const SidebarValues &values)
     f->contactsField->setTokens(values.contacts);
     f->filePicker->setPath(values.file);
     f->showSnapshot(values.snapshot);
+    f->showReminder(values.reminder);
     m_shown = values;
+    m_shown.reminder = f->reminder();
     m_shown.contactsText = f->contactsField->text();
     m_filling = false;
 }

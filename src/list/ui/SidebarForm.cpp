@@ -41,6 +41,21 @@ QComboBox *comboBox(const QString &name)
     box->setMinimumContentsLength(8);
     return box;
 }
+
+// "15 minutes before", "2 hours before", "1 week before".
+QString leadText(int minutes)
+{
+    const auto count = [](int n, const char *one, const char *many) {
+        return QStringLiteral("%1 %2 before").arg(n).arg(QLatin1String(n == 1 ? one : many));
+    };
+    if (minutes % (7 * 24 * 60) == 0)
+        return count(minutes / (7 * 24 * 60), "week", "weeks");
+    if (minutes % (24 * 60) == 0)
+        return count(minutes / (24 * 60), "day", "days");
+    if (minutes % 60 == 0)
+        return count(minutes / 60, "hour", "hours");
+    return count(minutes, "minute", "minutes");
+}
 } // namespace
 
 SidebarForm::SidebarForm(QWidget *parent)
@@ -82,6 +97,16 @@ QWidget *SidebarForm::buildDetails()
     prioritySlider->setRange(PriorityMinimum, PriorityMaximum);
     prioritySlider->setTickPosition(QSlider::TicksBelow);
     prioritySlider->setPageStep(1);
+    reminderField = new QComboBox;
+    reminderField->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    reminderField->setMinimumContentsLength(8);
+    reminderField->setObjectName(QStringLiteral("reminderField"));
+    reminderField->setAccessibleName(tr("Reminder"));
+    reminderField->setToolTip(tr("When to be reminded of this assignment; Default follows Preferences ▸ Reminders"));
+    reminderField->addItem(tr("Default"), QVariant());
+    reminderField->addItem(tr("None"), 0);
+    for (const int minutes : {15, 60, 120, 24 * 60, 2 * 24 * 60, 7 * 24 * 60})
+        reminderField->addItem(leadText(minutes), minutes);
     filePicker = new FilePicker;
     snapshotButton = new NSButton_Snapshot;
     snapshotButton->setObjectName(QStringLiteral("snapshotButton"));
@@ -111,6 +136,7 @@ QWidget *SidebarForm::buildDetails()
     form->addRow(completedCaption, completedCheckbox);
     form->addRow(gradeCaption, gradeField);
     form->addRow(tr("Priority:"), prioritySlider);
+    form->addRow(tr("Remind:"), reminderField);
     form->addRow(tr("File:"), filePicker);
     form->addRow(tr("Contacts:"), contactsField);
     form->addRow(tr("Snapshot:"), snapshotButton);
@@ -120,6 +146,23 @@ QWidget *SidebarForm::buildDetails()
                                   {typeCaption, typeField}, {completedCaption, completedCheckbox}, {gradeCaption, gradeField}})
         caption->setBuddy(field);
     return page;
+}
+
+void SidebarForm::showReminder(const QVariant &minutes)
+{
+    bool ok = false;
+    const int lead = minutes.toInt(&ok);
+    int index = minutes.isValid() && ok && lead >= 0 ? reminderField->findData(lead) : 0;
+    if (index < 0) {
+        reminderField->addItem(leadText(lead), lead);
+        index = reminderField->count() - 1;
+    }
+    reminderField->setCurrentIndex(index);
+}
+
+QVariant SidebarForm::reminder() const
+{
+    return reminderField->currentData();
 }
 
 QWidget *SidebarForm::buildNotes()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QVariant>
 #include <QWidget>
 
 class ContactTokenField;
@@ -35,6 +36,10 @@ public:
     void applyLabels();
     // Shows the stored snapshot (image data; empty for none).
     void showSnapshot(const QByteArray &data);
+    // The reminder pull-down: the record's own reminder (minutes before, 0 for none; invalid for the
+    // preferences'). A lead time the choices lack is added as a choice of its own.
+    void showReminder(const QVariant &minutes);
+    QVariant reminder() const;
 
     QTabWidget *tabs = nullptr;
     QLineEdit *nameField = nullptr;
@@ -45,6 +50,7 @@ public:
     QCheckBox *completedCheckbox = nullptr;
     QLineEdit *gradeField = nullptr;
     QSlider *prioritySlider = nullptr;
+    QComboBox *reminderField = nullptr;
     FilePicker *filePicker = nullptr;
     NSButton_Snapshot *snapshotButton = nullptr;
     ContactTokenField *contactsField = nullptr;

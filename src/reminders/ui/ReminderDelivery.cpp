@@ -35,14 +35,19 @@ ReminderDelivery::ReminderDelivery(MainWindow *window, const QDBusConnection &bu
     // Every change to the list (an edit, a completion, a reload after another window wrote the
     // store) reaches the table model; the next reminder is worked out again after it.
     AssignmentTableModel *model = controller->tableModel();
-    connect(model, &QAbstractItemModel::modelReset, m_schedule, &ReminderSchedule::scheduleRecompute);
-    connect(model, &QAbstractItemModel::layoutChanged, m_schedule, &ReminderSchedule::scheduleRecompute);
-    connect(model, &QAbstractItemModel::dataChanged, m_schedule, &ReminderSchedule::scheduleRecompute);
-    connect(model, &QAbstractItemModel::rowsInserted, m_schedule, &ReminderSchedule::scheduleRecompute);
-    connect(model, &QAbstractItemModel::rowsRemoved, m_schedule, &ReminderSchedule::scheduleRecompute);
+    // A notification still on screen for an assignment completed or deleted meanwhile is taken back.
+    const auto changed = [this] {
+        m_schedule->scheduleRecompute();
+        scheduleWithdrawal();
+    };
+    connect(model, &QAbstractItemModel::modelReset, this, changed);
+    connect(model, &QAbstractItemModel::layoutChanged, this, changed);
+    connect(model, &QAbstractItemModel::dataChanged, this, changed);
+    connect(model, &QAbstractItemModel::rowsInserted, this, changed);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, changed);
 
     connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, [this](const QString &group, const QString &key) {
-        if (group == ReminderSettings::Group && key != ReminderSettings::LastDeliveredKey)
+        if (group == ReminderSettings::Group && !ReminderSettings::isBookkeeping(key))
             updateTray();
     });
     window->installEventFilter(this);
@@ -57,6 +62,22 @@ ReminderDelivery *ReminderDelivery::install(MainWindow *window)
     if (auto *existing = window->findChild<ReminderDelivery *>(QString(), Qt::FindDirectChildrenOnly))
         return existing;
     return new ReminderDelivery(window, QDBusConnection::sessionBus());
+}
+
+void ReminderDelivery::scheduleWithdrawal()
+{
+    // Once per turn of the event loop, however many rows changed in it.
+    if (m_withdrawalQueued || m_notifications->openCount() == 0)
+        return;
+    m_withdrawalQueued = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_withdrawalQueued = false;
+            if (m_window)
+                m_notifications->withdrawStale(m_window->controller()->allAssignments());
+        },
+        Qt::QueuedConnection);
 }
 
 int ReminderDelivery::displayedRow(const AssignmentRef &record) const

@@ -38,6 +38,7 @@ protected:
 
 private:
     void updateTray();
+    void scheduleWithdrawal();
     // The row the record stands in now, or -1.
     int displayedRow(const AssignmentRef &record) const;
 
@@ -46,4 +47,5 @@ private:
     ReminderSchedule *m_schedule;
     DesktopNotifications *m_notifications;
     QSystemTrayIcon *m_tray = nullptr;
+    bool m_withdrawalQueued = false;
 };
