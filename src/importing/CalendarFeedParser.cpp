@@ -2,13 +2,17 @@
 
 #include "importing/HtmlText.h"
 #include "importing/ImportLog.h"
+#include "platform/Clock.h"
 
 #include <libical/ical.h>
 
 #include <QCryptographicHash>
+#include <QHash>
+#include <QSet>
 #include <QRegularExpression>
 #include <QTimeZone>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -91,28 +95,10 @@ struct DueMoment {
     bool allDay = false;
 };
 
-// DUE for a to-do, else DTSTART: what a student is due by.
-std::optional<DueMoment> dueMoment(icalcomponent *calendar, icalcomponent *component, QString *error)
+// The moment `time` names, in local time. `tzid` is the zone its property names, or null.
+DueMoment localMoment(icalcomponent *calendar, const icaltimetype &time, const char *tzid)
 {
-    icalproperty *property = nullptr;
-    if (icalcomponent_isa(component) == ICAL_VTODO_COMPONENT)
-        property = icalcomponent_get_first_property(component, ICAL_DUE_PROPERTY);
-    if (!property)
-        property = icalcomponent_get_first_property(component, ICAL_DTSTART_PROPERTY);
-    if (!property)
-        return DueMoment{};
-    const icaltimetype time = icalproperty_isa(property) == ICAL_DUE_PROPERTY
-                                  ? icalproperty_get_due(property)
-                                  : icalproperty_get_dtstart(property);
-    if (icaltime_is_null_time(time) || !icaltime_is_valid_time(time)) {
-        *error = QStringLiteral("the date \"%1\" cannot be read").arg(text(icalproperty_get_value_as_string(property)));
-        return std::nullopt;
-    }
     const QDate day(time.year, time.month, time.day);
-    if (!day.isValid()) {
-        *error = QStringLiteral("the date \"%1\" names no real day").arg(text(icalproperty_get_value_as_string(property)));
-        return std::nullopt;
-    }
     if (icaltime_is_date(time)) {
         // A due day is that day for the student wherever they are: midnight local, never shifted.
         QDateTime midnight(day, QTime(0, 0));
@@ -122,22 +108,61 @@ std::optional<DueMoment> dueMoment(icalcomponent *calendar, icalcomponent *compo
     if (icaltime_is_utc(time))
         return DueMoment{QDateTime(day, clock, QTimeZone::utc()).toLocalTime(), false};
 
-    if (icalparameter *tzid = icalproperty_get_first_parameter(property, ICAL_TZID_PARAMETER)) {
-        const char *name = icalparameter_get_tzid(tzid);
-        icaltimezone *zone = icalcomponent_get_timezone(calendar, name);
+    if (tzid) {
+        icaltimezone *zone = icalcomponent_get_timezone(calendar, tzid);
         if (!zone)
-            zone = icaltimezone_get_builtin_timezone(name);
+            zone = icaltimezone_get_builtin_timezone(tzid);
         if (zone) {
             const time_t seconds = icaltime_as_timet_with_zone(time, zone);
             return DueMoment{QDateTime::fromSecsSinceEpoch(qint64(seconds)).toLocalTime(), false};
         }
-        const QTimeZone qtZone{QByteArray(name)};
+        const QTimeZone qtZone{QByteArray(tzid)};
         if (qtZone.isValid())
             return DueMoment{QDateTime(day, clock, qtZone).toLocalTime(), false};
         // A zone nobody knows: the wall-clock time the feed shows is the best guess.
-        qCWarning(lcImporting) << "unknown time zone" << name << "read as local time";
+        qCWarning(lcImporting) << "unknown time zone" << tzid << "read as local time";
     }
     return DueMoment{QDateTime(day, clock), false};
+}
+
+const char *tzidOf(icalproperty *property)
+{
+    icalparameter *tzid = icalproperty_get_first_parameter(property, ICAL_TZID_PARAMETER);
+    return tzid ? icalparameter_get_tzid(tzid) : nullptr;
+}
+
+// DUE for a to-do, else DTSTART: the property that says what a student is due by; null for none.
+icalproperty *dueProperty(icalcomponent *component)
+{
+    icalproperty *property = nullptr;
+    if (icalcomponent_isa(component) == ICAL_VTODO_COMPONENT)
+        property = icalcomponent_get_first_property(component, ICAL_DUE_PROPERTY);
+    if (!property)
+        property = icalcomponent_get_first_property(component, ICAL_DTSTART_PROPERTY);
+    return property;
+}
+
+icaltimetype dueTime(icalproperty *property)
+{
+    return icalproperty_isa(property) == ICAL_DUE_PROPERTY ? icalproperty_get_due(property)
+                                                           : icalproperty_get_dtstart(property);
+}
+
+std::optional<DueMoment> dueMoment(icalcomponent *calendar, icalcomponent *component, QString *error)
+{
+    icalproperty *property = dueProperty(component);
+    if (!property)
+        return DueMoment{};
+    const icaltimetype time = dueTime(property);
+    if (icaltime_is_null_time(time) || !icaltime_is_valid_time(time)) {
+        *error = QStringLiteral("the date \"%1\" cannot be read").arg(text(icalproperty_get_value_as_string(property)));
+        return std::nullopt;
+    }
+    if (!QDate(time.year, time.month, time.day).isValid()) {
+        *error = QStringLiteral("the date \"%1\" names no real day").arg(text(icalproperty_get_value_as_string(property)));
+        return std::nullopt;
+    }
+    return localMoment(calendar, time, tzidOf(property));
 }
 
 // Feeds without UIDs still import once: the key stands for the summary and the start as written.
@@ -173,6 +198,128 @@ QString notesOf(icalcomponent *component)
     return description;
 }
 
+// The entry `c` stands for, its due date read; false (with the message) when the date cannot be read.
+bool readEvent(icalcomponent *calendar, icalcomponent *c, FeedEvent &event, QString *error)
+{
+    event.isTodo = icalcomponent_isa(c) == ICAL_VTODO_COMPONENT;
+    QString dateError;
+    const std::optional<DueMoment> due = dueMoment(calendar, c, &dateError);
+    event.summary = text(icalcomponent_get_summary(c)).simplified();
+    if (!due) {
+        *error = QStringLiteral("In \"%1\", %2.").arg(event.summary, dateError);
+        return false;
+    }
+    event.due = due->local;
+    event.allDay = due->allDay;
+    event.uid = text(icalcomponent_get_uid(c)).trimmed();
+    if (event.uid.isEmpty())
+        event.uid = fallbackUid(c);
+    event.notes = notesOf(c);
+    const icalproperty_status status = icalcomponent_get_status(c);
+    event.completed = status == ICAL_STATUS_COMPLETED;
+    event.cancelled = status == ICAL_STATUS_CANCELLED;
+    return true;
+}
+
+// One occurrence of a repeating entry: the moment the rule gives it (which its RECURRENCE-ID names)
+// and the key that tells it from the others.
+struct Occurrence {
+    QDateTime original;
+    bool allDay = false;
+    QString key;
+    FeedEvent event;
+};
+
+bool sameOccurrence(const Occurrence &occurrence, const DueMoment &moment)
+{
+    if (occurrence.allDay || moment.allDay)
+        return occurrence.original.date() == moment.local.date();
+    return occurrence.original == moment.local;
+}
+
+// Each occurrence of a repeating entry becomes an entry of its own, with a UID of its own made of
+// the series' UID and the occurrence's original date, so that the next fetch finds it again. Only
+// occurrences from a year back to a year ahead are taken, and the rule is followed a bounded number
+// of steps: a rule repeating every second since 1970 costs no more than a short one.
+// EXDATE removes occurrences; an entry with the same UID and a RECURRENCE-ID replaces one.
+void expandRecurrences(icalcomponent *calendar, icalcomponent *master, const FeedEvent &series,
+                       const QList<icalcomponent *> &overrides, QList<FeedEvent> &into)
+{
+    constexpr int MaxSteps = 20000;
+    constexpr int MaxOccurrences = 1000;
+    const QDateTime now = Clock::now();
+    const QDateTime from = now.addYears(-1);
+    const QDateTime until = now.addYears(1);
+    icalproperty *dueProp = dueProperty(master);
+    const icaltimetype start = dueTime(dueProp);
+    const char *tzid = tzidOf(dueProp);
+
+    QList<Occurrence> occurrences;
+    const auto add = [&](const icaltimetype &time) {
+        const DueMoment moment = localMoment(calendar, time, tzid);
+        if (moment.local < from || moment.local > until || occurrences.size() >= MaxOccurrences)
+            return;
+        for (const Occurrence &existing : std::as_const(occurrences))
+            if (sameOccurrence(existing, moment))
+                return;
+        FeedEvent event = series;
+        event.due = moment.local;
+        event.allDay = moment.allDay;
+        occurrences.append(Occurrence{moment.local, moment.allDay, text(icaltime_as_ical_string(time)), event});
+    };
+    for (icalproperty *p = icalcomponent_get_first_property(master, ICAL_RRULE_PROPERTY); p;
+         p = icalcomponent_get_next_property(master, ICAL_RRULE_PROPERTY)) {
+        icalrecur_iterator *it = icalrecur_iterator_new(icalproperty_get_rrule(p), start);
+        if (!it) {
+            qCInfo(lcImporting) << "a repeat rule that cannot be followed in" << series.summary;
+            continue;
+        }
+        for (int step = 0; step < MaxSteps; ++step) {
+            const icaltimetype next = icalrecur_iterator_next(it);
+            if (icaltime_is_null_time(next) || localMoment(calendar, next, tzid).local > until)
+                break;
+            add(next);
+        }
+        icalrecur_iterator_free(it);
+    }
+    for (icalproperty *p = icalcomponent_get_first_property(master, ICAL_RDATE_PROPERTY); p;
+         p = icalcomponent_get_next_property(master, ICAL_RDATE_PROPERTY)) {
+        const icaldatetimeperiodtype rdate = icalproperty_get_rdate(p);
+        if (!icaltime_is_null_time(rdate.time) && icaltime_is_valid_time(rdate.time))
+            add(rdate.time);
+    }
+    for (icalproperty *p = icalcomponent_get_first_property(master, ICAL_EXDATE_PROPERTY); p;
+         p = icalcomponent_get_next_property(master, ICAL_EXDATE_PROPERTY)) {
+        const icaltimetype exdate = icalproperty_get_exdate(p);
+        if (icaltime_is_null_time(exdate))
+            continue;
+        const DueMoment excluded = localMoment(calendar, exdate, tzidOf(p));
+        occurrences.removeIf([&](const Occurrence &occurrence) { return sameOccurrence(occurrence, excluded); });
+    }
+    for (icalcomponent *changed : overrides) {
+        icalproperty *idProp = icalcomponent_get_first_property(changed, ICAL_RECURRENCEID_PROPERTY);
+        const icaltimetype id = icalproperty_get_recurrenceid(idProp);
+        const DueMoment original = localMoment(calendar, id, tzidOf(idProp));
+        FeedEvent event;
+        QString ignored;
+        if (!readEvent(calendar, changed, event, &ignored))
+            continue;
+        event.uid = series.uid;
+        const auto found = std::find_if(occurrences.begin(), occurrences.end(),
+                                        [&](const Occurrence &o) { return sameOccurrence(o, original); });
+        if (found != occurrences.end())
+            found->event = event;
+        else if (original.local >= from && original.local <= until)
+            occurrences.append(Occurrence{original.local, original.allDay, text(icaltime_as_ical_string(id)), event});
+    }
+    std::sort(occurrences.begin(), occurrences.end(),
+              [](const Occurrence &a, const Occurrence &b) { return a.original < b.original; });
+    for (Occurrence &occurrence : occurrences) {
+        occurrence.event.uid = series.uid + QLatin1Char('/') + occurrence.key;
+        into.append(std::move(occurrence.event));
+    }
+}
+
 bool readComponents(icalcomponent *calendar, FeedContents &contents, QString *error)
 {
     if (contents.calendarName.isEmpty()) {
@@ -181,30 +328,63 @@ bool readComponents(icalcomponent *calendar, FeedContents &contents, QString *er
             if (qstrcmp(icalproperty_get_x_name(p), "X-WR-CALNAME") == 0)
                 contents.calendarName = text(icalproperty_get_value_as_string(p)).trimmed();
     }
+    const auto isEntry = [](icalcomponent *c) {
+        const icalcomponent_kind kind = icalcomponent_isa(c);
+        return kind == ICAL_VEVENT_COMPONENT || kind == ICAL_VTODO_COMPONENT;
+    };
+    // The changed occurrences of repeating entries, by the series' UID.
+    QHash<QString, QList<icalcomponent *>> overrides;
     for (icalcomponent *c = icalcomponent_get_first_component(calendar, ICAL_ANY_COMPONENT); c;
          c = icalcomponent_get_next_component(calendar, ICAL_ANY_COMPONENT)) {
-        const icalcomponent_kind kind = icalcomponent_isa(c);
-        if (kind != ICAL_VEVENT_COMPONENT && kind != ICAL_VTODO_COMPONENT)
+        if (isEntry(c) && icalcomponent_get_first_property(c, ICAL_RECURRENCEID_PROPERTY))
+            overrides[text(icalcomponent_get_uid(c)).trimmed()].append(c);
+    }
+    // The UIDs whose changed occurrences found their entry.
+    QSet<QString> repeating;
+    for (icalcomponent *c = icalcomponent_get_first_component(calendar, ICAL_ANY_COMPONENT); c;
+         c = icalcomponent_get_next_component(calendar, ICAL_ANY_COMPONENT)) {
+        if (!isEntry(c) || icalcomponent_get_first_property(c, ICAL_RECURRENCEID_PROPERTY))
             continue;
         FeedEvent event;
-        event.isTodo = kind == ICAL_VTODO_COMPONENT;
-        QString dateError;
-        const std::optional<DueMoment> due = dueMoment(calendar, c, &dateError);
-        event.summary = text(icalcomponent_get_summary(c)).simplified();
-        if (!due) {
-            *error = QStringLiteral("In \"%1\", %2.").arg(event.summary, dateError);
+        if (!readEvent(calendar, c, event, error))
             return false;
+        const bool repeats = event.due.isValid() && (icalcomponent_get_first_property(c, ICAL_RRULE_PROPERTY) ||
+                                                     icalcomponent_get_first_property(c, ICAL_RDATE_PROPERTY));
+        if (repeats) {
+            repeating.insert(event.uid);
+            expandRecurrences(calendar, c, event, overrides.value(event.uid), contents.events);
+            continue;
         }
-        event.due = due->local;
-        event.allDay = due->allDay;
-        event.uid = text(icalcomponent_get_uid(c)).trimmed();
-        if (event.uid.isEmpty())
-            event.uid = fallbackUid(c);
-        event.notes = notesOf(c);
-        const icalproperty_status status = icalcomponent_get_status(c);
-        event.completed = status == ICAL_STATUS_COMPLETED;
-        event.cancelled = status == ICAL_STATUS_CANCELLED;
+        if (overrides.contains(event.uid)) {
+            // A single entry's one occurrence changed: the change stands for it, under its own UID;
+            // a change of an occurrence it does not have is nothing.
+            repeating.insert(event.uid);
+            const DueMoment due{event.due, event.allDay};
+            for (icalcomponent *changed : overrides.value(event.uid)) {
+                icalproperty *idProp = icalcomponent_get_first_property(changed, ICAL_RECURRENCEID_PROPERTY);
+                const DueMoment id = localMoment(calendar, icalproperty_get_recurrenceid(idProp), tzidOf(idProp));
+                FeedEvent replacement;
+                if (sameOccurrence(Occurrence{id.local, id.allDay, {}, {}}, due)
+                    && readEvent(calendar, changed, replacement, error)) {
+                    replacement.uid = event.uid;
+                    event = replacement;
+                }
+            }
+        }
         contents.events.append(std::move(event));
+    }
+    // A changed occurrence whose series is not in the file stands on its own.
+    for (auto it = overrides.cbegin(); it != overrides.cend(); ++it) {
+        if (repeating.contains(it.key()))
+            continue;
+        for (icalcomponent *c : it.value()) {
+            FeedEvent event;
+            if (!readEvent(calendar, c, event, error))
+                return false;
+            const QString id = propertyText(c, ICAL_RECURRENCEID_PROPERTY);
+            event.uid += QLatin1Char('/') + id;
+            contents.events.append(std::move(event));
+        }
     }
     return true;
 }

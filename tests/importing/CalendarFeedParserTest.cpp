@@ -140,3 +140,45 @@ TEST(CalendarFeedParser, MalformedFilesGiveAMessageAndNoEvents)
         EXPECT_TRUE(error.startsWith(c.messageStart)) << qPrintable(error);
     }
 }
+
+TEST(CalendarFeedParser, RepeatingEntriesBecomeOneEntryPerOccurrenceWithinAYear)
+{
+    // Today is 2026-11-22: occurrences from a year back to a year ahead are taken.
+    const FeedContents feed = parseFixture(QStringLiteral("repeating.ics"));
+    QStringList quizzes;
+    int readings = 0;
+    for (const FeedEvent &event : feed.events) {
+        if (event.uid.startsWith(QLatin1String("quiz-")))
+            quizzes.append(event.uid);
+        if (event.uid.startsWith(QLatin1String("reading-"))) {
+            ++readings;
+            EXPECT_TRUE(event.allDay);
+        }
+        // A rule repeating every second since 1970 is followed only so far, and brings nothing.
+        EXPECT_FALSE(event.uid.startsWith(QLatin1String("ticker@"))) << qPrintable(event.uid);
+    }
+    // Six weeks less the excluded 16th; the 23rd moved, the 30th cancelled (skipped by the import).
+    EXPECT_EQ(quizzes, QStringList({"quiz-chem110@example.edu/20261102T090000", "quiz-chem110@example.edu/20261109T090000",
+                                    "quiz-chem110@example.edu/20261123T090000", "quiz-chem110@example.edu/20261130T090000",
+                                    "quiz-chem110@example.edu/20261207T090000"}));
+    // 9:00 in Chicago is 10:00 here.
+    EXPECT_EQ(stored(byUid(feed, quizzes[0])), QStringLiteral("2026-11-02 10:00:00 -0500"));
+    const FeedEvent *moved = byUid(feed, quizzes[2]);
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(moved->summary, QStringLiteral("Weekly quiz, after the break [CHEM 110]"));
+    EXPECT_EQ(stored(moved), QStringLiteral("2026-11-24 15:00:00 -0500"));
+    EXPECT_TRUE(byUid(feed, quizzes[3])->cancelled);
+    EXPECT_FALSE(byUid(feed, quizzes[4])->cancelled);
+    // From 2025-11-23 to 2027-11-22, every day once.
+    EXPECT_EQ(readings, 730);
+    EXPECT_EQ(stored(byUid(feed, QStringLiteral("reading-chem110@example.edu/20251123"))),
+              QStringLiteral("2025-11-23 00:00:00 -0500"));
+    // A changed occurrence of a series the feed does not carry is an entry of its own.
+    EXPECT_EQ(stored(byUid(feed, QStringLiteral("lab-chem110@example.edu/20261201T130000"))),
+              QStringLiteral("2026-12-02 13:00:00 -0500"));
+    // The next fetch finds each occurrence under the same UID.
+    const FeedContents again = parseFixture(QStringLiteral("repeating.ics"));
+    ASSERT_EQ(again.events.size(), feed.events.size());
+    for (qsizetype i = 0; i < feed.events.size(); ++i)
+        EXPECT_EQ(again.events[i].uid, feed.events[i].uid);
+}

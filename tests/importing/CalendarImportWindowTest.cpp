@@ -148,7 +148,7 @@ TEST(CalendarImportWindow, EveryControlOfThePreviewHasAnAccessibleName)
         }
     }
     // Skipped entries cannot be ticked.
-    QTreeWidgetItem *repeated = sheet->itemsList()->topLevelItem(1);
+    QTreeWidgetItem *repeated = sheet->itemsList()->topLevelItem(2);
     EXPECT_EQ(repeated->text(0), "Skip");
     EXPECT_FALSE(repeated->flags() & Qt::ItemIsUserCheckable);
     sheet->reject();
