@@ -3,8 +3,10 @@
 #include "BuildInfo.h"
 #include "platform/Clock.h"
 #include "platform/Paths.h"
+#include "platform/PropertyList.h"
 #include "support/MailDelivery.h"
 #include "support/ReportMessage.h"
+#include "support/ReportRedaction.h"
 #include "support/SupportLog.h"
 #include "support/SupportTexts.h"
 
@@ -38,16 +40,41 @@ QString packDataFolder(const QTemporaryDir &folder)
     return archive;
 }
 
+// The preferences file as it is, or, when it holds addresses with secrets in them, a copy in
+// `folder` without those; empty when there is none or it cannot be read (and so not checked).
+QString preferencesWithoutSecrets(const QTemporaryDir &folder)
+{
+    const QString preferences = Paths::preferencesFile(QString::fromLatin1(BuildInfo::BundleIdentifier));
+    if (!QFileInfo::exists(preferences)) {
+        qCInfo(lcSupport) << "No preferences file to attach";
+        return QString();
+    }
+    QString error;
+    const std::optional<QVariant> read = PropertyList::readFile(preferences, &error);
+    if (!read) {
+        qCWarning(lcSupport).noquote() << "The preferences file is not attached: it cannot be read:" << error;
+        return QString();
+    }
+    bool changed = false;
+    const QVariant kept = ReportRedaction::withoutSecrets(*read, &changed);
+    if (!changed)
+        return preferences;
+    const QString copy = folder.filePath(QFileInfo(preferences).fileName());
+    if (!PropertyList::writeFile(copy, kept, &error)) {
+        qCWarning(lcSupport).noquote() << "The preferences file is not attached:" << error;
+        return QString();
+    }
+    return copy;
+}
+
 void attachData(ReportMessage &message, const QTemporaryDir &folder)
 {
     const QString archive = packDataFolder(folder);
     if (!archive.isEmpty())
         message.attach(archive, SupportTexts::DataAttachmentName, QStringLiteral("application/x-tar"));
-    const QString preferences = Paths::preferencesFile(QString::fromLatin1(BuildInfo::BundleIdentifier));
-    if (QFileInfo::exists(preferences))
+    const QString preferences = preferencesWithoutSecrets(folder);
+    if (!preferences.isEmpty())
         message.attach(preferences, SupportTexts::PreferencesAttachmentName, QStringLiteral("application/xml"));
-    else
-        qCInfo(lcSupport) << "No preferences file to attach";
 }
 
 bool deliver(const QString &subject, const QString &body, bool withData)
