@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/UserDefaults.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QList>
@@ -41,6 +43,16 @@ public:
     static std::optional<Subscription> find(const QString &url);
     // Forgets the address; the assignments it brought in stay where they are. False if it was not kept.
     static bool remove(const QString &url);
+    // Forgets every subscription with the entries each brought in. Deleting all data does this: the
+    // feeds' entries would otherwise count as deleted by the student, and subscribing again would
+    // bring none of them back. Kept in the header, for the windows that delete data to call without
+    // linking the import.
+    static void forgetAll()
+    {
+        UserDefaults defaults;
+        if (defaults.contains(PreferencesKey))
+            defaults.remove(PreferencesKey);
+    }
     // The address for showing: feed addresses carry the student's private token in the path or the
     // query, so long path segments and query values are cut to their first few characters.
     static QString displayUrl(const QString &url);

@@ -1,10 +1,12 @@
 #include "LocalServers.h"
 #include "TestEnvironment.h"
 
+#include "importing/CalendarSubscriptions.h"
 #include "platform/Alerts.h"
 #include "platform/DateText.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
 #include "support/SupportReports.h"
 #include "support/SupportTexts.h"
 #include "support/ui/CrashReporter.h"
@@ -167,7 +169,7 @@ TEST_F(ReportWindows, TheCrashReporterShowsANewLogReadOnlyAndSendsItWithTheDataW
     expectBothAttachments(messages[0]);
     // Sending touched none of the files it attached.
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), AssignmentsBytes);
-    EXPECT_EQ(TestEnvironment::readFile(preferencesFile()), PreferencesBytes);
+    EXPECT_EQ(UserDefaults().string(QStringLiteral("Last Startup")), QStringLiteral("2026-11-22 10:00:00 -0500"));
 }
 
 TEST_F(ReportWindows, WithoutTheDataBoxTheCrashReportCarriesNoAttachment)
@@ -245,6 +247,18 @@ TEST_F(ReportWindows, DeletingPreferencesOrDataAsksFirstAndNoLeavesEverything)
     Alerts::queueAnswer(QStringLiteral("Yes"));
     QTest::mouseClick(window.findChild<QPushButton *>(QStringLiteral("deleteDataButton")), Qt::LeftButton);
     EXPECT_FALSE(QFileInfo::exists(Paths::dataFolder()));
+    EXPECT_FALSE(QFileInfo::exists(preferencesFile()));
+
+    // With the data go the course calendar subscriptions, which would otherwise take every entry
+    // they brought in for deleted by the student and never bring it back; other preferences stay.
+    TestEnvironment::writeFile(Paths::assignmentsFile(), AssignmentsBytes);
+    TestEnvironment::writeFile(preferencesFile(), PreferencesBytes);
+    CalendarSubscriptions::add(QStringLiteral("https://lms.example.edu/feed.ics"));
+    Alerts::queueAnswer(QStringLiteral("Yes"));
+    QTest::mouseClick(window.findChild<QPushButton *>(QStringLiteral("deleteDataButton")), Qt::LeftButton);
+    EXPECT_FALSE(QFileInfo::exists(Paths::dataFolder()));
+    EXPECT_TRUE(CalendarSubscriptions::load().isEmpty());
+    EXPECT_EQ(UserDefaults().string(QStringLiteral("Last Startup")), QStringLiteral("2026-11-22 10:00:00 -0500"));
 }
 
 TEST_F(ReportWindows, TheConfigurationGoesOutFromAWorkerWithBothFilesAndSaysSo)

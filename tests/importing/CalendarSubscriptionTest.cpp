@@ -8,6 +8,7 @@
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
+#include "store/ui/GeneralPane.h"
 #include "support/LocalServers.h"
 #include "sync/UrlFetch.h"
 
@@ -76,6 +77,35 @@ QStringList storedNames()
     return names;
 }
 
+// The main window over a store of one assignment of the student's own, with a feed server serving
+// the first version of a course calendar.
+class SubscribedWindow : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        freshPreferences();
+        writeStore({record("Own assignment")});
+        server.serve(QStringLiteral("feed-before.ics"), 60);
+        w = std::make_unique<Window>();
+        refresher = w->window->findChild<CalendarSubscriptionRefresher *>();
+        ASSERT_NE(refresher, nullptr);
+        done = std::make_unique<QSignalSpy>(refresher, &CalendarSubscriptionRefresher::refreshed);
+    }
+    // Subscribes as the sheet does and waits for the first fetch to be imported.
+    void subscribe(const QString &url)
+    {
+        refresher->subscribe(url);
+        ASSERT_TRUE(done->wait(10000));
+        done->clear();
+    }
+
+    FeedServer server;
+    std::unique_ptr<Window> w;
+    CalendarSubscriptionRefresher *refresher = nullptr;
+    std::unique_ptr<QSignalSpy> done;
+};
+
 } // namespace
 
 TEST(CalendarSubscription, AddressesAreTakenAsCourseSitesShowThem)
@@ -118,30 +148,22 @@ TEST(CalendarSubscription, AnUnchangedFeedAnswersNotModified)
     EXPECT_FALSE(failed.error.isEmpty());
 }
 
-TEST(CalendarSubscription, SubscribingImportsAndLaterChecksFollowTheFeed)
+TEST_F(SubscribedWindow, SubscribingImportsAndLaterChecksFollowTheFeed)
 {
-    freshPreferences();
-    writeStore({record("Own assignment")});
-    FeedServer server;
-    server.serve(QStringLiteral("feed-before.ics"), 60);
-    Window w;
-    auto *refresher = w.window->findChild<CalendarSubscriptionRefresher *>();
-    ASSERT_NE(refresher, nullptr);
-    QSignalSpy done(refresher, &CalendarSubscriptionRefresher::refreshed);
 
-    w.window->perform(MainMenus::Command::SubscribeCalendar);
-    auto *sheet = w.window->findChild<SubscribeCalendarSheet *>();
+    w->window->perform(MainMenus::Command::SubscribeCalendar);
+    auto *sheet = w->window->findChild<SubscribeCalendarSheet *>();
     ASSERT_NE(sheet, nullptr);
     QTest::keyClicks(sheet->addressField(), server.url());
     QTest::mouseClick(sheet->subscribeButton(), Qt::LeftButton);
-    ASSERT_TRUE(done.wait(10000));
-    EXPECT_TRUE(done.takeFirst().at(2).toString().isEmpty());
+    ASSERT_TRUE(done->wait(10000));
+    EXPECT_TRUE(done->takeFirst().at(2).toString().isEmpty());
     QTRY_VERIFY(!sheet->isVisible());
     const QList<Alerts::Request> asked = Alerts::takeAsked();
     ASSERT_EQ(asked.size(), 1);
     EXPECT_EQ(asked[0].message, "Subscribed.  4 added, 0 updated.  The calendar is checked again every 4 hours.");
     EXPECT_EQ(storedNames(), QStringList({"Essay 3", "Lab 9", "Outline", "Own assignment", "Peer review"}));
-    EXPECT_TRUE(w.shown().contains("Outline"));
+    EXPECT_TRUE(w->shown().contains("Outline"));
     // The feed's address (with its private token) stays in the preferences, not in every record.
     EXPECT_EQ(storedNamed("Outline").value(ImportKeys::Record).toMap().value(ImportKeys::Source).toString(),
               "127.0.0.1");
@@ -153,44 +175,38 @@ TEST(CalendarSubscription, SubscribingImportsAndLaterChecksFollowTheFeed)
     // Nothing changed: the check sends the validators and the store is left alone.
     const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
     refresher->refreshAll();
-    ASSERT_TRUE(done.wait(10000));
+    ASSERT_TRUE(done->wait(10000));
     EXPECT_TRUE(server.requests().last().startsWith("304 /feed.ics \"")) << server.requests().last().toStdString();
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
 
     // The feed changes; the student renamed the essay and deleted the lab meanwhile, so only the rest
     // follows and the lab stays deleted.
     AssignmentList remaining;
-    for (const AssignmentRef &r : w.controller()->allAssignments()) {
+    for (const AssignmentRef &r : w->controller()->allAssignments()) {
         if (r->string(AssignmentKeys::Name) == QLatin1String("Essay 3"))
             r->set(AssignmentKeys::Name, QStringLiteral("Essay 3 (draft)"));
         if (r->string(AssignmentKeys::Name) != QLatin1String("Lab 9"))
             remaining.append(r);
     }
-    w.controller()->setAllAssignments(remaining);
-    w.controller()->saveData();
+    w->controller()->setAllAssignments(remaining);
+    w->controller()->saveData();
     server.serve(QStringLiteral("feed-after.ics"), 0);
     refresher->refreshAll();
-    ASSERT_TRUE(done.wait(10000));
+    ASSERT_TRUE(done->wait(10000));
     EXPECT_TRUE(server.requests().last().startsWith("200 /feed.ics \"")) << server.requests().last().toStdString();
     EXPECT_EQ(storedNames(), QStringList({"Annotated outline", "Essay 3 (draft)", "Final essay", "Own assignment",
                                           "Peer review"}));
     EXPECT_EQ(storedNamed("Essay 3 (draft)").value(AssignmentKeys::Date).toString(), stored(2026, 12, 2));
-    EXPECT_TRUE(w.shown().contains("Final essay"));
+    EXPECT_TRUE(w->shown().contains("Final essay"));
 }
 
-TEST(CalendarSubscription, AFeedThatCannotBeFetchedOrReadChangesNothing)
+TEST_F(SubscribedWindow, AFeedThatCannotBeFetchedOrReadChangesNothing)
 {
-    freshPreferences();
-    writeStore({record("Own assignment")});
-    FeedServer server;
     server.serve(QStringLiteral("truncated.ics"), 60);
-    Window w;
-    auto *refresher = w.window->findChild<CalendarSubscriptionRefresher *>();
-    QSignalSpy done(refresher, &CalendarSubscriptionRefresher::refreshed);
     const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
 
-    w.window->perform(MainMenus::Command::SubscribeCalendar);
-    auto *sheet = w.window->findChild<SubscribeCalendarSheet *>();
+    w->window->perform(MainMenus::Command::SubscribeCalendar);
+    auto *sheet = w->window->findChild<SubscribeCalendarSheet *>();
     ASSERT_NE(sheet, nullptr);
     QTest::keyClicks(sheet->addressField(), "ftp://example.edu/x.ics");
     QTest::mouseClick(sheet->subscribeButton(), Qt::LeftButton);
@@ -198,7 +214,7 @@ TEST(CalendarSubscription, AFeedThatCannotBeFetchedOrReadChangesNothing)
 
     sheet->addressField()->setText(server.url());
     QTest::mouseClick(sheet->subscribeButton(), Qt::LeftButton);
-    ASSERT_TRUE(done.wait(10000));
+    ASSERT_TRUE(done->wait(10000));
     EXPECT_TRUE(sheet->isVisible());
     EXPECT_EQ(sheet->statusLabel()->text(), "The calendar could not be subscribed to.  The calendar file is cut short: "
                                             "it does not end with END:VCALENDAR.  Nothing was imported.");
@@ -206,7 +222,7 @@ TEST(CalendarSubscription, AFeedThatCannotBeFetchedOrReadChangesNothing)
 
     sheet->addressField()->setText(QStringLiteral("http://127.0.0.1:%1/feed.ics").arg(LocalServers::freePort()));
     QTest::mouseClick(sheet->subscribeButton(), Qt::LeftButton);
-    ASSERT_TRUE(done.wait(10000));
+    ASSERT_TRUE(done->wait(10000));
     EXPECT_TRUE(sheet->statusLabel()->text().startsWith("The calendar could not be subscribed to."));
     EXPECT_TRUE(CalendarSubscriptions::load().isEmpty());
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
@@ -223,22 +239,12 @@ TEST(CalendarSubscription, ShownAddressesHideTheirTokens)
     EXPECT_EQ(CalendarSubscriptions::displayUrl("http://127.0.0.1:8080/feed.ics"), "http://127.0.0.1:8080/feed.ics");
 }
 
-TEST(CalendarSubscription, ARemovedSubscriptionIsNoLongerCheckedAndItsAssignmentsStay)
+TEST_F(SubscribedWindow, ARemovedSubscriptionIsNoLongerCheckedAndItsAssignmentsStay)
 {
-    freshPreferences();
-    writeStore({record("Own assignment")});
-    FeedServer server;
-    server.serve(QStringLiteral("feed-before.ics"), 60);
-    Window w;
-    auto *refresher = w.window->findChild<CalendarSubscriptionRefresher *>();
-    ASSERT_NE(refresher, nullptr);
-    QSignalSpy done(refresher, &CalendarSubscriptionRefresher::refreshed);
-    refresher->subscribe(server.url());
-    ASSERT_TRUE(done.wait(10000));
-    done.clear();
+    subscribe(server.url());
 
-    w.window->perform(MainMenus::Command::CalendarSubscriptions);
-    auto *window = w.window->findChild<CalendarSubscriptionsWindow *>();
+    w->window->perform(MainMenus::Command::CalendarSubscriptions);
+    auto *window = w->window->findChild<CalendarSubscriptionsWindow *>();
     ASSERT_NE(window, nullptr);
     QTreeWidget *list = window->list();
     ASSERT_EQ(list->topLevelItemCount(), 1);
@@ -248,8 +254,8 @@ TEST(CalendarSubscription, ARemovedSubscriptionIsNoLongerCheckedAndItsAssignment
     // Subscribed meanwhile (from the sheet, or another window): the open list follows.
     const QString secret = server.url() + QStringLiteral("?authtoken=Zq81mB0x");
     refresher->subscribe(secret);
-    ASSERT_TRUE(done.wait(10000));
-    done.clear();
+    ASSERT_TRUE(done->wait(10000));
+    done->clear();
     ASSERT_EQ(list->topLevelItemCount(), 2);
     EXPECT_EQ(list->topLevelItem(1)->text(0), server.url() + QStringLiteral("?authtoken=…"));
 
@@ -276,7 +282,7 @@ TEST(CalendarSubscription, ARemovedSubscriptionIsNoLongerCheckedAndItsAssignment
     const qsizetype asked0 = server.requests().size();
     server.serve(QStringLiteral("feed-after.ics"), 0);
     refresher->refreshAll();
-    ASSERT_TRUE(done.wait(10000));
+    ASSERT_TRUE(done->wait(10000));
     QTest::qWait(200);
     const QStringList requests = server.requests().mid(asked0);
     ASSERT_EQ(requests.size(), 1) << requests.join(" | ").toStdString();
@@ -284,34 +290,41 @@ TEST(CalendarSubscription, ARemovedSubscriptionIsNoLongerCheckedAndItsAssignment
     EXPECT_TRUE(storedNames().contains("Lab 9"));
 
     // Check Now goes through the same path for the one selected.
-    done.clear();
+    done->clear();
     list->setCurrentItem(list->topLevelItem(0));
     QTest::mouseClick(window->checkNowButton(), Qt::LeftButton);
-    ASSERT_TRUE(done.wait(10000));
+    ASSERT_TRUE(done->wait(10000));
     EXPECT_TRUE(server.requests().last().startsWith("304 /feed.ics?authtoken=Zq81mB0x "));
     EXPECT_TRUE(window->statusLabel()->text().endsWith("checked: 0 added, 0 updated.")) << window->statusLabel()->text().toStdString();
     window->close();
 }
 
-TEST(CalendarSubscription, AFeedRemovedWhileItIsFetchedImportsNothing)
+TEST_F(SubscribedWindow, AFeedRemovedWhileItIsFetchedImportsNothing)
 {
-    freshPreferences();
-    writeStore({record("Own assignment")});
-    FeedServer server;
-    server.serve(QStringLiteral("feed-before.ics"), 60);
-    Window w;
-    auto *refresher = w.window->findChild<CalendarSubscriptionRefresher *>();
-    QSignalSpy done(refresher, &CalendarSubscriptionRefresher::refreshed);
-    refresher->subscribe(server.url());
-    ASSERT_TRUE(done.wait(10000));
-    done.clear();
+    subscribe(server.url());
 
     server.serve(QStringLiteral("feed-after.ics"), 0);
     const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
     refresher->refresh(server.url());
     ASSERT_TRUE(CalendarSubscriptions::remove(server.url()));
-    ASSERT_TRUE(done.wait(10000));
-    EXPECT_EQ(done.first().at(2).toString(), "The subscription was removed, so nothing was imported.");
+    ASSERT_TRUE(done->wait(10000));
+    EXPECT_EQ(done->first().at(2).toString(), "The subscription was removed, so nothing was imported.");
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
     EXPECT_TRUE(CalendarSubscriptions::load().isEmpty());
+}
+
+TEST_F(SubscribedWindow, DeletingAllDataForgetsTheSubscriptionsSoSubscribingAgainBringsEverythingBack)
+{
+    subscribe(server.url());
+    ASSERT_EQ(storedNames().size(), 5);
+    GeneralPane pane;
+    Alerts::queueAnswer(QStringLiteral("Delete All Data"));
+    pane.findChild<QPushButton *>(QStringLiteral("deleteAllData"))->click();
+    Alerts::takeAsked();
+    EXPECT_TRUE(readStore().isEmpty());
+    EXPECT_TRUE(CalendarSubscriptions::load().isEmpty());
+
+    // Kept, the subscription would take every entry it brought in for deleted by the student.
+    subscribe(server.url());
+    EXPECT_EQ(storedNames(), QStringList({"Essay 3", "Lab 9", "Outline", "Peer review"}));
 }

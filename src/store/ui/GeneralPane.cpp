@@ -2,6 +2,7 @@
 
 #include "platform/Alerts.h"
 #include "platform/Clock.h"
+#include "importing/CalendarSubscriptions.h"
 #include "platform/DateText.h"
 #include "store/DataEraser.h"
 #include "store/Labels.h"
@@ -256,6 +257,9 @@ void GeneralPane::deleteAllData()
     if (answer != DeleteAllButton)
         return;
     QString error;
-    if (!DataEraser::deleteAllData(&error))
+    if (!DataEraser::deleteAllData(&error)) {
         Alerts::inform(DeleteFailedTitle, DeleteFailedMessage.arg(error));
+        return;
+    }
+    CalendarSubscriptions::forgetAll();
 }

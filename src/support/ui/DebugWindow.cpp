@@ -1,6 +1,7 @@
 #include "support/ui/DebugWindow.h"
 
 #include "BuildInfo.h"
+#include "importing/CalendarSubscriptions.h"
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
 #include "support/SupportLog.h"
@@ -171,8 +172,11 @@ void DebugWindow::deleteData()
     if (answer != SupportTexts::YesButton)
         return;
     QDir data(Paths::dataFolder());
-    if (data.exists() && !data.removeRecursively())
+    if (data.exists() && !data.removeRecursively()) {
         qCWarning(lcSupport) << "Could not delete all of the data folder" << data.path();
+        return;
+    }
+    CalendarSubscriptions::forgetAll();
 }
 
 void DebugWindow::showSendConfigurationDialog()
