@@ -15,6 +15,8 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QToolBar>
+#include <QToolButton>
 #include <QSignalSpy>
 
 using namespace ListTest;
@@ -113,6 +115,18 @@ TEST(ReminderWindow, ThePaneSavesEveryChoiceAndKeepsLeadTimesItDoesNotOffer)
     window.show();
     ASSERT_TRUE(window.setTabView(RemindersPane::Identifier));
     ASSERT_NE(window.toolbarItem(RemindersPane::Identifier), nullptr);
+    // Every pane's item fits on the toolbar, none behind the overflow button, at the panes' width.
+    auto *toolbar = window.findChild<QToolBar *>();
+    for (QToolButton *button : toolbar->findChildren<QToolButton *>(Qt::FindDirectChildrenOnly)) {
+        if (button->defaultAction())
+            EXPECT_TRUE(button->isVisible()) << button->objectName().toStdString();
+        else
+            EXPECT_FALSE(button->isVisible()) << "the overflow button shows";
+    }
+    EXPECT_EQ(window.width(), PreferencesWindow::PaneWidth);
+    ASSERT_TRUE(window.setTabView(PreferencesWindow::GeneralIdentifier));
+    EXPECT_EQ(window.width(), PreferencesWindow::PaneWidth);
+    ASSERT_TRUE(window.setTabView(RemindersPane::Identifier));
     QWidget *pane = window.currentView();
     ASSERT_NE(pane, nullptr);
     for (QCheckBox *box : pane->findChildren<QCheckBox *>())

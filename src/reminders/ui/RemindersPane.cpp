@@ -14,7 +14,10 @@ namespace {
 const QString PaneName = QStringLiteral("Reminders");
 const QString EnabledText = QStringLiteral("Remind me of assignments before they are due");
 const QString EveningText = QStringLiteral("The evening before, at 6:00 PM");
-const QString TrayText = QStringLiteral("Keep running in the notification area after the main window closes");
+// Short enough for the panes' width; the tool tip says where the program stays.
+const QString TrayText = QStringLiteral("Keep running after the main window closes");
+const QString TrayToolTip =
+    QStringLiteral("Quillory stays in the notification area, so that reminders still come");
 const QString WhenText = QStringLiteral("Remind me:");
 
 QString leadText(int minutes)
@@ -50,6 +53,7 @@ RemindersPane::RemindersPane(QWidget *parent)
     }
     layout->addLayout(choices);
     m_keepInTray = named(new QCheckBox(TrayText), QStringLiteral("remindersKeepInTray"), TrayText);
+    m_keepInTray->setToolTip(TrayToolTip);
     layout->addWidget(m_keepInTray);
     layout->addStretch();
 

@@ -19,6 +19,8 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace {
 const QString ToolbarIdentifier = QStringLiteral("prefsToolbar");
 const QString WindowTitle = QStringLiteral("Preferences");
@@ -109,6 +111,34 @@ void PreferencesWindow::buildToolbar()
     }
     for (const AdditionalPanes::Pane &extra : AdditionalPanes::registered())
         addItem(extra.identifier, extra.label, extra.toolTip, extra.themeIcon, extra.fallbackIcon);
+    fitToolbar();
+}
+
+void PreferencesWindow::fitToolbar()
+{
+    // With the panes other parts of the program add, the labels under the icons may be wider than
+    // the panes, and the last ones would hide behind the toolbar's overflow button. The items move
+    // closer together first, then the labels get smaller, down to a size still easily read; only
+    // then does the window grow wider than the panes (see windowWidth()).
+    m_toolbar->ensurePolished();
+    if (m_toolbar->sizeHint().width() <= PaneWidth)
+        return;
+    m_toolbar->setStyleSheet(QStringLiteral("QToolBar { spacing: 0px; }"));
+    QFont font = m_toolbar->font();
+    if (font.pointSizeF() <= 0)
+        return;
+    const qreal smallest = std::max<qreal>(7.0, font.pointSizeF() * 0.8);
+    while (m_toolbar->sizeHint().width() > PaneWidth && font.pointSizeF() - 0.5 >= smallest) {
+        font.setPointSizeF(font.pointSizeF() - 0.5);
+        m_toolbar->setFont(font);
+        for (QToolButton *button : m_toolbar->findChildren<QToolButton *>())
+            button->setFont(font);
+    }
+}
+
+int PreferencesWindow::windowWidth() const
+{
+    return std::max(PaneWidth, m_toolbar->sizeHint().width());
 }
 
 QWidget *PreferencesWindow::currentView() const
@@ -184,7 +214,7 @@ void PreferencesWindow::paneSizeChanged()
 {
     if (!m_pane || m_animation)
         return;
-    const QRect target(geometry().topLeft(), QSize(PaneWidth, m_toolbar->sizeHint().height() + m_pane->getViewSize()));
+    const QRect target(geometry().topLeft(), QSize(windowWidth(), m_toolbar->sizeHint().height() + m_pane->getViewSize()));
     setMinimumSize(0, 0);
     setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     setGeometry(target);
@@ -194,7 +224,7 @@ void PreferencesWindow::paneSizeChanged()
 void PreferencesWindow::resizeToPane(int paneHeight, QWidget *view)
 {
     // The top edge stays where it is; the window grows or shrinks at the bottom.
-    const QRect target(geometry().topLeft(), QSize(PaneWidth, m_toolbar->sizeHint().height() + paneHeight));
+    const QRect target(geometry().topLeft(), QSize(windowWidth(), m_toolbar->sizeHint().height() + paneHeight));
     setMinimumSize(0, 0);
     setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
     if (!m_animated || !isVisible() || geometry() == target) {

@@ -49,6 +49,9 @@ protected:
 
 private:
     void buildToolbar();
+    void fitToolbar();
+    // The panes' width, unless the toolbar cannot be made to fit it.
+    int windowWidth() const;
     QAction *addItem(const QString &identifier, const QString &label, const QString &toolTip,
                      const QString &themeIcon, const QString &fallbackIcon);
     void leaveCurrentPane();
