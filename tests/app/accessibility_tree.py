@@ -171,7 +171,7 @@ def check_selection_reaches_sidebar(table, sidebar):
         fail("the sidebar's Name field reads %r" % name_field.get_text(0, -1))
     fields = [(Atspi.Role.TEXT, "Due date"), (Atspi.Role.COMBO_BOX, "Course"), (Atspi.Role.COMBO_BOX, "Textbook"),
               (Atspi.Role.COMBO_BOX, "Type"), (Atspi.Role.CHECK_BOX, "Completed"), (Atspi.Role.TEXT, "Grade"),
-              (Atspi.Role.SLIDER, "Priority"), (Atspi.Role.COMBO_BOX, "Reminder"), (Atspi.Role.TEXT, "Contacts"), (Atspi.Role.PUSH_BUTTON, "Snapshot"),
+              (Atspi.Role.SLIDER, "Priority"), (Atspi.Role.COMBO_BOX, "Remind"), (Atspi.Role.TEXT, "Contacts"), (Atspi.Role.PUSH_BUTTON, "Snapshot"),
               (Atspi.Role.PUSH_BUTTON, "Choose a file to attach"), (Atspi.Role.PAGE_TAB, "Notes"),
               (Atspi.Role.PAGE_TAB, "Subprojects")]
     for role, wanted in fields:
