@@ -12,6 +12,8 @@ AssignmentRef named(const QString &name)
 }
 } // namespace
 
+// Selecting by clicking, and that nothing moves without a selection, show through the view in
+// CalendarViewTest.
 TEST(CalendarGridDataTest, EntriesKeepTheirOrderAndMomentsOfOneDayShareAKey)
 {
     CalendarData data;
@@ -27,29 +29,6 @@ TEST(CalendarGridDataTest, EntriesKeepTheirOrderAndMomentsOfOneDayShareAKey)
     EXPECT_EQ(data.count(QDate(2026, 11, 25)), 0);
     data.removeAll();
     EXPECT_TRUE(data.dataDictionary().isEmpty());
-}
-
-TEST(CalendarGridDataTest, SelectingRowsAndClearing)
-{
-    CalendarData data;
-    const AssignmentRef essay = named("Essay");
-    data.add(essay, "", kMonday);
-    // Row 0 is the day number and rows past the entries name nothing.
-    EXPECT_FALSE(data.setSelectedEventToDate(kMonday, 0));
-    EXPECT_FALSE(data.setSelectedEventToDate(kMonday, 2));
-    EXPECT_FALSE(data.setSelectedEventToDate(kTuesday, 1));
-    EXPECT_FALSE(data.selectedTitle().has_value());
-    // Nothing was selected, so clearing tells nobody.
-    EXPECT_FALSE(data.clearSelection());
-
-    ASSERT_TRUE(data.setSelectedEventToDate(kMonday, 1));
-    EXPECT_EQ(data.selectedObject(), essay);
-    EXPECT_EQ(*data.selectedDate(), kMonday);
-    // An empty title is still a selected title.
-    EXPECT_EQ(data.selectedTitle().value_or("none").toStdString(), "");
-    EXPECT_TRUE(data.clearSelection());
-    EXPECT_FALSE(data.selectedObject());
-    EXPECT_FALSE(data.clearSelection());
 }
 
 TEST(CalendarGridDataTest, TheLastEntryOfTheVeryRecordIsFound)
@@ -97,12 +76,4 @@ TEST(CalendarGridDataTest, AMoveTakesTheFirstMatchingEntryToTheEndOfTheNewDay)
     EXPECT_EQ(data.moveSelectedEventToDate(kTuesday), 2);
     EXPECT_EQ(data.entries(kTuesday)[0].object, essay);
     EXPECT_EQ(data.entries(kTuesday)[1].object, waiting);
-}
-
-TEST(CalendarGridDataTest, AMoveWithNothingSelectedChangesNothing)
-{
-    CalendarData data;
-    data.add(named("Essay"), "Essay", kMonday);
-    EXPECT_FALSE(data.moveSelectedEventToDate(kTuesday).has_value());
-    EXPECT_EQ(data.count(kTuesday), 0);
 }
