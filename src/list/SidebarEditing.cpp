@@ -40,6 +40,20 @@ QStringList SidebarEditing::updateTextbooksForCourse(const QString &course)
     return textbooks;
 }
 
+namespace {
+// The record's keys that no sidebar field stands for.
+QVariantMap keysTheSidebarDoesNotShow(const Assignment &record)
+{
+    static const QStringList shown{Name,    Date,     Course,    Textbook,   Type,        Grade,
+                                   Priority, Completed, Notes,   Contacts,   File,        Snapshot,
+                                   Project, Subproject, DateCreated, DateUpdated, ReminderRecords::OverrideKey};
+    QVariantMap kept = record.fields();
+    for (const QString &key : shown)
+        kept.remove(key);
+    return kept;
+}
+} // namespace
+
 bool SidebarEditing::editAssignment(Sender sender)
 {
     Controller &c = m_controller;
@@ -52,7 +66,9 @@ bool SidebarEditing::editAssignment(Sender sender)
     const AssignmentRef kept = Assignments::copy(c.displayAssignments()[row]);
     SidebarValues values = currentValues();
 
-    QVariantMap fields;
+    // The sidebar rebuilds the record from what it shows; keys it does not show (a feed's or a
+    // calendar server's identity, a later version's fields) are carried over untouched.
+    QVariantMap fields = keysTheSidebarDoesNotShow(*target);
     for (const QString &key : {Project, Subproject, DateCreated})
         if (target->has(key))
             fields.insert(key, target->value(key));
@@ -107,10 +123,11 @@ bool SidebarEditing::editAssignment(Sender sender)
         // nothing else of their own but name, date and completion.
         const QString identifier = edited->string(Project);
         for (const AssignmentRef &subproject : c.subprojectsForProject(identifier)) {
-            QVariantMap own{{Date, subproject->has(Date) ? subproject->value(Date) : QVariant(QString(""))},
-                            {Name, subproject->has(Name) ? subproject->value(Name) : QVariant(QString(""))},
-                            {Completed, subproject->isCompleted()},
-                            {Subproject, identifier}};
+            QVariantMap own = keysTheSidebarDoesNotShow(*subproject);
+            own.insert({{Date, subproject->has(Date) ? subproject->value(Date) : QVariant(QString(""))},
+                        {Name, subproject->has(Name) ? subproject->value(Name) : QVariant(QString(""))},
+                        {Completed, subproject->isCompleted()},
+                        {Subproject, identifier}});
             for (const auto &[key, text] : {std::pair{Course, values.course}, std::pair{Textbook, values.textbook},
                                             std::pair{Type, values.type}, std::pair{Grade, values.grade},
                                             std::pair{Notes, values.notes}})

@@ -38,7 +38,11 @@ TEST(Editing, AddFollowsTheFilterAndTheCoursesDefaultTextbook)
 TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook)
 {
     writeCourses({course("Art", "none"), course("Math", "Algebra")});
-    Fixture f({record("Essay", {{Course, "Math"}, {Textbook, "Algebra"}, {Grade, "B"}, {Priority, 2.0}})});
+    // A key the sidebar does not show (written by a feed import, another device or a later
+    // version) outlives every edit.
+    const QVariantMap feed{{"Feed", "https://school.example/cal.ics"}, {"UID", "e1"}};
+    Fixture f({record("Essay", {{Course, "Math"}, {Textbook, "Algebra"}, {Grade, "B"}, {Priority, 2.0},
+                                {"Calendar Import", feed}})});
     f.select("Essay");
     EXPECT_EQ(f.sidebar.values.grade, "B");
     f.sidebar.values.grade.clear();
@@ -48,6 +52,7 @@ TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook
     EXPECT_FALSE(saved.contains(Grade));
     EXPECT_EQ(saved.value(Date).toString(), stored(2026, 12, 24));
     EXPECT_EQ(f.controller->selectedRows(), QList<int>{0});
+    EXPECT_EQ(saved.value("Calendar Import").toMap(), feed);
 
     // A course whose default textbook is "none": the textbook is stored as "".
     f.sidebar.values.course = "Art";
@@ -56,6 +61,7 @@ TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook
     EXPECT_EQ(saved.value(Course).toString(), "Art");
     EXPECT_TRUE(saved.contains(Textbook));
     EXPECT_EQ(saved.value(Textbook).toString(), "");
+    EXPECT_EQ(saved.value("Calendar Import").toMap(), feed);
 
     // A date text that names no day leaves the record as it was.
     f.sidebar.values.dateText = "someday";
@@ -66,9 +72,9 @@ TEST(Editing, SidebarEditsStoreOnlyWhatIsFilledAndACourseChangeClearsTheTextbook
 TEST(Editing, ProjectEditsPropagateToSubprojects)
 {
     const QString id = stored(2026, 11, 1, 9);
-    Fixture f({record("Paper", {{Project, id}, {Course, "Math"}}),
+    Fixture f({record("Paper", {{Project, id}, {Course, "Math"}, {"Later Key", 7}}),
                record("Outline", {{Subproject, id}, {Course, "Math"}, {File, "/tmp/x"}, {Contacts, QVariantList{"a"}},
-                                  {Date, stored(2026, 12, 1)}})});
+                                  {Date, stored(2026, 12, 1)}, {"Later Key", "own"}})});
     f.select("Paper");
     f.sidebar.values.course = "History";
     f.sidebar.values.notes = "shared notes";
@@ -81,6 +87,9 @@ TEST(Editing, ProjectEditsPropagateToSubprojects)
     EXPECT_FALSE(outline.contains(File));
     EXPECT_FALSE(outline.contains(Contacts));
     EXPECT_FALSE(outline.contains(DateCreated));
+    // Keys the program does not know stay with the record they belong to.
+    EXPECT_EQ(outline.value("Later Key").toString(), "own");
+    EXPECT_EQ(storedNamed("Paper").value("Later Key").toInt(), 7);
 }
 
 TEST(Editing, SubprojectsAddToTheProjectOfASelectedSubproject)
