@@ -246,7 +246,7 @@ TEST(BackupImport, ReplaceWritesTheBackupListsAsTheyAre)
     EXPECT_EQ(QDir(Paths::dataFolder()).entryList(QDir::Files | QDir::NoDotAndDotDot).size(), 3);
 }
 
-TEST(BackupImport, MergeOfEqualDataAsksOnceAndKeepOnlyOneKeepsTheBackupCopies)
+TEST(BackupImport, MergeOfEqualDataAsksOnceAndKeepsOneOrBothCopies)
 {
     const QVariantList data = {assignment("A", "2026-01-01 00:00:00 -0500"), assignment("B", "2026-01-02 00:00:00 -0500"),
                                assignment("C", "2026-01-03 00:00:00 -0500")};
@@ -264,29 +264,26 @@ TEST(BackupImport, MergeOfEqualDataAsksOnceAndKeepOnlyOneKeepsTheBackupCopies)
               "keep both copies of the assignments, or just one copy?");
     EXPECT_EQ(asked.at(1).buttons, (QStringList{"Keep Only One", "Keep Both"}));
 
+    // Only one: the backup's copies, dated now.
     const QVariantList merged = readList(Paths::assignmentsFile());
     ASSERT_EQ(merged.size(), 3);
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(merged.at(i).toMap(), withUpdated(data.at(i).toMap(), Stamp));
     EXPECT_EQ(readList(Paths::coursesFile()), QVariantList{course("Math")});
     EXPECT_EQ(readList(Paths::universalTypesFile()), QVariantList{"Quiz"});
-}
 
-TEST(BackupImport, KeepBothDoublesEveryAssignmentWithTheCurrentCopiesUnchanged)
-{
-    const QVariantList data = {assignment("A", "2026-01-01 00:00:00 -0500"), assignment("B", "2026-01-02 00:00:00 -0500")};
+    // Both: the backup's copies dated now, then the current ones unchanged.
     writeData(data, {}, {});
-    const QString backup = writeBackup(data, {}, {});
     Alerts::queueAnswer(Backup::MergeButton);
     Alerts::queueAnswer(Backup::KeepBothButton);
     Backup::sharedController()->importFromFile(backup);
     EXPECT_EQ(Alerts::takeAsked().size(), 2);
-    const QVariantList merged = readList(Paths::assignmentsFile());
-    ASSERT_EQ(merged.size(), 4);
-    EXPECT_EQ(merged.at(0).toMap(), withUpdated(data.at(0).toMap(), Stamp));
-    EXPECT_EQ(merged.at(1).toMap(), withUpdated(data.at(1).toMap(), Stamp));
-    EXPECT_EQ(merged.at(2), data.at(0));
-    EXPECT_EQ(merged.at(3), data.at(1));
+    const QVariantList both = readList(Paths::assignmentsFile());
+    ASSERT_EQ(both.size(), 6);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(both.at(i).toMap(), withUpdated(data.at(i).toMap(), Stamp));
+        EXPECT_EQ(both.at(i + 3), data.at(i));
+    }
 }
 
 TEST(BackupImport, DateUpdatedAloneDoesNotMakeADifferenceButNotesDo)
@@ -334,30 +331,6 @@ TEST(BackupImport, TheDuplicateQuestionSpeaksTheUsersWord)
     EXPECT_EQ(asked.at(1).informativeText,
               "The backup data contains one or more tasks which already exist in Quillory.  Would you like to keep "
               "both copies of the tasks, or just one copy?");
-}
-
-TEST(BackupImport, AFileThatIsNotAPropertyListArrayEmptiesOnReplaceAndChangesNothingOnMerge)
-{
-    const QVariantList data = {assignment("A", "2026-01-01 00:00:00 -0500")};
-    writeData(data, {course("Math")}, {"Quiz"});
-    const QString bogus = TestEnvironment::home() + QStringLiteral("/notes.txt");
-    TestEnvironment::writeFile(bogus, "just some text");
-
-    Alerts::queueAnswer(Backup::MergeButton);
-    EXPECT_EQ(Backup::sharedController()->importFromFile(bogus), Backup::ImportOutcome::Merged);
-    EXPECT_EQ(readList(Paths::assignmentsFile()), data);
-    EXPECT_EQ(readList(Paths::coursesFile()), QVariantList{course("Math")});
-    EXPECT_EQ(readList(Paths::universalTypesFile()), QVariantList{"Quiz"});
-
-    // A property list whose root is a dictionary is no array either.
-    const QString dictionary = TestEnvironment::home() + QStringLiteral("/dict.plist");
-    writeList(dictionary, {});
-    ASSERT_TRUE(PropertyList::writeFile(dictionary, QVariantMap{{"a", 1}}));
-    Alerts::queueAnswer(Backup::ReplaceButton);
-    EXPECT_EQ(Backup::sharedController()->importFromFile(dictionary), Backup::ImportOutcome::Replaced);
-    EXPECT_TRUE(readList(Paths::assignmentsFile()).isEmpty());
-    EXPECT_TRUE(readList(Paths::coursesFile()).isEmpty());
-    EXPECT_TRUE(readList(Paths::universalTypesFile()).isEmpty());
 }
 
 TEST(BackupImport, FewerThanThreeListsOrAMissingFileStopsAfterTheQuestionWithNothingWritten)
@@ -434,6 +407,8 @@ TEST(RecordMatch, NumbersCompareByValueAndHashAlike)
     EXPECT_FALSE(RecordMatch::equal(QVariantList{1, 2}, QVariantList{2, 1}));
 }
 
+// A file that is no property-list array changes nothing on a merge and empties the data on a
+// replace, which first keeps what it replaces where the sync keeps its backups.
 TEST(BackupImport, ReplaceFirstKeepsTheDataItReplacesAmongTheAutomaticBackups)
 {
     const QVariantList data = {assignment("Mine", Stamp)};
@@ -441,10 +416,19 @@ TEST(BackupImport, ReplaceFirstKeepsTheDataItReplacesAmongTheAutomaticBackups)
     const QString bogus = TestEnvironment::home() + QStringLiteral("/notes.txt");
     TestEnvironment::writeFile(bogus, "just some text");
 
+    Alerts::queueAnswer(Backup::MergeButton);
+    EXPECT_EQ(Backup::sharedController()->importFromFile(bogus), Backup::ImportOutcome::Merged);
+    EXPECT_EQ(readList(Paths::assignmentsFile()), data);
+    EXPECT_EQ(readList(Paths::coursesFile()), QVariantList{course("Math")});
+    EXPECT_EQ(readList(Paths::universalTypesFile()), QVariantList{"Quiz"});
+    EXPECT_FALSE(QFileInfo::exists(Paths::syncingBackupsFolder()));
+
     // The wrong file, and "Replace": the data is emptied, but kept where the sync keeps its backups.
     Alerts::queueAnswer(Backup::ReplaceButton);
     EXPECT_EQ(Backup::sharedController()->importFromFile(bogus), Backup::ImportOutcome::Replaced);
     EXPECT_TRUE(readList(Paths::assignmentsFile()).isEmpty());
+    EXPECT_TRUE(readList(Paths::coursesFile()).isEmpty());
+    EXPECT_TRUE(readList(Paths::universalTypesFile()).isEmpty());
     const QString kept = Paths::syncingBackupsFolder() + QStringLiteral("/2026-11-22 10:30:00 -0500.plist");
     ASSERT_EQ(AutomaticBackups::path(), kept);
     EXPECT_EQ(PropertyList::readFile(kept)->toList(),
@@ -464,4 +448,11 @@ TEST(BackupImport, ReplaceFirstKeepsTheDataItReplacesAmongTheAutomaticBackups)
     Alerts::queueAnswer(Backup::MergeButton);
     Backup::sharedController()->importFromFile(kept);
     EXPECT_EQ(QDir(Paths::syncingBackupsFolder()).entryList(QDir::Files).size(), 2);
+
+    // A property list whose root is a dictionary is no array either.
+    const QString dictionary = TestEnvironment::home() + QStringLiteral("/dict.plist");
+    ASSERT_TRUE(PropertyList::writeFile(dictionary, QVariantMap{{"a", 1}}));
+    Alerts::queueAnswer(Backup::ReplaceButton);
+    EXPECT_EQ(Backup::sharedController()->importFromFile(dictionary), Backup::ImportOutcome::Replaced);
+    EXPECT_TRUE(readList(Paths::assignmentsFile()).isEmpty());
 }

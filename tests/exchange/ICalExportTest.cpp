@@ -131,59 +131,49 @@ TEST_F(ICalExportTest, AnEmptyListOrAnUnknownKindGivesHeaderAndTrailerOnly)
     EXPECT_EQ(exportText(records({{{"Name", "a"}}}), "%n", "events"), Header + Trailer);
 }
 
-TEST_F(ICalExportTest, SummaryCodesAreReplacedInOrder)
-{
-    const QVariantMap record{{"Name", "Ch. 3"}, {"Course", "Math"}, {"Textbook", "Calculus"}, {"Type", "Reading"},
-                             {"Grade", "A-"},   {"Completed", false}, {"Date", "2026-12-01 09:15:00 -0500"}};
-    ICalExport plain("%c: %n (%a)", ICalExport::Events);
-    EXPECT_EQ(plain.createCustomName(record), "Math: Ch. 3 (Incomplete)");
-
-    QVariantMap done = record;
-    done.insert("Completed", true);
-    ICalExport all("%n|%c|%t|%a|%b|%g|%x|%%", ICalExport::Events);
-    EXPECT_EQ(all.createCustomName(done), "Ch. 3|Math|Calculus|Complete|Reading|A-|%x|%%");
-
-    // Absent fields become empty; %d stays when there is no date.
-    ICalExport withDate("%n on %d %c", ICalExport::Events);
-    EXPECT_EQ(withDate.createCustomName({{"Name", "Essay"}}), "Essay on %d ");
-    // With a date and no legacy format, the stored form in local time.
-    EXPECT_EQ(withDate.createCustomName({{"Name", "Essay"}, {"Date", "2026-12-01 09:15:00 -0800"}}),
-              "Essay on 2026-12-01 12:15:00 -0500 ");
-
-    // Text brought in by an earlier code is searched for the later ones.
-    EXPECT_EQ(ICalExport("%n", ICalExport::Events).createCustomName({{"Name", "Due %c"}, {"Course", "Art"}}),
-              "Due Art");
-}
-
 // The summary format is taken apart once; where a "%" meets a value the codes are replaced one by one,
 // and both ways must agree with replacing the codes in order.
-TEST_F(ICalExportTest, SummaryCodesMetByPercentSignsAreReplacedInOrderToo)
+TEST_F(ICalExportTest, SummaryCodesAreReplacedInOrder)
 {
     const QString date = "2026-12-01 09:15:00 -0500";
-    auto name = [&](const QString &format, const QVariantMap &record) {
-        return ICalExport(format, ICalExport::ToDos).createCustomName(record);
+    const QVariantMap full{{"Name", "Ch. 3"}, {"Course", "Math"}, {"Textbook", "Calculus"}, {"Type", "Reading"},
+                           {"Grade", "A-"},   {"Completed", true},  {"Date", date}};
+    const struct {
+        QString format;
+        QVariantMap record;
+        QString summary;
+    } cases[] = {
+        {"%c: %n (%a)", {{"Name", "Ch. 3"}, {"Course", "Math"}, {"Completed", false}}, "Math: Ch. 3 (Incomplete)"},
+        {"%n|%c|%t|%a|%b|%g|%x|%%", full, "Ch. 3|Math|Calculus|Complete|Reading|A-|%x|%%"},
+        // Absent fields become empty; %d stays when there is no date, or it is the stored form in local time.
+        {"%n on %d %c", {{"Name", "Essay"}}, "Essay on %d "},
+        {"%n on %d %c", {{"Name", "Essay"}, {"Date", "2026-12-01 09:15:00 -0800"}}, "Essay on 2026-12-01 12:15:00 -0500 "},
+        // Text brought in by an earlier code is searched for the later ones.
+        {"%n", {{"Name", "Due %c"}, {"Course", "Art"}}, "Due Art"},
+        // "%" + "dog" + "d" makes a "%d" for the date.
+        {"%%nd", {{"Name", "dog"}, {"Date", date}}, "2026-12-01 09:15:00 -0500ogd"},
+        {"%n%d", {{"Name", "50%"}, {"Date", date}}, "50%2026-12-01 09:15:00 -0500"},
+        {"%c %n", {{"Name", "%c"}, {"Course", "Art"}}, "Art Art"},
+        {"%n-%n %a%g", {{"Name", "x"}, {"Completed", 1}}, "x-x Complete"},
+        {QString(QChar(0xE000)) + "%n", {{"Name", "x"}}, QString(QChar(0xE000)) + "x"},
+        {"%d|%d", {{"Name", "x"}, {"Date", "not a date"}}, "%d|%d"},
+        // Without a date, "%d" stays and the codes after it are still replaced.
+        {"%d%c (%a)", {{"Course", "Art"}}, "%dArt (Incomplete)"},
+        {"%d%n", {{"Name", "cat"}}, "%dcat"},
+        {"%n%d", {{"Name", "50%"}}, "50%%d"},
+        {"%t%b", {{"Textbook", "Calc"}, {"Type", "Lab"}}, "CalcLab"},
+        {"", {{"Name", "x"}}, ""},
     };
-    // "%" + "dog" + "d" makes a "%d" for the date.
-    EXPECT_EQ(name("%%nd", {{"Name", "dog"}, {"Date", date}}), "2026-12-01 09:15:00 -0500ogd");
-    EXPECT_EQ(name("%n%d", {{"Name", "50%"}, {"Date", date}}), "50%2026-12-01 09:15:00 -0500");
-    EXPECT_EQ(name("%c %n", {{"Name", "%c"}, {"Course", "Art"}}), "Art Art");
-    EXPECT_EQ(name("%n-%n %a%g", {{"Name", "x"}, {"Completed", 1}}), "x-x Complete");
-    EXPECT_EQ(name(QString(QChar(0xE000)) + "%n", {{"Name", "x"}}), QString(QChar(0xE000)) + "x");
-    EXPECT_EQ(name("%d|%d", {{"Name", "x"}, {"Date", "not a date"}}), "%d|%d");
-    // Without a date, "%d" stays and the codes after it are still replaced.
-    EXPECT_EQ(name("%d%c (%a)", {{"Course", "Art"}}), "%dArt (Incomplete)");
-    EXPECT_EQ(name("%d%n", {{"Name", "cat"}}), "%dcat");
-    EXPECT_EQ(name("%n%d", {{"Name", "50%"}}), "50%%d");
-    EXPECT_EQ(name("%t%b", {{"Textbook", "Calc"}, {"Type", "Lab"}}), "CalcLab");
-    EXPECT_EQ(name("", {{"Name", "x"}}), "");
-}
+    for (const auto &c : cases) {
+        EXPECT_EQ(ICalExport(c.format, ICalExport::Events).createCustomName(c.record), c.summary) << c.format.toStdString();
+        EXPECT_EQ(ICalExport(c.format, ICalExport::ToDos).createCustomName(c.record), c.summary) << c.format.toStdString();
+    }
 
-TEST_F(ICalExportTest, TheLegacyTopLevelDateFormatShapesTheSummaryDate)
-{
+    // The legacy top-level date format, where one is set, shapes the summary date.
     UserDefaults().set("Date Format", "%m/%d/%y");
     UserDefaults().set(PreferenceKeys::General, QVariantMap{{"Date Format", "%A, %B %e, %Y"}});
-    ICalExport summary("%d: %n", ICalExport::Events);
-    EXPECT_EQ(summary.createCustomName({{"Name", "Essay"}, {"Date", "2026-12-01 00:00:00 -0500"}}),
+    EXPECT_EQ(ICalExport("%d: %n", ICalExport::Events)
+                  .createCustomName({{"Name", "Essay"}, {"Date", "2026-12-01 00:00:00 -0500"}}),
               "12/01/26: Essay");
 }
 

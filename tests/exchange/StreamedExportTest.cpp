@@ -1,6 +1,5 @@
 // The exports write long files a chunk at a time as they are made; these tests hold the streamed
 // files to the texts built whole in memory, and check that a failing write is reported.
-#include "exchange/ExportFields.h"
 #include "exchange/ICalExport.h"
 #include "exchange/TextExport.h"
 #include "platform/Paths.h"
@@ -51,35 +50,6 @@ AssignmentList manyRecords(int count)
 }
 
 } // namespace
-
-TEST(ExportFields, FindsWhatLookingUpFindsAndNothingThatOnlyLooksLikeIt)
-{
-    AssignmentList list = manyRecords(100);
-    list[3]->set(AssignmentKeys::Type, QStringLiteral("Quiz"));
-    list[3]->set(AssignmentKeys::Textbook, QStringLiteral("Stewart"));
-    list[3]->remove(AssignmentKeys::Name);
-    auto lookedUp = [](const QVariantMap &fields, const QString &key) -> const QVariant * {
-        const auto it = fields.constFind(key);
-        return it == fields.constEnd() ? nullptr : &it.value();
-    };
-    for (const AssignmentRef &record : list) {
-        if (!record)
-            continue;
-        const QVariantMap &fields = record->fields();
-        const ExportFields found = ExportFields::of(fields);
-        EXPECT_EQ(found.name, lookedUp(fields, AssignmentKeys::Name));
-        EXPECT_EQ(found.date, lookedUp(fields, AssignmentKeys::Date));
-        EXPECT_EQ(found.course, lookedUp(fields, AssignmentKeys::Course));
-        EXPECT_EQ(found.textbook, lookedUp(fields, AssignmentKeys::Textbook));
-        EXPECT_EQ(found.type, lookedUp(fields, AssignmentKeys::Type));
-        EXPECT_EQ(found.grade, lookedUp(fields, AssignmentKeys::Grade));
-        EXPECT_EQ(found.completed, lookedUp(fields, AssignmentKeys::Completed));
-        EXPECT_EQ(found.notes, lookedUp(fields, AssignmentKeys::Notes));
-    }
-    const AssignmentRef lookalikes = Assignments::make({{"name", "x"}, {"Dates", "y"}, {"Notes ", "z"}, {"Typo", "t"}});
-    const ExportFields none = ExportFields::of(lookalikes->fields());
-    EXPECT_FALSE(none.name || none.date || none.notes || none.type);
-}
 
 TEST(StreamedExport, TheFilesEqualTheTextsBuiltInMemory)
 {

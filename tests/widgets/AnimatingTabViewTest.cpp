@@ -53,18 +53,18 @@ protected:
 
 } // namespace
 
-TEST_F(AnimatingTabViewTest, StartsOnTheFirstPageWithTheDissolve)
+TEST_F(AnimatingTabViewTest, StartsOnTheFirstPageWithTheDissolveAndSwitchesPlainlyWhileHidden)
 {
-    EXPECT_EQ(view.count(), 3);
     EXPECT_EQ(view.currentIndex(), 0);
     EXPECT_EQ(view.transition(), 3);
-    EXPECT_EQ(view.tabLabel(2), QStringLiteral("Month"));
-    EXPECT_EQ(view.objectName(), QStringLiteral("animatingTabView"));
     for (int index = 0; index < view.count(); ++index) {
         EXPECT_GE(view.minimumSizeHint().width(), view.widget(index)->minimumSizeHint().width());
         EXPECT_GE(view.minimumSizeHint().height(), view.widget(index)->minimumSizeHint().height());
     }
     EXPECT_FALSE(view.accessibleName().isEmpty());
+    view.selectTabViewItem(2, {});
+    EXPECT_FALSE(view.isAnimating());
+    EXPECT_EQ(view.currentIndex(), 2);
 }
 
 TEST_F(AnimatingTabViewTest, IndexZeroSwitchesAtOnce)
@@ -174,11 +174,4 @@ TEST_F(AnimatingTabViewTest, ASwitchDuringATransitionLandsTheFirstOne)
     EXPECT_EQ(view.currentIndex(), 2);
     view.finishTransition();
     EXPECT_EQ(picture().pixelColor(5, 5), QColor(40, 60, 200));
-}
-
-TEST_F(AnimatingTabViewTest, AHiddenViewSwitchesPlainly)
-{
-    view.selectTabViewItem(2, {});
-    EXPECT_FALSE(view.isAnimating());
-    EXPECT_EQ(view.currentIndex(), 2);
 }
