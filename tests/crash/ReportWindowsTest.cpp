@@ -172,9 +172,21 @@ TEST_F(ReportWindows, TheCrashReporterShowsANewLogReadOnlyAndSendsItWithTheDataW
     EXPECT_EQ(UserDefaults().string(QStringLiteral("Last Startup")), QStringLiteral("2026-11-22 10:00:00 -0500"));
 }
 
-TEST_F(ReportWindows, WithoutTheDataBoxTheCrashReportCarriesNoAttachment)
+TEST_F(ReportWindows, CancelSendsNothingAndWithoutTheDataBoxTheReportCarriesNoAttachment)
 {
-    const QString lastStartup = prepareHome();
+    QString lastStartup = prepareHome();
+    {
+        CrashReporter reporter;
+        ASSERT_TRUE(reporter.checkForCrashLog(Paths::crashLog(), lastStartup));
+        QTest::keyClicks(reporter.descriptionInformation(), QStringLiteral("never mind"));
+        QTest::mouseClick(reporter.cancelButton(), Qt::LeftButton);
+        EXPECT_FALSE(reporter.isVisible());
+        EXPECT_FALSE(QFileInfo::exists(Paths::crashLog()));
+        QTest::qWait(200);
+        EXPECT_TRUE(m_sink.messages().isEmpty());
+        EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), AssignmentsBytes);
+    }
+    lastStartup = prepareHome();
     CrashReporter reporter;
     ASSERT_TRUE(reporter.checkForCrashLog(Paths::crashLog(), lastStartup));
     QTest::mouseClick(reporter.sendButton(), Qt::LeftButton);
@@ -183,20 +195,6 @@ TEST_F(ReportWindows, WithoutTheDataBoxTheCrashReportCarriesNoAttachment)
     expectReportHeaders(messages[0], QStringLiteral("Quillory - Crash Report"));
     ASSERT_EQ(messages[0].parts.size(), 1);
     EXPECT_EQ(normalisedLines(messages[0].parts[0].bytes), "\n\n" + CrashLogBytes);
-}
-
-TEST_F(ReportWindows, CancellingTheCrashReporterDeletesTheLogAndSendsNothing)
-{
-    const QString lastStartup = prepareHome();
-    CrashReporter reporter;
-    ASSERT_TRUE(reporter.checkForCrashLog(Paths::crashLog(), lastStartup));
-    QTest::keyClicks(reporter.descriptionInformation(), QStringLiteral("never mind"));
-    QTest::mouseClick(reporter.cancelButton(), Qt::LeftButton);
-    EXPECT_FALSE(reporter.isVisible());
-    EXPECT_FALSE(QFileInfo::exists(Paths::crashLog()));
-    QTest::qWait(200);
-    EXPECT_TRUE(m_sink.messages().isEmpty());
-    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), AssignmentsBytes);
 }
 
 TEST_F(RefusingServer, ARefusedCrashReportEndsSilentlyAndStillDeletesTheLog)

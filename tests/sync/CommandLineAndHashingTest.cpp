@@ -16,17 +16,14 @@ TEST(Hashing, TextIsHashedAsUtf8)
 TEST(CommandLine, ShellLineAndProgramFormsReturnOutputWhateverTheStatus)
 {
     auto *commands = CommandLine::sharedController();
-    EXPECT_EQ(commands, CommandLine::sharedController());
     EXPECT_EQ(commands->runCommand(QStringLiteral("echo out; echo err 1>&2; exit 3")), QStringLiteral("out\nerr\n"));
     EXPECT_EQ(commands->runCommand(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("printf a b")}),
               QStringLiteral("a"));
     // The working folder is the home folder.
     EXPECT_EQ(commands->runCommand(QStringLiteral("/bin/pwd"), {}).trimmed(),
               QDir(Paths::home()).canonicalPath());
-}
 
-TEST(CommandLine, OutcomeCarriesStatusAndMissingProgramsFail)
-{
+    // The outcome carries the status, and a missing program fails with a message.
     const auto failed = CommandLine::run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("exit 7")});
     EXPECT_TRUE(failed.started);
     EXPECT_EQ(failed.exitStatus, 7);

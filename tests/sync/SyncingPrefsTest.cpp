@@ -231,46 +231,36 @@ TEST_F(SyncingPrefsTest, ClosingWithAnUnconfirmedOnlineAccountSwitchesSyncingOff
     EXPECT_EQ(saved().value(SyncingKeys::Method), QVariant(qint64(2)));
 }
 
-TEST_F(SyncingPrefsTest, DownloadButtonAsksFirst)
-{
-    SyncingPrefs pane(m_engine.get());
-    writeSettings({{SyncingKeys::Method, qint64(3)}});
-    Alerts::queueAnswer(SyncingPrefs::NoButton);
-    pane.downloadDataFromServer();
-    auto asked = Alerts::takeAsked();
-    ASSERT_EQ(asked.size(), 1);
-    EXPECT_EQ(asked[0].title, QStringLiteral("Download Data"));
-    EXPECT_EQ(asked[0].message, QStringLiteral("Are you sure you want to download your data from Quillory Online?  "
-                                               "Doing so will overwrite any data that you have on this computer."));
-    EXPECT_EQ(asked[0].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("No")}));
-    EXPECT_TRUE(m_sheet.isEmpty());
-
-    Alerts::queueAnswer(SyncingPrefs::YesButton);
-    pane.downloadDataFromServer();
-    EXPECT_EQ(m_sheet.value(0), QStringLiteral("show:Downloading Data..."));
-}
-
-TEST_F(SyncingPrefsTest, TheFileMenusDownloadAsksTheSameQuestion)
+// The pane's button and the File menu's item ask the same question before anything is touched.
+TEST_F(SyncingPrefsTest, DownloadAsksFirstFromThePaneAndFromTheFileMenu)
 {
     writeSampleData(QStringLiteral("local"));
+    SyncingPrefs pane(m_engine.get());
     writeSettings({{SyncingKeys::Method, qint64(3)}});
-    const auto before = snapshot(dataFolder(), true);
     MainWindow window;
     StartupSequence::setUpWindowFromPreferences(window.startupSteps());
     QAction *download = window.menus()->action(MainMenus::Command::DownloadData);
     ASSERT_NE(download, nullptr);
 
-    Alerts::queueAnswer(SyncingPrefs::NoButton);
-    download->trigger();
-    auto asked = Alerts::takeAsked();
-    ASSERT_EQ(asked.size(), 1);
-    EXPECT_EQ(asked[0].title, QStringLiteral("Download Data"));
-    EXPECT_EQ(asked[0].message, SyncingPrefs::DownloadQuestion);
-    EXPECT_EQ(asked[0].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("No")}));
-    EXPECT_TRUE(m_sheet.isEmpty());
-    EXPECT_EQ(snapshot(dataFolder(), true), before) << "not even a backup before the answer";
+    const std::function<void()> ways[] = {[&] { pane.downloadDataFromServer(); }, [&] { download->trigger(); }};
+    for (const auto &ask : ways) {
+        const auto before = snapshot(dataFolder(), true);
+        Alerts::queueAnswer(SyncingPrefs::NoButton);
+        ask();
+        const auto asked = Alerts::takeAsked();
+        ASSERT_EQ(asked.size(), 1);
+        EXPECT_EQ(asked[0].title, QStringLiteral("Download Data"));
+        EXPECT_EQ(asked[0].message, QStringLiteral("Are you sure you want to download your data from Quillory "
+                                                   "Online?  Doing so will overwrite any data that you have on this "
+                                                   "computer."));
+        EXPECT_EQ(asked[0].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("No")}));
+        EXPECT_TRUE(m_sheet.isEmpty());
+        EXPECT_EQ(snapshot(dataFolder(), true), before) << "not even a backup before the answer";
 
-    Alerts::queueAnswer(SyncingPrefs::YesButton);
-    download->trigger();
-    EXPECT_EQ(m_sheet.value(0), QStringLiteral("show:Downloading Data..."));
+        Alerts::queueAnswer(SyncingPrefs::YesButton);
+        ask();
+        EXPECT_EQ(m_sheet.value(0), QStringLiteral("show:Downloading Data..."));
+        Alerts::takeAsked();
+        m_sheet.clear();
+    }
 }
