@@ -194,36 +194,30 @@ TEST_F(VideoWindow, TheFirstPressStartsTheLivePictureAndTheSecondStoresAFullSize
     EXPECT_EQ(storedRecord("Essay").value("Snapshot").toByteArray(), stored);
 }
 
-TEST_F(VideoWindow, DeleteClearsAnOlderTiffSnapshotAndTouchesNothingElse)
+TEST_F(VideoWindow, AnOlderTiffSnapshotIsNeverRewrittenAndDeleteClearsItAndNothingElse)
 {
     const QImage old = testFrame(Qt::gray, Qt::black);
-    writeStore({record("Essay", {{"Snapshot", tiffOf(old)}, {"Notes", "bring glue"}}), record("Lab")});
+    const QByteArray tiff = tiffOf(old);
+    writeStore({record("Essay", {{"Snapshot", tiff}, {"Notes", "bring glue"}}), record("Lab")});
     Window w;
     w.select("Essay");
     NSButton_Snapshot *button = w.form()->snapshotButton;
     ASSERT_EQ(button->image().size(), QSize(640, 480));
+    // Showing it and editing the record keeps the stored bytes as they were.
+    w.form()->nameField->setText("Essay, revised");
+    w.window->sidebar()->commitEdit();
+    EXPECT_EQ(storedRecord("Essay, revised").value("Snapshot").toByteArray(), tiff);
     openFrom(w);
     EXPECT_EQ(shownInWindow(), old); // the window opens on the assignment's picture
 
     press(Qt::Key_Delete);
     EXPECT_TRUE(shownInWindow().isNull());
-    const QVariantMap essay = storedRecord("Essay");
+    const QVariantMap essay = storedRecord("Essay, revised");
     EXPECT_FALSE(essay.contains("Snapshot"));
     EXPECT_EQ(essay.value("Notes").toString(), "bring glue");
     EXPECT_EQ(readStore().size(), 2); // Delete in this window never deletes from the list
     EXPECT_EQ(button->text(), "none");
     EXPECT_TRUE(button->image().isNull());
-}
-
-TEST_F(VideoWindow, ShowingAnOlderSnapshotNeverRewritesIt)
-{
-    const QByteArray tiff = tiffOf(testFrame(Qt::gray, Qt::black));
-    writeStore({record("Essay", {{"Snapshot", tiff}})});
-    Window w;
-    w.select("Essay");
-    w.form()->nameField->setText("Essay, revised");
-    w.window->sidebar()->commitEdit();
-    EXPECT_EQ(storedRecord("Essay, revised").value("Snapshot").toByteArray(), tiff);
 }
 
 TEST_F(VideoWindow, ACameraThatFailsToStartShowsNoPictureAndTheNextPressClears)

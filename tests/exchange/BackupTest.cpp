@@ -284,6 +284,18 @@ TEST(BackupImport, MergeOfEqualDataAsksOnceAndKeepsOneOrBothCopies)
         EXPECT_EQ(both.at(i).toMap(), withUpdated(data.at(i).toMap(), Stamp));
         EXPECT_EQ(both.at(i + 3), data.at(i));
     }
+
+    // The question speaks the user's own word for an assignment.
+    UserDefaults().set(PreferenceKeys::Labels, QVariantMap{{"Assignment", "Task"}});
+    Alerts::queueAnswer(Backup::MergeButton);
+    Alerts::queueAnswer(Backup::KeepOnlyOneButton);
+    Backup::sharedController()->importFromFile(backup);
+    const auto relabelled = Alerts::takeAsked();
+    ASSERT_EQ(relabelled.size(), 2);
+    EXPECT_EQ(relabelled.at(1).message, "Duplicate Tasks");
+    EXPECT_EQ(relabelled.at(1).informativeText,
+              "The backup data contains one or more tasks which already exist in Quillory.  Would you like to keep "
+              "both copies of the tasks, or just one copy?");
 }
 
 TEST(BackupImport, DateUpdatedAloneDoesNotMakeADifferenceButNotesDo)
@@ -315,22 +327,6 @@ TEST(BackupImport, CoursesAndTypesAreAppendedOnlyWhenAbsent)
     EXPECT_EQ(Alerts::takeAsked().size(), 1);
     EXPECT_EQ(readList(Paths::coursesFile()), (QVariantList{course("Biology"), course("Math"), course("History")}));
     EXPECT_EQ(readList(Paths::universalTypesFile()), (QVariantList{"Essay", "Lab", "Quiz"}));
-}
-
-TEST(BackupImport, TheDuplicateQuestionSpeaksTheUsersWord)
-{
-    UserDefaults().set(PreferenceKeys::Labels, QVariantMap{{"Assignment", "Task"}});
-    const QVariantList data = {assignment("A", Stamp)};
-    writeData(data, {}, {});
-    Alerts::queueAnswer(Backup::MergeButton);
-    Alerts::queueAnswer(Backup::KeepOnlyOneButton);
-    Backup::sharedController()->importFromFile(writeBackup(data, {}, {}));
-    const auto asked = Alerts::takeAsked();
-    ASSERT_EQ(asked.size(), 2);
-    EXPECT_EQ(asked.at(1).message, "Duplicate Tasks");
-    EXPECT_EQ(asked.at(1).informativeText,
-              "The backup data contains one or more tasks which already exist in Quillory.  Would you like to keep "
-              "both copies of the tasks, or just one copy?");
 }
 
 TEST(BackupImport, FewerThanThreeListsOrAMissingFileStopsAfterTheQuestionWithNothingWritten)
