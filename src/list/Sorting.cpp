@@ -58,17 +58,17 @@ bool isNumber(const QVariant &value)
     }
 }
 
-Key valueKey(const Assignment &record, const QString &key)
+Key valueKey(const Assignment &record, const AssignmentKey &key)
 {
-    const auto it = record.fields().constFind(key);
-    if (it == record.fields().constEnd())
+    const QVariant *it = record.find(key);
+    if (!it)
         return {};
     if (isNumber(*it))
         return {Key::Number, it->toDouble(), {}};
     return {Key::Text, 0, it->toString()};
 }
 
-Key textKey(const Assignment &record, const QString &key)
+Key textKey(const Assignment &record, const AssignmentKey &key)
 {
     const QString &lowered = record.lowered(key);
     if (lowered.isNull())
@@ -76,12 +76,14 @@ Key textKey(const Assignment &record, const QString &key)
     return {Key::Text, 0, lowered};
 }
 
-Entry entryFor(const Assignment &record, const QString &column, bool columnByValue, qsizetype index)
+Entry entryFor(const Assignment &record, const AssignmentKey &column, bool columnByValue, qsizetype index)
 {
+    static const AssignmentKey date(AssignmentField::Date);
+    static const AssignmentKey name(AssignmentField::Name);
     Entry entry;
     entry.column = columnByValue ? valueKey(record, column) : textKey(record, column);
-    entry.date = valueKey(record, AssignmentKeys::Date);
-    entry.name = textKey(record, AssignmentKeys::Name);
+    entry.date = valueKey(record, date);
+    entry.name = textKey(record, name);
     entry.index = index;
     return entry;
 }
@@ -98,10 +100,11 @@ int compareEntries(const Entry &a, const Entry &b)
 std::vector<Entry> entriesFor(const AssignmentList &list, const Order &order)
 {
     const bool byValue = comparesByValue(order.column);
+    const AssignmentKey column(order.column);
     std::vector<Entry> entries;
     entries.reserve(list.size());
     for (qsizetype i = 0; i < list.size(); ++i)
-        entries.push_back(entryFor(*list[i], order.column, byValue, i));
+        entries.push_back(entryFor(*list[i], column, byValue, i));
     return entries;
 }
 
@@ -153,8 +156,9 @@ struct Ranked {
 
 // nullopt when the values cannot be ranked as one kind (numbers mixed with text), which the
 // general comparison handles.
-std::optional<Ranked> rankKey(const AssignmentList &list, const QString &key, bool byValue)
+std::optional<Ranked> rankKey(const AssignmentList &list, const QString &name, bool byValue)
 {
+    const AssignmentKey key(name);
     std::vector<qint64> ids(size_t(list.size()), -1);
     bool sawNumber = false;
     bool sawText = false;
@@ -176,8 +180,8 @@ std::optional<Ranked> rankKey(const AssignmentList &list, const QString &key, bo
             ids[size_t(i)] = *it;
             continue;
         }
-        const auto it = record.fields().constFind(key);
-        if (it == record.fields().constEnd())
+        const QVariant *it = record.find(key);
+        if (!it)
             continue;
         if (isNumber(*it)) {
             sawNumber = true;
@@ -268,9 +272,8 @@ struct KeyCache::Data {
     // be ranked. A node map: the sort holds references to three entries while adding them.
     std::map<QString, std::optional<Ranked>> ranks;
 
-    static Key keyOf(const Assignment &record, const QString &id)
+    static Key keyOf(const Assignment &record, const QString &id, const AssignmentKey &key)
     {
-        const QString key = id.mid(1);
         return id.front() == QLatin1Char('v') ? valueKey(record, key) : textKey(record, key);
     }
 
@@ -313,6 +316,7 @@ struct KeyCache::Data {
                 std::optional<Ranked> &ranked = it->second;
                 bool kept = ranked && ranked->numbers.size() + ranked->texts.size() < 2 * count + 1024;
                 if (kept) {
+                    const AssignmentKey key(it->first.mid(1));
                     std::vector<qint64> moved(count, -1);
                     for (size_t i = 0; i < count; ++i)
                         if (from[i] >= 0)
@@ -320,7 +324,7 @@ struct KeyCache::Data {
                     ranked->ranks = std::move(moved);
                     for (size_t i = 0; kept && i < count; ++i)
                         if (from[i] < 0)
-                            kept = ranked->place(i, keyOf(*list[qsizetype(i)], it->first));
+                            kept = ranked->place(i, keyOf(*list[qsizetype(i)], it->first, key));
                 }
                 it = kept ? std::next(it) : ranks.erase(it); // ranked afresh when next asked for
             }
