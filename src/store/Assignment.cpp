@@ -41,6 +41,24 @@ Assignment::Assignment(const QVariantMap &fields)
     assign(fields);
 }
 
+Assignment::Assignment(QVariantMap &&fields)
+    : m_revision(g_nextRevision++)
+{
+    if (!fields.isDetached()) {
+        assign(fields);
+        return;
+    }
+    for (auto it = fields.begin(); it != fields.end(); ++it) {
+        if (const std::optional<Field> field = fieldFromKey(it.key())) {
+            m_slots[std::size_t(*field)] = std::move(it.value());
+            m_present |= 1u << unsigned(*field);
+        } else {
+            m_others.insert(m_others.cend(), it.key(), std::move(it.value()));
+        }
+    }
+    fields.clear();
+}
+
 void Assignment::assign(const QVariantMap &fields)
 {
     for (QVariant &slot : m_slots)
@@ -289,6 +307,26 @@ AssignmentList fromVariantList(const QVariantList &list)
     result.reserve(list.size());
     for (const QVariant &value : list)
         result.append(make(value.toMap()));
+    return result;
+}
+
+AssignmentList fromVariantList(QVariantList &&list)
+{
+    AssignmentList result;
+    result.reserve(list.size());
+    if (!list.isDetached())
+        return fromVariantList(std::as_const(list));
+    for (QVariant &value : list) {
+        if (value.typeId() == QMetaType::QVariantMap) {
+            QVariantMap fields = std::move(*static_cast<QVariantMap *>(value.data()));
+            value = QVariant();
+            result.append(std::make_shared<Assignment>(std::move(fields)));
+        } else {
+            result.append(make(value.toMap()));
+            value = QVariant();
+        }
+    }
+    list.clear();
     return result;
 }
 

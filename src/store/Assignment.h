@@ -79,6 +79,8 @@ public:
 
     Assignment();
     explicit Assignment(const QVariantMap &fields);
+    // Takes the values over without copying them when `fields` is not shared.
+    explicit Assignment(QVariantMap &&fields);
 
     // The fast path: a known field by its slot.
     bool has(Field field) const { return (m_present >> unsigned(field)) & 1u; }
@@ -159,6 +161,9 @@ AssignmentRef make(const QVariantMap &fields = {});
 AssignmentRef copy(const AssignmentRef &record);
 QVariantList toVariantList(const AssignmentList &list);
 AssignmentList fromVariantList(const QVariantList &list);
+// Releases each dictionary of `list` as soon as its record is made, so that a store being loaded is
+// not held twice.
+AssignmentList fromVariantList(QVariantList &&list);
 // Index of the first record equal (field by field) to `record`, or -1.
 qsizetype indexOfEqual(const AssignmentList &list, const Assignment &record);
 // Removes every record equal to `record`; returns how many went.

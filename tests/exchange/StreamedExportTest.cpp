@@ -77,7 +77,7 @@ TEST(ExportFields, FindsWhatLookingUpFindsAndNothingThatOnlyLooksLikeIt)
         EXPECT_EQ(found.notes, lookedUp(fields, AssignmentKeys::Notes));
     }
     const AssignmentRef lookalikes = Assignments::make({{"name", "x"}, {"Dates", "y"}, {"Notes ", "z"}, {"Typo", "t"}});
-    const ExportFields none = ExportFields::of(lookalikes->fields());
+    const ExportFields none = ExportFields::of(*lookalikes);
     EXPECT_FALSE(none.name || none.date || none.notes || none.type);
 }
 
