@@ -169,8 +169,8 @@ bool AssignmentStore::addPrioritiesToAssignmentsWithoutThem(AssignmentList &list
 {
     bool changed = false;
     for (const auto &record : list) {
-        if (!record->has(AssignmentKeys::Priority)) {
-            record->set(AssignmentKeys::Priority, 1.0);
+        if (!record->has(AssignmentField::Priority)) {
+            record->set(AssignmentField::Priority, 1.0);
             changed = true;
         }
     }

@@ -94,19 +94,6 @@ QVariantList fixtureRecords()
 
 } // namespace
 
-// The one table of keys: every field's key names it back, the dictionary order is the order of
-// the keys as strings, and strings that merely resemble a key name nothing.
-TEST(AssignmentFields, KeysNameTheirFieldsAndSortAsStrings)
-{
-    for (size_t i = 0; i < AssignmentFieldCount; ++i)
-        EXPECT_EQ(fieldFromKey(fieldKey(AssignmentField(i))), AssignmentField(i));
-    for (size_t i = 1; i < AssignmentFieldCount; ++i)
-        EXPECT_LT(fieldKey(AssignmentFields::KeyOrder[i - 1]), fieldKey(AssignmentFields::KeyOrder[i]));
-    for (const QString &key : OddKeys)
-        EXPECT_FALSE(fieldFromKey(key).has_value()) << qPrintable(key);
-    EXPECT_FALSE(fieldFromKey(QString()).has_value());
-}
-
 // Records of every mix of known and unknown keys and value types, changed through either API:
 // values keep their types, the dictionary comes back whole, equality follows the fields, and the
 // record's XML is what the general writer makes of its dictionary.
