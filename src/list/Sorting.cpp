@@ -8,7 +8,6 @@
 #include <map>
 #include <optional>
 #include <type_traits>
-#include <unordered_map>
 #include <vector>
 
 namespace Sorting {
@@ -290,7 +289,12 @@ struct KeyCache::Data {
 
         // Where each record was before, or -1.
         std::vector<qsizetype> from(count, -1);
-        std::unordered_map<quint64, size_t> byRevision;
+        // Earlier positions by revision in an open-addressed table: one block rather than a node
+        // per record, so a reordered list of 100,000 costs no small allocations. Revisions start at
+        // 1, so 0 marks an empty slot.
+        std::vector<std::pair<quint64, size_t>> byRevision;
+        size_t mask = 0;
+        const auto slotOf = [&](quint64 revision) { return size_t((revision * 0x9E3779B97F4A7C15ull) >> 20) & mask; };
         size_t fresh = 0;
         for (size_t i = 0; i < count; ++i) {
             const Assignment *record = list[qsizetype(i)].get();
@@ -299,14 +303,30 @@ struct KeyCache::Data {
                 continue;
             }
             if (byRevision.empty() && !records.empty()) {
-                byRevision.reserve(records.size());
-                for (size_t j = 0; j < records.size(); ++j)
-                    byRevision.emplace(revisions[j], j);
+                size_t size = 16;
+                while (size < 2 * records.size())
+                    size *= 2;
+                mask = size - 1;
+                byRevision.assign(size, {0, 0});
+                for (size_t j = 0; j < records.size(); ++j) {
+                    size_t slot = slotOf(revisions[j]);
+                    while (byRevision[slot].first != 0 && byRevision[slot].first != revisions[j])
+                        slot = (slot + 1) & mask;
+                    if (byRevision[slot].first == 0) // the first of equal revisions stays, as before
+                        byRevision[slot] = {revisions[j], j};
+                }
             }
-            const auto it = byRevision.find(record->revision());
-            if (it != byRevision.end() && records[it->second] == record)
-                from[i] = qsizetype(it->second);
-            else
+            bool found = false;
+            if (!byRevision.empty()) {
+                size_t slot = slotOf(record->revision());
+                while (byRevision[slot].first != 0 && byRevision[slot].first != record->revision())
+                    slot = (slot + 1) & mask;
+                if (byRevision[slot].first != 0 && records[byRevision[slot].second] == record) {
+                    from[i] = qsizetype(byRevision[slot].second);
+                    found = true;
+                }
+            }
+            if (!found)
                 ++fresh;
         }
         if (fresh > count / 8 + 16) {
