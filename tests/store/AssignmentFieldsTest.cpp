@@ -87,7 +87,7 @@ QVariantList fixtureRecords()
         QVariantMap{{Project, QStringLiteral("2026-01-01 00:00:00 -0500")}, {Completed, qint64(1)}, {Type, QStringLiteral("Paper")},
                     {Textbook, QStringLiteral("Atkins")}, {File, QStringLiteral("/home/s/essay.odt")},
                     {Snapshot, QByteArray(200, 'x')}, {QStringLiteral("Date Created "), 1.0}, {QStringLiteral("name"), false}},
-        QVariantMap{{Subproject, QStringLiteral("2026-01-01 00:00:00 -0500")}, {Name, QStringLiteral("Part 1")},
+        QVariantMap{{Subproject, QStringLiteral("2026-01-01 00:00:00 -0500")}, {Name, QStringLiteral("Step 1")},
                     {DateCreated, qint64(1756000001)}, {QStringLiteral("\u00dcnknown"), -7.125}},
     };
 }
