@@ -33,8 +33,8 @@ bool changeDueDay(Controller &controller, const AssignmentRef &record, const QDa
     if (!moved.isValid())
         moved = day.startOfDay();
 
-    record->set(AssignmentKeys::Date, DateText::toStoredForm(moved));
-    record->set(AssignmentKeys::DateUpdated, DateText::nowStoredForm());
+    record->set(AssignmentField::Date, DateText::toStoredForm(moved));
+    record->set(AssignmentField::DateUpdated, DateText::nowStoredForm());
     // The record changed in place: hand the whole list back so the controller drops what it knew
     // about the order, refilters and sorts, with the selection kept.
     controller.setAllAssignments(all);

@@ -27,3 +27,18 @@ ExportFields ExportFields::of(const QVariantMap &record)
     }
     return found;
 }
+
+ExportFields ExportFields::of(const Assignment &record)
+{
+    auto slot = [&](AssignmentField field) { return record.has(field) ? &record.value(field) : nullptr; };
+    ExportFields found;
+    found.name = slot(AssignmentField::Name);
+    found.date = slot(AssignmentField::Date);
+    found.course = slot(AssignmentField::Course);
+    found.textbook = slot(AssignmentField::Textbook);
+    found.type = slot(AssignmentField::Type);
+    found.grade = slot(AssignmentField::Grade);
+    found.completed = slot(AssignmentField::Completed);
+    found.notes = slot(AssignmentField::Notes);
+    return found;
+}

@@ -4,6 +4,8 @@
 #include <QVariant>
 #include <QVariantMap>
 
+class Assignment;
+
 // The fields an export writes, each found once per record instead of once per use. A field the
 // record does not have is a null pointer.
 struct ExportFields {
@@ -19,6 +21,8 @@ struct ExportFields {
     // One walk through the record's keys, which is cheaper than looking up eight keys one by one
     // in a record of a dozen.
     static ExportFields of(const QVariantMap &record);
+    // Straight from the record's slots; the pointers live as long as the record is unchanged.
+    static ExportFields of(const Assignment &record);
 
     // The string a value holds, when it holds one (the usual case); null otherwise.
     static const QString *stringIn(const QVariant *value)

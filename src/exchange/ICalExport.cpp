@@ -220,14 +220,14 @@ void ICalExport::appendNotes(QString &out, const ExportFields &fields) const
 QString ICalExport::createCustomName(const QVariantMap &record) const
 {
     QString name;
-    appendCustomName(name, record, ExportFields::of(record));
+    appendCustomName(name, ExportFields::of(record));
     return name;
 }
 
-void ICalExport::appendCustomName(QString &out, const QVariantMap &record, const ExportFields &fields) const
+void ICalExport::appendCustomName(QString &out, const ExportFields &fields) const
 {
     if (m_namePieces.isEmpty()) {
-        out += slowCustomName(record);
+        out += slowCustomName(fields);
         return;
     }
     // Each code's text, pointing into the record where it holds one; made texts are kept in `made`.
@@ -251,7 +251,7 @@ void ICalExport::appendCustomName(QString &out, const QVariantMap &record, const
             }
             std::optional<QString> text = m_dateTexts.text(fields.date->toString());
             if (!text) {
-                out += slowCustomName(record); // which says why the date is left out
+                out += slowCustomName(fields); // which says why the date is left out
                 return;
             }
             made[piece.code] = *std::move(text);
@@ -284,7 +284,7 @@ void ICalExport::appendCustomName(QString &out, const QVariantMap &record, const
         }
         // A value holding a "%" could make a code for a later replacement: the long way is exact.
         if (values[piece.code]->contains(QLatin1Char('%'))) {
-            out += slowCustomName(record);
+            out += slowCustomName(fields);
             return;
         }
     }
@@ -292,43 +292,44 @@ void ICalExport::appendCustomName(QString &out, const QVariantMap &record, const
         out += piece.code < 0 ? piece.text : *values[piece.code];
 }
 
-QString ICalExport::slowCustomName(const QVariantMap &record) const
+QString ICalExport::slowCustomName(const ExportFields &fields) const
 {
     QString name = m_exportName;
+    auto text = [](const QVariant *value) { return value ? value->toString() : QString(); };
 
     auto replace = [&](const char *code, const QString &value) {
         name.replace(QLatin1String(code), value);
     };
-    replace("%n", record.value(AssignmentKeys::Name).toString());
-    if (record.contains(AssignmentKeys::Date)) {
-        const QString stored = record.value(AssignmentKeys::Date).toString();
+    replace("%n", text(fields.name));
+    if (fields.date) {
+        const QString stored = fields.date->toString();
         // A date that cannot be read leaves "%d" as it is.
         if (const auto text = m_dateTexts.text(stored))
             replace("%d", *text);
         else
             qCWarning(lcICal) << "Unreadable due date" << stored << "left out of the summary";
     }
-    replace("%c", record.value(AssignmentKeys::Course).toString());
-    replace("%t", record.value(AssignmentKeys::Textbook).toString());
-    replace("%a", isTrue(record.value(AssignmentKeys::Completed)) ? Complete : Incomplete);
-    replace("%b", record.value(AssignmentKeys::Type).toString());
-    replace("%g", record.value(AssignmentKeys::Grade).toString());
+    replace("%c", text(fields.course));
+    replace("%t", text(fields.textbook));
+    replace("%a", fields.completed && isTrue(*fields.completed) ? Complete : Incomplete);
+    replace("%b", text(fields.type));
+    replace("%g", text(fields.grade));
     return name;
 }
 
 // The lines every event and to-do has after its dates: summary, description and its number.
-void ICalExport::appendSummaryThroughUid(QString &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendSummaryThroughUid(QString &out, const ExportFields &fields,
                                          int uid) const
 {
     out += SummaryLine;
-    appendCustomName(out, record, fields);
+    appendCustomName(out, fields);
     out += DescriptionLine;
     appendNotes(out, fields);
     out += UidLine;
     appendNumberLine(out, uid);
 }
 
-void ICalExport::appendEvent(QString &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendEvent(QString &out, const ExportFields &fields,
                              const QDate &today) const
 {
     const QDate day = dayOf(fields.date, today);
@@ -336,11 +337,11 @@ void ICalExport::appendEvent(QString &out, const QVariantMap &record, const Expo
     appendDay(out, day);
     out += EventEndLine;
     appendDay(out, day.addDays(1));
-    appendSummaryThroughUid(out, record, fields, ++g_eventCounter);
+    appendSummaryThroughUid(out, fields, ++g_eventCounter);
     out += EventStampAndEnd;
 }
 
-void ICalExport::appendToDo(QString &out, const QVariantMap &record, const ExportFields &fields,
+void ICalExport::appendToDo(QString &out, const ExportFields &fields,
                             const QDate &today) const
 {
     out += ToDoStart;
@@ -350,7 +351,7 @@ void ICalExport::appendToDo(QString &out, const QVariantMap &record, const Expor
     }
     out += DueLine;
     appendDay(out, dayOf(fields.date, today));
-    appendSummaryThroughUid(out, record, fields, ++g_toDoCounter);
+    appendSummaryThroughUid(out, fields, ++g_toDoCounter);
     out += ToDoStampAndEnd;
 }
 
@@ -372,11 +373,11 @@ void ICalExport::write(ExportText &out, const AssignmentList &records, const QDa
         for (const AssignmentRef &record : records) {
             if (!record)
                 continue;
-            const QVariantMap &fields = record->fields();
+            const ExportFields fields = ExportFields::of(*record);
             if (events)
-                appendEvent(out.text(), fields, ExportFields::of(fields), today);
+                appendEvent(out.text(), fields, today);
             else
-                appendToDo(out.text(), fields, ExportFields::of(fields), today);
+                appendToDo(out.text(), fields, today);
             out.entryEnd();
         }
     }

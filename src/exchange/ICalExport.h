@@ -52,10 +52,9 @@ public:
 
 private:
     void write(ExportText &out, const AssignmentList &records, const QDate &today);
-    void appendEvent(QString &out, const QVariantMap &record, const ExportFields &fields, const QDate &today) const;
-    void appendToDo(QString &out, const QVariantMap &record, const ExportFields &fields, const QDate &today) const;
-    void appendSummaryThroughUid(QString &out, const QVariantMap &record, const ExportFields &fields,
-                                 int uid) const;
+    void appendEvent(QString &out, const ExportFields &fields, const QDate &today) const;
+    void appendToDo(QString &out, const ExportFields &fields, const QDate &today) const;
+    void appendSummaryThroughUid(QString &out, const ExportFields &fields, int uid) const;
 
     QString m_exportName;
     QString m_exportFormat;
@@ -72,7 +71,7 @@ private:
     };
     QList<NamePiece> m_namePieces;
     bool m_nameUsesDate = false;
-    QString slowCustomName(const QVariantMap &record) const;
-    void appendCustomName(QString &out, const QVariantMap &record, const ExportFields &fields) const;
+    QString slowCustomName(const ExportFields &fields) const;
+    void appendCustomName(QString &out, const ExportFields &fields) const;
     void appendNotes(QString &out, const ExportFields &fields) const;
 };

@@ -91,7 +91,7 @@ void writeText(ExportText &out, const AssignmentList &records)
     for (const AssignmentRef &record : records) {
         if (!record)
             continue;
-        const ExportFields fields = ExportFields::of(record->fields());
+        const ExportFields fields = ExportFields::of(*record);
         auto line = [&](const QString &word, const QVariant *value, const QString *absent) {
             if (!value && !absent)
                 return;
@@ -150,20 +150,20 @@ QString TextExport::emailBody(const AssignmentList &records)
     for (const AssignmentRef &record : records) {
         if (!record)
             continue;
-        const QVariantMap &fields = record->fields();
-        auto escaped = [&](const QString &key) { return stringByReplacingAmpersands(fields.value(key).toString()); };
-        body += escaped(AssignmentKeys::Name);
-        body += isTrue(fields.value(AssignmentKeys::Completed)) ? CompleteSuffix : IncompleteSuffix;
-        if (fields.contains(AssignmentKeys::Date))
-            body += DueDate + dueDateText(dueDates, fields.value(AssignmentKeys::Date).toString()) + QLatin1Char('\n');
-        body += CourseWord + (fields.contains(AssignmentKeys::Course) ? escaped(AssignmentKeys::Course) : None)
+        const Assignment &fields = *record;
+        auto escaped = [&](AssignmentField field) { return stringByReplacingAmpersands(fields.string(field)); };
+        body += escaped(AssignmentField::Name);
+        body += isTrue(fields.value(AssignmentField::Completed)) ? CompleteSuffix : IncompleteSuffix;
+        if (fields.has(AssignmentField::Date))
+            body += DueDate + dueDateText(dueDates, fields.string(AssignmentField::Date)) + QLatin1Char('\n');
+        body += CourseWord + (fields.has(AssignmentField::Course) ? escaped(AssignmentField::Course) : None)
             + QLatin1Char('\n');
-        body += TextbookWord + (fields.contains(AssignmentKeys::Textbook) ? escaped(AssignmentKeys::Textbook) : None)
+        body += TextbookWord + (fields.has(AssignmentField::Textbook) ? escaped(AssignmentField::Textbook) : None)
             + QLatin1Char('\n');
-        if (fields.contains(AssignmentKeys::Grade))
-            body += GradeWord + escaped(AssignmentKeys::Grade) + QLatin1Char('\n');
-        if (fields.contains(AssignmentKeys::Notes))
-            body += NotesWord + escaped(AssignmentKeys::Notes) + QLatin1Char('\n');
+        if (fields.has(AssignmentField::Grade))
+            body += GradeWord + escaped(AssignmentField::Grade) + QLatin1Char('\n');
+        if (fields.has(AssignmentField::Notes))
+            body += NotesWord + escaped(AssignmentField::Notes) + QLatin1Char('\n');
         body += QLatin1Char('\n');
     }
     return body;

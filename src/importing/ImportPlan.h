@@ -13,7 +13,7 @@
 // name, date and notes as last imported: when the record's own values still equal them, the student
 // has not edited it, and a changed entry may update it.
 namespace ImportKeys {
-inline const QString Record = QStringLiteral("Calendar Import");
+inline const QString &Record = fieldKey(AssignmentField::CalendarImport);
 inline const QString Uid = QStringLiteral("UID");
 inline const QString Source = QStringLiteral("Source");
 inline const QString Name = QStringLiteral("Name");

@@ -121,10 +121,10 @@ QVariant AssignmentTableModel::cellText(int row, const QString &column) const
     if (column == ColumnCatalogue::Completed || ColumnCatalogue::isImageColumn(column))
         return {};
     if (column == ColumnCatalogue::Name && record.isSubproject() && m_projectLookup) {
-        if (const AssignmentRef project = m_projectLookup(record.string(AssignmentKeys::Subproject)))
+        if (const AssignmentRef project = m_projectLookup(record.string(AssignmentField::Subproject)))
             return CellPresentation::subprojectTitle(settings().subprojectTitleFormat,
-                                                     project->string(AssignmentKeys::Name),
-                                                     record.string(AssignmentKeys::Name));
+                                                     project->string(AssignmentField::Name),
+                                                     record.string(AssignmentField::Name));
     }
     if (column == ColumnCatalogue::Priority && record.has(column))
         return QString::number(record.value(column).toDouble());

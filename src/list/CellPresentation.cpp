@@ -51,7 +51,7 @@ QVariant dateCellText(const Assignment &record, const Assignment *previous, cons
 {
     const std::optional<QDateTime> due = record.dueDate();
     if (!due)
-        return record.value(AssignmentKeys::Date);
+        return record.value(AssignmentField::Date);
     if (sameDayAsPrevious(record, previous, settings))
         return QString("");
     return DateText::format(due->toLocalTime(), settings.dateFormat);
@@ -99,11 +99,11 @@ std::optional<QColor> textColor(const Assignment &record, const QString &column,
             break;
         QString key;
         if (settings.colorFormat == PresentationSettings::ByCourse)
-            key = record.string(AssignmentKeys::Course);
+            key = record.string(AssignmentField::Course);
         else if (settings.colorFormat == PresentationSettings::ByType)
-            key = record.string(AssignmentKeys::Type);
-        else if (record.has(AssignmentKeys::Priority))
-            key = QString::number(record.value(AssignmentKeys::Priority).toDouble());
+            key = record.string(AssignmentField::Type);
+        else if (record.has(AssignmentField::Priority))
+            key = QString::number(record.value(AssignmentField::Priority).toDouble());
         if (!key.isNull() && settings.hasColor(key))
             color = settings.color(key);
         break;

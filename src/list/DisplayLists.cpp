@@ -188,15 +188,15 @@ AssignmentRef DisplayLists::actualSelectedObject() const
     const AssignmentRef record = m_display.value(rows.last());
     if (!record || !record->isSubproject())
         return record;
-    return projectFor(record->string(AssignmentKeys::Subproject));
+    return projectFor(record->string(AssignmentField::Subproject));
 }
 
 AssignmentList DisplayLists::subprojectsForProject(const QString &projectIdentifier) const
 {
     AssignmentList subprojects;
     for (const AssignmentRef &record : m_all) {
-        const auto it = record->fields().constFind(AssignmentKeys::Subproject);
-        if (it != record->fields().constEnd() && it->toString() == projectIdentifier)
+        if (record->has(AssignmentField::Subproject)
+            && record->value(AssignmentField::Subproject).toString() == projectIdentifier)
             subprojects.append(record);
     }
     return subprojects;
@@ -210,14 +210,17 @@ qsizetype DisplayLists::findIndexOfProjectForSubproject(const QString &projectId
         const qsizetype index = m_projectIndex->value(projectIdentifier, -1);
         if (index < 0)
             return -1;
-        if (index < m_all.size() && m_all[index]->string(AssignmentKeys::Project) == projectIdentifier)
+        if (index < m_all.size() && m_all[index]->string(AssignmentField::Project) == projectIdentifier)
             return index;
     }
     QHash<QString, qsizetype> projects;
     for (qsizetype i = 0; i < m_all.size(); ++i) {
-        const auto it = m_all[i]->fields().constFind(AssignmentKeys::Project);
-        if (it != m_all[i]->fields().constEnd() && !projects.contains(it->toString()))
-            projects.insert(it->toString(), i);
+        const Assignment &record = *m_all[i];
+        if (!record.has(AssignmentField::Project))
+            continue;
+        const QString identifier = record.value(AssignmentField::Project).toString();
+        if (!projects.contains(identifier))
+            projects.insert(identifier, i);
     }
     m_projectIndex = std::move(projects);
     return m_projectIndex->value(projectIdentifier, -1);
@@ -231,12 +234,12 @@ AssignmentRef DisplayLists::projectFor(const QString &projectIdentifier) const
 
 std::optional<QString> DisplayLists::getSubprojectDisplayName(const Assignment &subproject) const
 {
-    const AssignmentRef project = projectFor(subproject.string(AssignmentKeys::Subproject));
+    const AssignmentRef project = projectFor(subproject.string(AssignmentField::Subproject));
     if (!project)
         return std::nullopt;
     return CellPresentation::subprojectTitle(GeneralSettings::storedSubprojectTitleFormat(),
-                                             project->string(AssignmentKeys::Name),
-                                             subproject.string(AssignmentKeys::Name));
+                                             project->string(AssignmentField::Name),
+                                             subproject.string(AssignmentField::Name));
 }
 
 AssignmentList DisplayLists::subprojectRows() const
@@ -246,7 +249,7 @@ AssignmentList DisplayLists::subprojectRows() const
     const AssignmentRef target = actualSelectedObject();
     if (!target)
         return {};
-    return subprojectsForProject(target->string(AssignmentKeys::Project));
+    return subprojectsForProject(target->string(AssignmentField::Project));
 }
 
 // --- sorting -------------------------------------------------------------------------------------

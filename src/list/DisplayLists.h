@@ -115,7 +115,7 @@ private:
     bool m_rebuildingFilterBar = false;
     bool m_filterRequestedDuringRebuild = false;
 
-    Sorting::Order m_sortIndicator{QStringLiteral("Date"), true};
+    Sorting::Order m_sortIndicator{fieldKey(AssignmentField::Date), true};
     // The orders allAssignments, filteredAssignments and displayAssignments are known to be in.
     std::optional<Sorting::Order> m_appliedOrder;
     // The sort keys of allAssignments and of displayAssignments, kept between sorts.

@@ -14,9 +14,9 @@ constexpr qsizetype CompactSlack = 1 << 20;
 const std::vector<DisplayPipeline::Field> &DisplayPipeline::fields()
 {
     static const std::vector<Field> list = {
-        {AssignmentKeys::Name, ListTexts::ScopeName},     {AssignmentKeys::Course, ListTexts::ScopeCourse},
-        {AssignmentKeys::Textbook, ListTexts::ScopeTextbook}, {AssignmentKeys::Grade, ListTexts::ScopeGrade},
-        {AssignmentKeys::Type, ListTexts::ScopeType},     {AssignmentKeys::Notes, ListTexts::ScopeNotes},
+        {AssignmentField::Name, ListTexts::ScopeName},         {AssignmentField::Course, ListTexts::ScopeCourse},
+        {AssignmentField::Textbook, ListTexts::ScopeTextbook}, {AssignmentField::Grade, ListTexts::ScopeGrade},
+        {AssignmentField::Type, ListTexts::ScopeType},         {AssignmentField::Notes, ListTexts::ScopeNotes},
     };
     return list;
 }
@@ -33,8 +33,7 @@ AssignmentList DisplayPipeline::filter(const AssignmentList &all, const QString 
         if ((onlyIncomplete && completed) || (onlyComplete && !completed))
             continue;
         if (!anyCourse) {
-            const auto it = record->fields().constFind(AssignmentKeys::Course);
-            if (it == record->fields().constEnd() || it->toString() != course)
+            if (!record->has(AssignmentField::Course) || record->value(AssignmentField::Course).toString() != course)
                 continue;
         }
         filtered.append(record);

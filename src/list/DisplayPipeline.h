@@ -32,7 +32,7 @@ public:
 
     // The searchable fields in the order they are tested, with their scope words.
     struct Field {
-        const QString &key;
+        AssignmentField key;
         const QString &scope;
     };
     static const std::vector<Field> &fields();

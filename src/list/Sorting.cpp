@@ -8,7 +8,6 @@
 #include <map>
 #include <optional>
 #include <type_traits>
-#include <unordered_map>
 #include <vector>
 
 namespace Sorting {
@@ -58,17 +57,17 @@ bool isNumber(const QVariant &value)
     }
 }
 
-Key valueKey(const Assignment &record, const QString &key)
+Key valueKey(const Assignment &record, const AssignmentKey &key)
 {
-    const auto it = record.fields().constFind(key);
-    if (it == record.fields().constEnd())
+    const QVariant *it = record.find(key);
+    if (!it)
         return {};
     if (isNumber(*it))
         return {Key::Number, it->toDouble(), {}};
     return {Key::Text, 0, it->toString()};
 }
 
-Key textKey(const Assignment &record, const QString &key)
+Key textKey(const Assignment &record, const AssignmentKey &key)
 {
     const QString &lowered = record.lowered(key);
     if (lowered.isNull())
@@ -76,12 +75,14 @@ Key textKey(const Assignment &record, const QString &key)
     return {Key::Text, 0, lowered};
 }
 
-Entry entryFor(const Assignment &record, const QString &column, bool columnByValue, qsizetype index)
+Entry entryFor(const Assignment &record, const AssignmentKey &column, bool columnByValue, qsizetype index)
 {
+    static const AssignmentKey date(AssignmentField::Date);
+    static const AssignmentKey name(AssignmentField::Name);
     Entry entry;
     entry.column = columnByValue ? valueKey(record, column) : textKey(record, column);
-    entry.date = valueKey(record, AssignmentKeys::Date);
-    entry.name = textKey(record, AssignmentKeys::Name);
+    entry.date = valueKey(record, date);
+    entry.name = textKey(record, name);
     entry.index = index;
     return entry;
 }
@@ -98,10 +99,11 @@ int compareEntries(const Entry &a, const Entry &b)
 std::vector<Entry> entriesFor(const AssignmentList &list, const Order &order)
 {
     const bool byValue = comparesByValue(order.column);
+    const AssignmentKey column(order.column);
     std::vector<Entry> entries;
     entries.reserve(list.size());
     for (qsizetype i = 0; i < list.size(); ++i)
-        entries.push_back(entryFor(*list[i], order.column, byValue, i));
+        entries.push_back(entryFor(*list[i], column, byValue, i));
     return entries;
 }
 
@@ -153,8 +155,9 @@ struct Ranked {
 
 // nullopt when the values cannot be ranked as one kind (numbers mixed with text), which the
 // general comparison handles.
-std::optional<Ranked> rankKey(const AssignmentList &list, const QString &key, bool byValue)
+std::optional<Ranked> rankKey(const AssignmentList &list, const QString &name, bool byValue)
 {
+    const AssignmentKey key(name);
     std::vector<qint64> ids(size_t(list.size()), -1);
     bool sawNumber = false;
     bool sawText = false;
@@ -176,8 +179,8 @@ std::optional<Ranked> rankKey(const AssignmentList &list, const QString &key, bo
             ids[size_t(i)] = *it;
             continue;
         }
-        const auto it = record.fields().constFind(key);
-        if (it == record.fields().constEnd())
+        const QVariant *it = record.find(key);
+        if (!it)
             continue;
         if (isNumber(*it)) {
             sawNumber = true;
@@ -268,9 +271,8 @@ struct KeyCache::Data {
     // be ranked. A node map: the sort holds references to three entries while adding them.
     std::map<QString, std::optional<Ranked>> ranks;
 
-    static Key keyOf(const Assignment &record, const QString &id)
+    static Key keyOf(const Assignment &record, const QString &id, const AssignmentKey &key)
     {
-        const QString key = id.mid(1);
         return id.front() == QLatin1Char('v') ? valueKey(record, key) : textKey(record, key);
     }
 
@@ -287,7 +289,12 @@ struct KeyCache::Data {
 
         // Where each record was before, or -1.
         std::vector<qsizetype> from(count, -1);
-        std::unordered_map<quint64, size_t> byRevision;
+        // Earlier positions by revision in an open-addressed table: one block rather than a node
+        // per record, so a reordered list of 100,000 costs no small allocations. Revisions start at
+        // 1, so 0 marks an empty slot.
+        std::vector<std::pair<quint64, size_t>> byRevision;
+        size_t mask = 0;
+        const auto slotOf = [&](quint64 revision) { return size_t((revision * 0x9E3779B97F4A7C15ull) >> 20) & mask; };
         size_t fresh = 0;
         for (size_t i = 0; i < count; ++i) {
             const Assignment *record = list[qsizetype(i)].get();
@@ -296,14 +303,30 @@ struct KeyCache::Data {
                 continue;
             }
             if (byRevision.empty() && !records.empty()) {
-                byRevision.reserve(records.size());
-                for (size_t j = 0; j < records.size(); ++j)
-                    byRevision.emplace(revisions[j], j);
+                size_t size = 16;
+                while (size < 2 * records.size())
+                    size *= 2;
+                mask = size - 1;
+                byRevision.assign(size, {0, 0});
+                for (size_t j = 0; j < records.size(); ++j) {
+                    size_t slot = slotOf(revisions[j]);
+                    while (byRevision[slot].first != 0 && byRevision[slot].first != revisions[j])
+                        slot = (slot + 1) & mask;
+                    if (byRevision[slot].first == 0) // the first of equal revisions stays, as before
+                        byRevision[slot] = {revisions[j], j};
+                }
             }
-            const auto it = byRevision.find(record->revision());
-            if (it != byRevision.end() && records[it->second] == record)
-                from[i] = qsizetype(it->second);
-            else
+            bool found = false;
+            if (!byRevision.empty()) {
+                size_t slot = slotOf(record->revision());
+                while (byRevision[slot].first != 0 && byRevision[slot].first != record->revision())
+                    slot = (slot + 1) & mask;
+                if (byRevision[slot].first != 0 && records[byRevision[slot].second] == record) {
+                    from[i] = qsizetype(byRevision[slot].second);
+                    found = true;
+                }
+            }
+            if (!found)
                 ++fresh;
         }
         if (fresh > count / 8 + 16) {
@@ -313,6 +336,7 @@ struct KeyCache::Data {
                 std::optional<Ranked> &ranked = it->second;
                 bool kept = ranked && ranked->numbers.size() + ranked->texts.size() < 2 * count + 1024;
                 if (kept) {
+                    const AssignmentKey key(it->first.mid(1));
                     std::vector<qint64> moved(count, -1);
                     for (size_t i = 0; i < count; ++i)
                         if (from[i] >= 0)
@@ -320,7 +344,7 @@ struct KeyCache::Data {
                     ranked->ranks = std::move(moved);
                     for (size_t i = 0; kept && i < count; ++i)
                         if (from[i] < 0)
-                            kept = ranked->place(i, keyOf(*list[qsizetype(i)], it->first));
+                            kept = ranked->place(i, keyOf(*list[qsizetype(i)], it->first, key));
                 }
                 it = kept ? std::next(it) : ranks.erase(it); // ranked afresh when next asked for
             }

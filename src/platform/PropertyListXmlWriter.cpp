@@ -338,6 +338,24 @@ void PropertyListXmlWriter::entry(QStringView key, const QVariant &item, int dep
     value(item, depth);
 }
 
+void PropertyListXmlWriter::beginDictionary(int depth)
+{
+    tabs(depth);
+    literal("<dict>\n");
+}
+
+void PropertyListXmlWriter::endDictionary(int depth)
+{
+    tabs(depth);
+    literal("</dict>\n");
+}
+
+void PropertyListXmlWriter::emptyDictionary(int depth)
+{
+    tabs(depth);
+    literal("<dict/>\n");
+}
+
 // A key without a value (an invalid QVariant) is left out of a dictionary: an empty field is an
 // absent key.
 void PropertyListXmlWriter::map(const QVariantMap &entries, int depth)

@@ -29,6 +29,12 @@ public:
 
     void value(const QVariant &value, int depth);
     void raw(QByteArrayView bytes);
+    // A dictionary written entry by entry, for callers that keep their entries in order themselves
+    // (a record's fields): begin, then entry() per key in key order, then end.
+    void beginDictionary(int depth);
+    void endDictionary(int depth);
+    void emptyDictionary(int depth);
+    void entry(QStringView key, const QVariant &item, int depth);
     // Writes what is left to the device; false when any write to it failed.
     bool flush();
 
@@ -64,7 +70,6 @@ private:
     void stringList(const QStringList &list, int depth);
     void map(const QVariantMap &map, int depth);
     void hash(const QVariantHash &hash, int depth);
-    void entry(QStringView key, const QVariant &item, int depth);
 
     QByteArray &m_out;
     QIODevice *m_device;

@@ -105,7 +105,7 @@ void AssignmentStore::repairAtStartup()
 std::optional<AssignmentList> AssignmentStore::load(QString *error)
 {
     QString why;
-    const auto records = readFile(m_path, &why);
+    auto records = readFile(m_path, &why);
     if (!records) {
         m_usable = false;
         m_lastStamp.reset();
@@ -117,7 +117,7 @@ std::optional<AssignmentList> AssignmentStore::load(QString *error)
     }
     m_usable = true;
     remember();
-    return Assignments::fromVariantList(*records);
+    return Assignments::fromVariantList(std::move(*records));
 }
 
 bool AssignmentStore::save(const AssignmentList &list)
@@ -169,8 +169,8 @@ bool AssignmentStore::addPrioritiesToAssignmentsWithoutThem(AssignmentList &list
 {
     bool changed = false;
     for (const auto &record : list) {
-        if (!record->has(AssignmentKeys::Priority)) {
-            record->set(AssignmentKeys::Priority, 1.0);
+        if (!record->has(AssignmentField::Priority)) {
+            record->set(AssignmentField::Priority, 1.0);
             changed = true;
         }
     }

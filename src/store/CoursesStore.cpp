@@ -329,7 +329,7 @@ int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField
         // A course that had no name yet was named: no assignment can have meant it, however many
         // name no course at all.
         if (!originalCourse.isEmpty())
-            renameInAssignments(QStringLiteral("Course"), originalCourse, form.name);
+            renameInAssignments(AssignmentKeys::Course, originalCourse, form.name);
         // The course's own textbooks are the rows right after it (another course of the same name
         // keeps its own).
         for (int i = row + 1, end = groupEnd(row); i < end; ++i) {

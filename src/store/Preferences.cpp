@@ -102,10 +102,9 @@ void Preferences::setGeneralDefaults()
 
 void Preferences::setDefaultTableColumns()
 {
-    const QVariantList columns{QStringLiteral("Completed"), QStringLiteral("Name"), QStringLiteral("Date"),
-                               QStringLiteral("Course")};
-    const QVariantList ordering{column(QStringLiteral("Completed"), 20), column(QStringLiteral("Date"), 208),
-                                column(QStringLiteral("Name"), 227), column(QStringLiteral("Course"), 107)};
+    using namespace ColumnKeys;
+    const QVariantList columns{Completed, Name, Date, Course};
+    const QVariantList ordering{column(Completed, 20), column(Date, 208), column(Name, 227), column(Course, 107)};
     UserDefaults().setMany({{UserColumns, columns}, {UserColumnsOrdering, ordering}});
 }
 

@@ -12,8 +12,9 @@ Q_DECLARE_LOGGING_CATEGORY(lcStore)
 
 using namespace PreferenceKeys;
 
-const QStringList StartupSequence::DefaultSortSelectors = {QStringLiteral("Date"), QStringLiteral("Name"),
-                                                           QStringLiteral("Course"), QStringLiteral("Textbook")};
+const QStringList StartupSequence::DefaultSortSelectors = {
+    fieldKey(AssignmentField::Date), fieldKey(AssignmentField::Name), fieldKey(AssignmentField::Course),
+    fieldKey(AssignmentField::Textbook)};
 
 StartupSequence::StartupSequence(StartupHooks &hooks)
     : m_hooks(hooks)

@@ -42,7 +42,7 @@ AssignmentRef randomRecord(QRandomGenerator &random)
     QVariantMap fields;
     for (const DisplayPipeline::Field &field : DisplayPipeline::fields())
         if (random.bounded(3))
-            fields.insert(field.key, randomText(random, random.bounded(4)));
+            fields.insert(fieldKey(field.key), randomText(random, random.bounded(4)));
     return Assignments::make(fields);
 }
 

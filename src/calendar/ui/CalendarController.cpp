@@ -121,7 +121,7 @@ void CalendarController::updateCalendar()
         entries.reserve(records.size());
         for (const AssignmentRef &record : records)
             if (const std::optional<QDateTime> due = record->dueDate())
-                entries.append(CalendarEntry{CalendarGrid::dateKey(*due), record->string(AssignmentKeys::Name), record});
+                entries.append(CalendarEntry{CalendarGrid::dateKey(*due), record->string(AssignmentField::Name), record});
     }
     m_settingsLoaded = false;
     // Setting the flag redraws; only a change is worth that, the entries below redraw anyway.
