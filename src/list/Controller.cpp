@@ -82,6 +82,13 @@ void Controller::documentChanged(QObject *source)
 
 bool Controller::replaceRecord(const AssignmentRef &record, const Assignment &original, const AssignmentRef &replacement)
 {
+    const qsizetype index = m_lists.all().indexOf(record);
+    if (index >= 0 && !m_document->records().contains(record)) {
+        // A record this list added and has not saved yet: both go to the document together.
+        m_lists.replace(index, replacement);
+        saveData();
+        return m_document->records().contains(replacement);
+    }
     const bool saved = m_document->replace(record, original, replacement, this);
     m_lists.replaceAll(m_document->records());
     return saved;
