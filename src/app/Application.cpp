@@ -2,6 +2,7 @@
 
 #include "QuitSignals.h"
 #include "list/ui/MainWindow.h"
+#include "store/AssignmentsDocument.h"
 #include "store/Preferences.h"
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
@@ -125,6 +126,10 @@ MainWindow &Application::window()
 {
     // Made on first use, so that every step finds the window whatever the order of the steps.
     if (!m_window) {
+        // The one assignments document of this process, opened after the start-up repair: every
+        // window and service that opens the data folder's file from now on shares it.
+        if (!m_assignments)
+            m_assignments = AssignmentsDocument::open();
         m_window = std::make_unique<MainWindow>();
         DialogPresenters::setParent(m_window.get());
         connect(m_window.get(), &MainWindow::quitRequested, this, &Application::quit);

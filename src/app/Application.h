@@ -8,6 +8,8 @@
 
 #include <memory>
 
+class AssignmentsDocument;
+
 class CrashReporter;
 class MainWindow;
 
@@ -48,6 +50,7 @@ private:
     MainWindow &window();
 
     StartupSequence m_sequence;
+    std::shared_ptr<AssignmentsDocument> m_assignments;
     std::unique_ptr<MainWindow> m_window;
     QPointer<CrashReporter> m_crashReporter;
     bool m_restarting = false;

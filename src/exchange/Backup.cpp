@@ -9,6 +9,7 @@
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "store/Assignment.h"
+#include "store/AssignmentsDocument.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 
@@ -180,6 +181,7 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
             Alerts::inform(ErrorTitle, ImportFailedMessage);
             return ImportOutcome::WriteFailed;
         }
+        AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
         Q_EMIT dataFilesReplaced();
         return ImportOutcome::Replaced;
     }
@@ -204,6 +206,7 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
         Alerts::inform(ErrorTitle, ImportFailedMessage);
         return ImportOutcome::WriteFailed;
     }
+    AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
     Q_EMIT dataFilesReplaced();
     return ImportOutcome::Merged;
 }

@@ -11,7 +11,7 @@
 
 Controller::Controller(QObject *parent)
     : QObject(parent)
-    , m_store(Paths::assignmentsFile())
+    , m_document(AssignmentsDocument::open())
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
 {
@@ -20,7 +20,17 @@ Controller::Controller(QObject *parent)
 
 Controller::Controller(const QString &assignmentsPath, const QString &coursesPath, QObject *parent)
     : QObject(parent)
-    , m_store(assignmentsPath)
+    , m_document(AssignmentsDocument::open(assignmentsPath))
+    , m_courses(coursesPath)
+    , m_table(new AssignmentTableModel(this))
+    , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
+{
+    construct();
+}
+
+Controller::Controller(std::shared_ptr<AssignmentsDocument> document, const QString &coursesPath, QObject *parent)
+    : QObject(parent)
+    , m_document(std::move(document))
     , m_courses(coursesPath)
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
@@ -43,12 +53,50 @@ void Controller::construct()
             [this](int row) { m_editing->markAssignmentAsCompleted(row); });
     connect(m_selection, &TableSelection::changed, this, &Controller::onSelectionChanged);
     connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, &Controller::preferenceChanged);
+    AssignmentsDocument *document = m_document.get();
+    connect(document, &AssignmentsDocument::reset, this, &Controller::documentChanged);
+    connect(document, &AssignmentsDocument::rowChanged, this, [this](qsizetype, QObject *source) { documentChanged(source); });
+    connect(document, &AssignmentsDocument::rowsInserted, this,
+            [this](qsizetype, qsizetype, QObject *source) { documentChanged(source); });
+    connect(document, &AssignmentsDocument::rowsRemoved, this,
+            [this](qsizetype, qsizetype, QObject *source) { documentChanged(source); });
+}
+
+void Controller::documentChanged(QObject *source)
+{
+    // What this controller changed it already shows; a refresh it runs itself reloads afterwards.
+    if (source == this || m_refreshing || !m_loadedOnce)
+        return;
+    // An edit still in the sidebar goes to the document first, so it is neither lost nor written
+    // over the change that arrived.
+    const auto action = m_pendingEdit.beginAction();
+    const QList<AssignmentRef> remembered = m_selection->rememberEqual();
+    loadStore();
+    m_lists.filterWithViews();
+    m_lists.sortColumn();
+    m_lists.updateFilterBar();
+    m_lists.filterWithViews();
+    m_selection->reselectEqual(remembered);
+    m_lists.updateCalendar();
+}
+
+bool Controller::replaceRecord(const AssignmentRef &record, const Assignment &original, const AssignmentRef &replacement)
+{
+    const qsizetype index = m_lists.all().indexOf(record);
+    if (index >= 0 && !m_document->records().contains(record)) {
+        // A record this list added and has not saved yet: both go to the document together.
+        m_lists.replace(index, replacement);
+        saveData();
+        return m_document->records().contains(replacement);
+    }
+    const bool saved = m_document->replace(record, original, replacement, this);
+    m_lists.replaceAll(m_document->records());
+    return saved;
 }
 
 void Controller::setAllAssignments(const AssignmentList &records)
 {
     m_lists.replaceAll(records);
-    m_storeUsable = true;
     m_lists.filterWithViews();
     m_lists.sortColumn();
 }
@@ -69,31 +117,23 @@ void Controller::headersChanged()
 
 void Controller::saveData()
 {
-    if (!m_storeUsable) {
-        qCWarning(lcList) << "the store could not be read; not writing over" << m_store.path();
+    if (!m_document->isUsable()) {
+        qCWarning(lcList) << "the store could not be read; not writing over" << m_document->path();
         return;
     }
-    m_store.save(m_lists.all());
+    m_document->setAll(m_lists.all(), this);
 }
 
 bool Controller::loadStore()
 {
-    QString error;
-    std::optional<AssignmentList> records = m_store.load(&error);
     m_loadedOnce = true;
-    if (!records) {
-        qCWarning(lcList) << "cannot read" << m_store.path() << ":" << error;
-        m_storeUsable = false;
+    const AssignmentList &records = m_document->records();
+    if (!m_document->isUsable()) {
+        qCWarning(lcList) << "cannot read" << m_document->path();
         m_lists.replaceAll({});
         return false;
     }
-    m_storeUsable = true;
-    // The repair writes only when a record was missing its priority, so an unchanged file stays
-    // unchanged and the next refresh can skip the reload.
-    const bool repaired = AssignmentStore::addPrioritiesToAssignmentsWithoutThem(*records);
-    m_lists.replaceAll(std::move(*records));
-    if (repaired)
-        saveData();
+    m_lists.replaceAll(records);
     return true;
 }
 
@@ -147,7 +187,9 @@ void Controller::updateWindowInformation()
 
     // Nothing on disk changed since this program last read or wrote it, and neither did the
     // layout, the sort or the search: the lists are already what a reload would make of them.
-    const bool storeChanged = !m_loadedOnce || !m_storeUsable || !m_store.isUnchangedSinceLastAccess();
+    m_refreshing = true;
+    const bool storeChanged = m_document->refresh() || !m_loadedOnce;
+    m_refreshing = false;
     const bool coursesChanged = m_courses.refresh();
     const std::optional<ColumnLayout> layout = ColumnLayout::load();
     const bool layoutChanged = layout && *layout != m_layout;

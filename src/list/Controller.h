@@ -8,7 +8,7 @@
 #include "list/Sorting.h"
 #include "list/TableSelection.h"
 #include "store/Assignment.h"
-#include "store/AssignmentStore.h"
+#include "store/AssignmentsDocument.h"
 
 #include <QObject>
 #include <QStringList>
@@ -41,6 +41,8 @@ public:
     explicit Controller(QObject *parent = nullptr);
     // A store file elsewhere than the data folder (the benchmarks).
     Controller(const QString &assignmentsPath, const QString &coursesPath, QObject *parent = nullptr);
+    // A controller on a document other windows share.
+    Controller(std::shared_ptr<AssignmentsDocument> document, const QString &coursesPath, QObject *parent = nullptr);
     ~Controller() override;
 
     void setToolbar(ToolbarState *toolbar) { m_lists.setToolbar(toolbar); }
@@ -73,7 +75,11 @@ public:
     const AssignmentList &displayAssignments() const { return m_lists.display(); }
     const QVariantList &coursesAndTextbooks() const { return m_courses.records(); }
     QString coursesFilePath() const { return m_courses.path(); }
-    bool isStoreUsable() const { return m_storeUsable; }
+    bool isStoreUsable() const { return m_document->isUsable(); }
+    AssignmentsDocument &document() const { return *m_document; }
+    // Puts `replacement` in the place of `record` in the document (or, when the file changed
+    // underneath, of the reread record equal to `original`), then takes the document's records.
+    bool replaceRecord(const AssignmentRef &record, const Assignment &original, const AssignmentRef &replacement);
     // Replaces the whole store in memory (for loading and the tests), then filters and sorts.
     void setAllAssignments(const AssignmentList &records);
 
@@ -171,11 +177,13 @@ private:
     void construct();
     void onSelectionChanged();
     bool loadStore();
+    // Another window, a service or the file itself changed the document.
+    void documentChanged(QObject *source);
     void headersChanged();
 
-    AssignmentStore m_store;
-    bool m_storeUsable = true;
+    std::shared_ptr<AssignmentsDocument> m_document;
     bool m_loadedOnce = false;
+    bool m_refreshing = false;
     CoursesFile m_courses;
     ColumnLayout m_layout;
     AssignmentTableModel *m_table;

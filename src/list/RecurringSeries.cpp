@@ -7,7 +7,7 @@
 #include "platform/DateText.h"
 #include "platform/Paths.h"
 #include "store/Assignment.h"
-#include "store/AssignmentStore.h"
+#include "store/AssignmentsDocument.h"
 #include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
@@ -236,17 +236,19 @@ bool RecurringSeries::addMultipleAssignments(const Entries &entries, const QStri
         Alerts::inform(ListTexts::WarningTitle, *problem);
         return false;
     }
-    const QString file = path.isEmpty() ? Paths::assignmentsFile() : path;
-    QString error;
-    std::optional<QVariantList> stored = AssignmentStore::readFile(file, &error);
-    if (!stored) {
+    const std::shared_ptr<AssignmentsDocument> document
+        = path.isEmpty() ? AssignmentsDocument::open() : AssignmentsDocument::open(path);
+    document->refresh();
+    if (!document->isUsable()) {
         // Writing the series over a file that could not be read would lose everything in it.
-        qCWarning(lcList) << "recurring series not stored: cannot read" << file << ":" << error;
+        qCWarning(lcList) << "recurring series not stored: cannot read" << document->path();
         Alerts::inform(ListTexts::StoreErrorTitle, ListTexts::RecurringUnreadableMessage);
         return false;
     }
-    stored->append(generate(entries));
-    if (!AssignmentStore::writeFile(file, *stored)) {
+    AssignmentList added;
+    for (const QVariant &record : generate(entries))
+        added.append(Assignments::make(record.toMap()));
+    if (!document->append(added)) {
         Alerts::inform(ListTexts::StoreErrorTitle, ListTexts::RecurringUnwritableMessage);
         return false;
     }

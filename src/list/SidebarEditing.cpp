@@ -64,6 +64,7 @@ bool SidebarEditing::editAssignment(Sender sender)
     if (!target)
         return false;
     const AssignmentRef kept = Assignments::copy(c.displayAssignments()[row]);
+    const AssignmentRef original = Assignments::copy(target);
     SidebarValues values = currentValues();
 
     // The sidebar rebuilds the record from what it shows; keys it does not show (a feed's or a
@@ -138,12 +139,11 @@ bool SidebarEditing::editAssignment(Sender sender)
         }
     }
 
-    const qsizetype index = c.allAssignments().indexOf(target);
-    if (index < 0) {
+    // Saved at once; should the file have changed underneath, the edit goes to the reread record.
+    if (!c.replaceRecord(target, *original, edited)) {
         qCWarning(lcList) << "edited record is no longer in the list";
         return false;
     }
-    c.lists().replace(index, edited);
 
     c.filterWithViews();
     c.clearSelection();
@@ -156,7 +156,6 @@ bool SidebarEditing::editAssignment(Sender sender)
 
     c.lists().updateCalendar();
     c.sortColumn();
-    c.saveData();
     return true;
 }
 

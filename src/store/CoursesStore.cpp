@@ -6,6 +6,7 @@
 #include "platform/UserDefaults.h"
 #include "store/Assignment.h"
 #include "store/AssignmentStore.h"
+#include "store/AssignmentsDocument.h"
 #include "store/PreferenceKeys.h"
 #include "store/TypeListEdits.h"
 
@@ -276,20 +277,22 @@ int CoursesStore::addTextbook(int selectedRow)
 
 bool CoursesStore::renameInAssignments(const QString &key, const QString &from, const QString &to)
 {
-    QString error;
-    auto records = AssignmentStore::readFile(m_assignmentsPath, &error);
-    if (!records) {
-        qCWarning(lcStore) << "Assignments not renamed: the assignments file cannot be read:" << error;
+    // Through the shared document, so every window showing the assignments sees the new name at
+    // once and none of them writes the old one back.
+    const std::shared_ptr<AssignmentsDocument> document = AssignmentsDocument::open(m_assignmentsPath);
+    document->refresh();
+    if (!document->isUsable()) {
+        qCWarning(lcStore) << "Assignments not renamed: the assignments file cannot be read";
         return false;
     }
-    for (QVariant &value : *records) {
-        QVariantMap record = value.toMap();
-        if (record.contains(key) && record.value(key).toString() == from) {
-            record.insert(key, to);
-            value = record;
+    bool renamed = false;
+    for (const AssignmentRef &record : document->records()) {
+        if (record->has(key) && record->value(key).toString() == from) {
+            record->set(key, to);
+            renamed = true;
         }
     }
-    return AssignmentStore::writeFile(m_assignmentsPath, *records);
+    return !renamed || document->setAll(document->records());
 }
 
 int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField)

@@ -2,6 +2,7 @@
 
 #include "platform/Paths.h"
 #include "store/AssignmentStore.h"
+#include "store/AssignmentsDocument.h"
 
 #include <QDir>
 #include <QLoggingCategory>
@@ -19,6 +20,9 @@ bool deleteAllData(QString *error)
         if (!AssignmentStore::writeFile(path, {}))
             failed.append(path);
     }
+    // Every window showing the assignments shows the empty list now, and none writes its old copy
+    // back.
+    AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
     if (!failed.isEmpty()) {
         qCWarning(lcStore) << "Could not empty" << failed;
         if (error)

@@ -5,6 +5,7 @@
 #include "platform/DateText.h"
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
+#include "store/AssignmentsDocument.h"
 #include "sync/AGKeychain.h"
 #include "sync/CommandLine.h"
 #include "sync/CurlText.h"
@@ -202,8 +203,11 @@ void Syncing::runDownload()
         merge = showErrorDialog(backedUp.problem);
     if (unpacked == SyncArchive::Unpacked::Refused)
         refuse(problem);
-    if (merge)
+    if (merge) {
         SyncArchive::mergeUnpacked(Paths::dataFolder());
+        // The windows show the downloaded assignments at once and write nothing older back.
+        AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
+    }
     SyncArchive::cleanUp();
     hideProgressSheet();
 }
@@ -282,6 +286,8 @@ void Syncing::uncompressData()
     QString problem;
     if (!SyncArchive::uncompress(Paths::dataFolder(), &problem))
         refuse(problem);
+    else
+        AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
 }
 
 void Syncing::refuse(const QString &problem)

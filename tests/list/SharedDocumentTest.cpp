@@ -1,0 +1,167 @@
+// Several windows on one assignments file: each change reaches every window at once, and a window
+// left open never writes an older copy over the file.
+#include "ListTestSupport.h"
+
+#include "store/AssignmentsDocument.h"
+#include "store/CoursesStore.h"
+#include "store/DataEraser.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+using namespace ListTest;
+using namespace AssignmentKeys;
+
+namespace {
+
+// A second main list on the same file, the way a second window would show it.
+struct SecondWindow {
+    FakeToolbar toolbar;
+    FakeCalendar calendar;
+    FakeSidebar sidebar;
+    Controller controller;
+    SecondWindow()
+    {
+        controller.setToolbar(&toolbar);
+        controller.setCalendar(&calendar);
+        controller.setSidebar(&sidebar);
+        startUp(controller);
+    }
+    QStringList shown() const { return names(controller.displayAssignments()); }
+};
+
+void writeElsewhere(const QVariantList &records)
+{
+    // A later modification time than the last write of this process, as another program's would.
+    QThread::msleep(10);
+    PropertyList::writeFile(Paths::assignmentsFile(), records);
+}
+
+QStringList storedNames()
+{
+    QStringList result;
+    for (const QVariant &entry : readStore())
+        result.append(entry.toMap().value(Name).toString());
+    return result;
+}
+
+RecurringSeries::Entries weekly()
+{
+    RecurringSeries::Entries e;
+    e.name = "weekly";
+    e.startingDate = "11/23/2026";
+    e.weekdays[1] = true;
+    e.weekInterval = "1";
+    e.occurrences = "2";
+    return e;
+}
+
+void editName(Fixture &f, const QString &from, const QString &to)
+{
+    f.select(from);
+    f.sidebar.values.name = to;
+    ASSERT_TRUE(f.controller->sidebarEditing().editAssignment(SidebarEditing::Sender::Other));
+}
+
+} // namespace
+
+TEST(SharedDocument, TwoListsSeeEachOthersChangesWithoutActivation)
+{
+    Fixture first({record("a"), record("b")});
+    SecondWindow second;
+    second.controller.selectRowAlone(1);
+
+    editName(first, "a", "renamed");
+    EXPECT_EQ(second.shown(), (QStringList{"b", "renamed"}));
+    // The other list keeps what was selected in it.
+    EXPECT_EQ(names(second.controller.filteredAssignments()).value(second.controller.singleSelectedRow()), "b");
+
+    ASSERT_TRUE(RecurringSeries::addMultipleAssignments(weekly()));
+    EXPECT_EQ(first.shown().count("weekly"), 2);
+    EXPECT_EQ(second.shown().count("weekly"), 2);
+    EXPECT_EQ(storedNames().count("renamed"), 1);
+}
+
+TEST(SharedDocument, ACourseRenamedInTheCoursesWindowReachesTheOpenList)
+{
+    writeCourses({course("Math")});
+    Fixture f({record("a", {{Course, "Math"}})});
+    CoursesStore courses;
+    courses.originalCourse = "Math";
+    CoursesStore::CourseForm form;
+    form.name = "Mathematics";
+    form.defaultTextbook = CourseKeys::NoTextbook;
+    ASSERT_EQ(courses.editCourse(0, form, true), 0);
+
+    EXPECT_EQ(f.controller->allAssignments().at(0)->string(Course), "Mathematics");
+    // A later save from the list keeps the new name.
+    f.controller->saveData();
+    EXPECT_EQ(storedNamed("a").value(Course).toString(), "Mathematics");
+}
+
+TEST(SharedDocument, AFileReplacedUnderneathIsReadNotWrittenOver)
+{
+    Fixture f({record("a"), record("b")});
+    // A sync download or backup import replaced the file while the window stayed open.
+    writeElsewhere({QVariantMap{{Name, "a"}}, QVariantMap{{Name, "b"}}, QVariantMap{{Name, "downloaded"}}});
+    f.controller->saveData();
+    EXPECT_EQ(storedNames(), (QStringList{"a", "b", "downloaded"}));
+    EXPECT_EQ(f.shown(), (QStringList{"a", "b", "downloaded"}));
+
+    // The edit under way in the sidebar goes to the reread record, and what arrived stays.
+    writeElsewhere({QVariantMap{{Name, "a"}}, QVariantMap{{Name, "b"}}, QVariantMap{{Name, "another"}}});
+    editName(f, "b", "typed");
+    EXPECT_EQ(storedNames(), (QStringList{"a", "typed", "another"}));
+    EXPECT_EQ(f.shown(), (QStringList{"a", "another", "typed"}));
+}
+
+TEST(SharedDocument, DeletingAllDataEmptiesTheOpenListAndItWritesNothingBack)
+{
+    Fixture f({record("a")});
+    ASSERT_TRUE(DataEraser::deleteAllData());
+    EXPECT_TRUE(f.shown().isEmpty());
+    f.controller->saveData();
+    EXPECT_TRUE(readStore().isEmpty());
+}
+
+TEST(SharedDocument, TheFileWatcherBringsAnOutsideEditInWithoutActivation)
+{
+    Fixture f({record("a")});
+    const std::shared_ptr<AssignmentsDocument> document = AssignmentsDocument::open();
+    QSignalSpy resets(document.get(), &AssignmentsDocument::reset);
+    writeElsewhere({QVariantMap{{Name, "edited in an editor"}}});
+    ASSERT_TRUE(resets.wait(5000));
+    EXPECT_EQ(f.shown(), QStringList{"edited in an editor"});
+    // Watched again after the rename that replaced the file.
+    writeElsewhere({QVariantMap{{Name, "again"}}});
+    ASSERT_TRUE(resets.wait(5000));
+    EXPECT_EQ(f.shown(), QStringList{"again"});
+}
+
+TEST(SharedDocument, ADamagedFileIsNeverWrittenByAnyPath)
+{
+    writeCourses({course("Math")});
+    Fixture f({record("a", {{Course, "Math"}})});
+    f.select("a");
+    const QByteArray damaged = "<plist><array><dict><key>Name</key>";
+    QThread::msleep(10);
+    QFile file(Paths::assignmentsFile());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(damaged);
+    file.close();
+
+    f.sidebar.values.name = "typed";
+    f.controller->sidebarEditing().editAssignment(SidebarEditing::Sender::Other);
+    f.controller->saveData();
+    RecurringSeries::addMultipleAssignments(weekly());
+    CoursesStore courses;
+    courses.originalCourse = "Math";
+    CoursesStore::CourseForm form;
+    form.name = "Mathematics";
+    form.defaultTextbook = CourseKeys::NoTextbook;
+    courses.editCourse(0, form, true);
+    EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), damaged);
+}
