@@ -12,6 +12,7 @@
 Controller::Controller(QObject *parent)
     : QObject(parent)
     , m_store(Paths::assignmentsFile())
+    , m_history([this] { return m_lists.all(); })
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
 {
@@ -21,6 +22,7 @@ Controller::Controller(QObject *parent)
 Controller::Controller(const QString &assignmentsPath, const QString &coursesPath, QObject *parent)
     : QObject(parent)
     , m_store(assignmentsPath)
+    , m_history([this] { return m_lists.all(); })
     , m_courses(coursesPath)
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
@@ -73,7 +75,39 @@ void Controller::saveData()
         qCWarning(lcList) << "the store could not be read; not writing over" << m_store.path();
         return;
     }
-    m_store.save(m_lists.all());
+    if (m_store.save(m_lists.all()) && !m_quietSave)
+        m_history.saved();
+}
+
+bool Controller::applyHistory(bool undo)
+{
+    const auto action = m_pendingEdit.beginAction();
+    if (!m_storeUsable)
+        return false;
+    const std::optional<HistoryRecorder::Applied> applied
+        = undo ? m_history.undo(m_lists.all()) : m_history.redo(m_lists.all());
+    if (!applied)
+        return false;
+    m_lists.replaceAll(applied->list);
+    m_lists.filterWithViews();
+    m_lists.sortColumn();
+    m_quietSave = true;
+    saveData();
+    m_quietSave = false;
+    // What was saved is the history's new starting point; the sort may have moved records.
+    m_history.reloaded();
+    m_selection->clear();
+    Q_EMIT sidebarNoSelection();
+    m_lists.reloadTable();
+    QList<int> rows;
+    for (const AssignmentRef &record : applied->restored)
+        if (const qsizetype row = m_lists.display().indexOf(record); row >= 0)
+            rows.append(int(row));
+    if (!rows.isEmpty())
+        m_selection->selectRows(rows);
+    m_lists.updateCalendar();
+    Q_EMIT subprojectsChanged();
+    return true;
 }
 
 bool Controller::loadStore()
@@ -92,8 +126,12 @@ bool Controller::loadStore()
     // unchanged and the next refresh can skip the reload.
     const bool repaired = AssignmentStore::addPrioritiesToAssignmentsWithoutThem(*records);
     m_lists.replaceAll(std::move(*records));
+    // The repair is no change of the user's: it makes no step of the history.
+    m_quietSave = true;
     if (repaired)
         saveData();
+    m_quietSave = false;
+    m_history.reloaded();
     return true;
 }
 

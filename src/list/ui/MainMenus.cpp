@@ -48,6 +48,10 @@ MainMenus::MainMenus(QMainWindow *window, QMenuBar *bar)
     add(file, Command::Quit, tr("Quit"), QKeySequence::Quit, QStringLiteral("application-exit"));
 
     QMenu *edit = bar->addMenu(tr("&Edit"));
+    // The titles name the step they take back; the owner sets them from the history.
+    add(edit, Command::Undo, QStringLiteral("Undo"), QKeySequence::Undo, QStringLiteral("edit-undo"));
+    add(edit, Command::Redo, QStringLiteral("Redo"), QKeySequence::Redo, QStringLiteral("edit-redo"));
+    edit->addSeparator();
     add(edit, Command::Duplicate, DuplicateTitle, QKeySequence(Qt::CTRL | Qt::Key_D));
     add(edit, Command::Delete, DeleteTitle, QKeySequence::Delete, QStringLiteral("edit-delete"));
     edit->addSeparator();
