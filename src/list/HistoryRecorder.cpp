@@ -19,6 +19,9 @@ QSet<QString> changedKeys(const Assignment &before, const Assignment &after)
         for (auto it = map->cbegin(); it != map->cend(); ++it)
             if (before.value(it.key()) != after.value(it.key()) && it.key() != DateUpdated)
                 keys.insert(it.key());
+    // A sidebar edit writes an unticked box as false where the key was absent: no change to name.
+    if (before.isCompleted() == after.isCompleted())
+        keys.remove(Completed);
     return keys;
 }
 } // namespace
