@@ -47,6 +47,7 @@ void HistoryRecorder::reloaded()
         record();
     else
         rebase();
+    m_nextName.clear();
 }
 
 void HistoryRecorder::closeGroup()

@@ -331,8 +331,11 @@ void MainWindowCommands::addMultiple()
         m_recurringSheet = new MultipleAssignmentsSheet(&m_window);
         // The series went straight to the file; the list picks it up with the refresh.
         connect(m_recurringSheet, &QDialog::accepted, &m_window, [this] {
-            m_window.controller()->history().nameNextChange(HistoryRecorder::AddRecurringName);
+            HistoryRecorder &history = m_window.controller()->history();
+            history.nameNextChange(HistoryRecorder::AddRecurringName);
             m_window.refresh();
+            // The name is for this series only, whether or not the refresh read it.
+            history.nameNextChange(QString());
         });
     }
     m_recurringSheet->showMultiplePanel();
