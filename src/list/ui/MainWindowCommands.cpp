@@ -320,7 +320,8 @@ void MainWindowCommands::perform(Command command)
 
 void MainWindowCommands::changeCalendarDate(const QString &title)
 {
-    if (BVCalendarView *view = m_window.calendarController()->activeView(); view && m_window.formattingTabView()->currentIndex() > 0)
+    BVCalendarView *view = m_window.calendarController()->activeView();
+    if (view && m_window.formattingTabView()->currentIndex() > 0)
         view->changeDateIncrementally(title);
 }
 
