@@ -12,6 +12,7 @@
 Controller::Controller(QObject *parent)
     : QObject(parent)
     , m_document(AssignmentsDocument::open())
+    , m_history([this] { return m_lists.all(); })
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
 {
@@ -21,6 +22,7 @@ Controller::Controller(QObject *parent)
 Controller::Controller(const QString &assignmentsPath, const QString &coursesPath, QObject *parent)
     : QObject(parent)
     , m_document(AssignmentsDocument::open(assignmentsPath))
+    , m_history([this] { return m_lists.all(); })
     , m_courses(coursesPath)
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
@@ -31,6 +33,7 @@ Controller::Controller(const QString &assignmentsPath, const QString &coursesPat
 Controller::Controller(std::shared_ptr<AssignmentsDocument> document, const QString &coursesPath, QObject *parent)
     : QObject(parent)
     , m_document(std::move(document))
+    , m_history([this] { return m_lists.all(); })
     , m_courses(coursesPath)
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
@@ -91,6 +94,8 @@ bool Controller::replaceRecord(const AssignmentRef &record, const Assignment &or
     }
     const bool saved = m_document->replace(record, original, replacement, this);
     m_lists.replaceAll(m_document->records());
+    if (saved && !m_quietSave)
+        m_history.saved();
     return saved;
 }
 
@@ -121,7 +126,39 @@ void Controller::saveData()
         qCWarning(lcList) << "the store could not be read; not writing over" << m_document->path();
         return;
     }
-    m_document->setAll(m_lists.all(), this);
+    if (m_document->setAll(m_lists.all(), this) && !m_quietSave)
+        m_history.saved();
+}
+
+bool Controller::applyHistory(bool undo)
+{
+    const auto action = m_pendingEdit.beginAction();
+    if (!m_document->isUsable())
+        return false;
+    const std::optional<HistoryRecorder::Applied> applied
+        = undo ? m_history.undo(m_lists.all()) : m_history.redo(m_lists.all());
+    if (!applied)
+        return false;
+    m_lists.replaceAll(applied->list);
+    m_lists.filterWithViews();
+    m_lists.sortColumn();
+    m_quietSave = true;
+    saveData();
+    m_quietSave = false;
+    // What was saved is the history's new starting point; the sort may have moved records.
+    m_history.reloaded();
+    m_selection->clear();
+    Q_EMIT sidebarNoSelection();
+    m_lists.reloadTable();
+    QList<int> rows;
+    for (const AssignmentRef &record : applied->restored)
+        if (const qsizetype row = m_lists.display().indexOf(record); row >= 0)
+            rows.append(int(row));
+    if (!rows.isEmpty())
+        m_selection->selectRows(rows);
+    m_lists.updateCalendar();
+    Q_EMIT subprojectsChanged();
+    return true;
 }
 
 bool Controller::loadStore()
@@ -134,6 +171,7 @@ bool Controller::loadStore()
         return false;
     }
     m_lists.replaceAll(records);
+    m_history.reloaded();
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "list/CoursesFile.h"
 #include "list/DisplayLists.h"
 #include "list/FilterBarModel.h"
+#include "list/HistoryRecorder.h"
 #include "list/PendingEdit.h"
 #include "list/Sorting.h"
 #include "list/TableSelection.h"
@@ -15,6 +16,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 
 class AssignmentTableModel;
 class CalendarObserver;
@@ -63,7 +65,12 @@ public:
     // selection, filters, reloads or saves runs this first, so typing is never lost to it.
     void commitPendingEdit() { m_pendingEdit.commit(); }
     [[nodiscard]] auto holdPendingEdit() { return m_pendingEdit.hold(); }
-    [[nodiscard]] auto beginAction() { return m_pendingEdit.beginAction(); }
+    // An action also makes one step of the undo history, however often it saves.
+    [[nodiscard]] auto beginAction()
+    {
+        auto pending = m_pendingEdit.beginAction();
+        return std::pair{std::move(pending), m_history.group()};
+    }
 
     // The sort keys read from "Sort Selectors" at start-up.
     void setSortingSelectors(const QStringList &selectors) { m_sortingSelectors = selectors; }
@@ -145,6 +152,13 @@ public:
     // Rebuilds the shown columns from "Preferences - User Columns Ordering", then sorts.
     void rebuildColumns();
 
+    // --- undo ------------------------------------------------------------------------------------
+    HistoryRecorder &history() { return m_history; }
+    // Undoes / redoes the last step: the records go back through the path every change takes
+    // (filter, sort, save, calendar), and the records it brought back are selected.
+    bool undo() { return applyHistory(true); }
+    bool redo() { return applyHistory(false); }
+
     // --- store and refresh -----------------------------------------------------------------------
     void saveData();
     // The refresh run when the main window becomes key: reload what changed on disk, repair
@@ -180,10 +194,13 @@ private:
     // Another window, a service or the file itself changed the document.
     void documentChanged(QObject *source);
     void headersChanged();
+    bool applyHistory(bool undo);
 
     std::shared_ptr<AssignmentsDocument> m_document;
+    HistoryRecorder m_history;
     bool m_loadedOnce = false;
     bool m_refreshing = false;
+    bool m_quietSave = false;
     CoursesFile m_courses;
     ColumnLayout m_layout;
     AssignmentTableModel *m_table;

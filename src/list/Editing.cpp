@@ -283,6 +283,7 @@ void Editing::duplicateAssignment()
     const AssignmentRef copy = Assignments::copy(c.displayAssignments()[rows.last()]);
     copy->set(DateUpdated, DateText::nowStoredForm());
     copy->set(DateCreated, Clock::secondsSince1970());
+    c.history().nameNextChange(HistoryRecorder::DuplicateName);
     c.lists().append(copy);
     c.filterWithViews();
     c.lists().updateCalendar();

@@ -117,6 +117,7 @@ ImportPlan::Result apply(Controller &controller, const ImportPlan &plan)
     if (!result.newCourses.isEmpty())
         addCourses(result.newCourses);
     controller.setAllAssignments(records);
+    controller.history().nameNextChange(HistoryRecorder::ImportName);
     controller.saveData();
     // Rebuilds the filter bar and the course choices with any course just added.
     controller.updateWindowInformation();

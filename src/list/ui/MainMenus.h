@@ -26,7 +26,7 @@ public:
         FormatList, FormatWeekly, FormatMonthly, GoToToday, NextMonth, PreviousMonth,
         ToggleSidebar, DetachSidebar, DetailsTab, NotesTab, SubprojectsTab,
         AssignmentsWindow, CoursesWindow, GPACalculator, FinalsCalculator, About, Help,
-        ImportCalendar, SubscribeCalendar, CalendarSubscriptions,
+        ImportCalendar, SubscribeCalendar, CalendarSubscriptions, Undo, Redo,
     };
 
     // Fixed titles of the items whose rules are looked up by title.

@@ -19,6 +19,7 @@
 #include "list/ui/FormatControl.h"
 #include "list/ui/HelpWindow.h"
 #include "list/ui/MainToolbar.h"
+#include "list/ui/MainWindowCommands.h"
 #include "list/ui/MainWindowStartupSteps.h"
 #include "list/ui/MultipleAssignmentsSheet.h"
 #include "list/ui/SidebarForm.h"
@@ -58,6 +59,7 @@ MainWindow::MainWindow(QWidget *parent)
     , m_controller(new Controller(this))
     , m_toolbar(new MainToolbar(this))
     , m_menus(new MainMenus(this, menuBar()))
+    , m_commands(new MainWindowCommands(*this))
 {
     setObjectName(QStringLiteral("mainWindow"));
     setAccessibleName(WindowTitle);
@@ -148,7 +150,7 @@ void MainWindow::buildCentralArea()
     });
     connect(m_menus, &MainMenus::aboutToValidate, this, &MainWindow::validateCommands);
     connect(m_table, &AssignmentTableView::addRequested, this, [this] { perform(Command::Add); });
-    connect(m_table, &AssignmentTableView::contextMenuWanted, this, &MainWindow::showContextMenu);
+    connect(m_table, &AssignmentTableView::contextMenuWanted, m_commands, &MainWindowCommands::showContextMenu);
     connect(m_filterBar, &FilterBar::overflowMenuUsed, m_controller, &Controller::updateFilterBar);
     connect(m_filterBar, &FilterBar::widthChanged, m_controller, &Controller::updateFilterBar);
 }
@@ -165,7 +167,12 @@ void MainWindow::connectController()
     // Which window is in front, and where the keyboard is, decide what the commands may do.
     // An import replaces the files on disk whoever started it (the menu, a file handed over by a
     // second start); the list rereads them at once rather than at the next activation.
-    connect(Backup::sharedController(), &Backup::dataFilesReplaced, this, &MainWindow::refresh);
+    connect(Backup::sharedController(), &Backup::dataFilesReplaced, this, [this] {
+        // What the backup brought is no step of this list's history: nothing before it can be undone.
+        m_controller->history().clear(HistoryRecorder::CantUndoAfterImport);
+        refresh();
+    });
+    connect(&m_controller->history(), &HistoryRecorder::changed, this, &MainWindow::validateCommands);
     connect(qApp, &QApplication::focusChanged, this, &MainWindow::validateCommands);
     connect(qApp, &QGuiApplication::focusWindowChanged, this, &MainWindow::validateCommands);
     // The program losing the focus hands the sidebar's edit in progress to the list.
@@ -246,202 +253,11 @@ void MainWindow::validateCommands()
 {
     const MainMenus::State state = menuState();
     m_menus->validate(state);
+    m_commands->validateHistory();
     m_toolbar->validate(state.selectedRows, state.rows);
 }
 
 // --- commands ----------------------------------------------------------------------------------------
-
-void MainWindow::showWindow(QWidget *window)
-{
-    // What these windows change is on disk; the refresh when this window is active again reads it.
-    window->show();
-    window->raise();
-    window->activateWindow();
-}
-
-AboutDialog *MainWindow::aboutDialog() const
-{
-    return m_about;
-}
-
-void MainWindow::showAbout()
-{
-    // One box at a time; asking again brings it to the front.
-    if (!m_about) {
-        m_about = new AboutDialog(this);
-        m_about->setAttribute(Qt::WA_DeleteOnClose);
-    }
-    showWindow(m_about);
-}
-
-AssignmentList MainWindow::selectedRecords() const
-{
-    AssignmentList records;
-    for (int row : m_controller->selectedRows())
-        records.append(m_controller->displayAssignments().value(row));
-    return records;
-}
-
-void MainWindow::performToolbarItem(const QString &identifier)
-{
-    using namespace ToolbarCatalogue;
-    static const QHash<QString, Command> commands{
-        {AddItem, Command::Add},           {AddMultipleItem, Command::AddRecurring},
-        {AddProjectItem, Command::AddProject}, {RemoveItem, Command::Delete},
-        {EmailItem, Command::Email},       {ToggleDrawer, Command::ToggleSidebar},
-        {Preferences, Command::Preferences}, {CoursesWindow, Command::CoursesWindow},
-        {FinalsCalc, Command::FinalsCalculator}, {GPACalc, Command::GPACalculator},
-        {ExportToiCal, Command::ExportToiCal}, {ExportToText, Command::ExportToText},
-    };
-    // A toolbar click takes no focus: the sidebar's edit in progress is handed over first.
-    m_controller->commitPendingEdit();
-    if (identifier == SyncData) {
-        // The toolbar's upload runs on a thread of its own; the window stays usable meanwhile.
-        Syncing::sharedController()->syncData();
-        return;
-    }
-    if (commands.contains(identifier))
-        perform(commands.value(identifier));
-}
-
-void MainWindow::perform(Command command)
-{
-    // Menu shortcuts leave the keyboard where it is: the sidebar's edit in progress is handed to
-    // the list before any command acts on the list, exports it or uploads it.
-    m_controller->commitPendingEdit();
-    switch (command) {
-    case Command::Add:
-        m_controller->editing().addAssignment();
-        break;
-    case Command::AddRecurring:
-        addMultiple();
-        break;
-    case Command::AddProject:
-        m_controller->editing().addProject();
-        break;
-    case Command::Duplicate:
-        m_controller->editing().duplicateAssignment();
-        break;
-    case Command::Delete:
-        if (!m_controller->selectedRows().isEmpty())
-            m_controller->editing().deleteAssignment();
-        break;
-    case Command::Email:
-        if (!m_controller->selectedRows().isEmpty())
-            ExchangeCommands::emailAssignment(selectedRecords());
-        break;
-    case Command::Find:
-        if (m_toolbar->isSearchItemVisible()) {
-            m_toolbar->searchField()->setFocus(Qt::ShortcutFocusReason);
-            m_toolbar->searchField()->selectAll();
-        }
-        break;
-    case Command::ExportToiCal:
-        ExchangeCommands::exportAssignmentsToiCal(this, m_controller->displayAssignments());
-        break;
-    case Command::ExportToText:
-        if (!m_controller->displayAssignments().isEmpty())
-            ExchangeCommands::exportAssignmentsToText(this, m_controller->displayAssignments());
-        break;
-    case Command::ExportBackup:
-        ExchangeCommands::exportToBackup();
-        break;
-    case Command::ImportBackup:
-        ExchangeCommands::importFromBackup();
-        break;
-    case Command::ImportCalendar:
-        CalendarImport::chooseAndPreview(this, *m_controller);
-        break;
-    case Command::SubscribeCalendar:
-        (new SubscribeCalendarSheet(this, *findChild<CalendarSubscriptionRefresher *>()))->open();
-        break;
-    case Command::CalendarSubscriptions:
-        (new CalendarSubscriptionsWindow(this, *findChild<CalendarSubscriptionRefresher *>()))->show();
-        break;
-    case Command::Quit:
-        Q_EMIT quitRequested();
-        break;
-    case Command::CustomizeToolbar:
-        m_toolbar->runCustomizationPalette();
-        break;
-    case Command::FormatList:
-        m_toolbar->setFormatSegment(0);
-        setFormatView(0);
-        break;
-    case Command::FormatWeekly:
-        m_toolbar->setFormatSegment(1);
-        setFormatView(1);
-        break;
-    case Command::FormatMonthly:
-        m_toolbar->setFormatSegment(2);
-        setFormatView(2);
-        break;
-    case Command::ToggleSidebar:
-        m_placement->toggleAssignmentDrawer();
-        break;
-    case Command::DetachSidebar:
-        m_placement->detachSidebar();
-        break;
-    case Command::DetailsTab:
-    case Command::NotesTab:
-    case Command::SubprojectsTab:
-        if (m_placement->isAttached() && m_placement->isCollapsed())
-            m_placement->toggleAssignmentDrawer();
-        m_sidebar->showTab(command == Command::DetailsTab ? SidebarForm::DetailsTab
-                           : command == Command::NotesTab ? SidebarForm::NotesTab
-                                                          : SidebarForm::SubprojectsTab);
-        break;
-    case Command::AssignmentsWindow:
-        show();
-        raise();
-        activateWindow();
-        break;
-    case Command::GPACalculator:
-        showWindow(GPACalculator::sharedController());
-        break;
-    case Command::FinalsCalculator:
-        showWindow(FinalsCalculator::sharedController());
-        break;
-    case Command::About:
-        showAbout();
-        break;
-    case Command::Help:
-        showWindow(HelpWindow::sharedController());
-        break;
-    case Command::UploadData:
-        Syncing::sharedController()->uploadData();
-        break;
-    case Command::DownloadData:
-        if (!SyncingPrefs::confirmDownload())
-            break;
-        // The download replaced the files; the refresh reads them.
-        Syncing::sharedController()->downloadData();
-        refresh();
-        break;
-    case Command::Preferences:
-        showWindow(PreferencesWindow::sharedController());
-        break;
-    case Command::CoursesWindow:
-        showWindow(CoursesAndTextbooks::sharedController());
-        break;
-    case Command::GoToToday:
-        changeCalendarDate(QStringLiteral("today"));
-        break;
-    case Command::NextMonth:
-        changeCalendarDate(QStringLiteral(">"));
-        break;
-    case Command::PreviousMonth:
-        changeCalendarDate(QStringLiteral("<"));
-        break;
-    }
-    validateCommands();
-}
-
-void MainWindow::changeCalendarDate(const QString &title)
-{
-    if (BVCalendarView *view = m_calendars->activeView(); view && m_formats->currentIndex() > 0)
-        view->changeDateIncrementally(title);
-}
 
 void MainWindow::setFormatView(int segment)
 {
@@ -462,42 +278,34 @@ void MainWindow::setFormatView(int segment)
     validateCommands();
 }
 
-void MainWindow::addMultiple()
+// --- commands ----------------------------------------------------------------------------------------
+
+void MainWindow::perform(Command command)
 {
-    if (!m_recurringSheet) {
-        m_recurringSheet = new MultipleAssignmentsSheet(this);
-        // The series went straight to the file; the list picks it up with the refresh.
-        connect(m_recurringSheet, &QDialog::accepted, this, &MainWindow::refresh);
-    }
-    m_recurringSheet->showMultiplePanel();
+    m_commands->perform(command);
 }
 
-void MainWindow::showContextMenu(const QPoint &globalPosition, bool onRow)
+void MainWindow::performToolbarItem(const QString &identifier)
 {
-    if (m_contextMenu)
-        m_contextMenu->deleteLater();
-    validateCommands();
-    auto *menu = new QMenu(this);
-    menu->setObjectName(onRow ? QStringLiteral("rowContextMenu") : QStringLiteral("tableContextMenu"));
-    menu->setAccessibleName(tr("Assignment commands"));
-    if (onRow) {
-        menu->addAction(m_menus->action(Command::Duplicate));
-        menu->addAction(m_menus->action(Command::Delete));
-        menu->addAction(m_menus->action(Command::Email));
-        menu->addSeparator();
-        QAction *subproject = menu->addAction(tr("Add Subproject"));
-        subproject->setObjectName(QStringLiteral("contextAddSubproject"));
-        const AssignmentRef record = m_controller->actualSelectedObject();
-        subproject->setEnabled(record && record->isProject() && m_controller->selectedRows().size() == 1);
-        connect(subproject, &QAction::triggered, this, [this] { m_controller->editing().addSubproject(); });
-    } else {
-        menu->addAction(m_menus->action(Command::Add));
-        menu->addAction(m_menus->action(Command::AddRecurring));
-        menu->addAction(m_menus->action(Command::AddProject));
-    }
-    menu->addSeparator();
-    menu->addAction(m_menus->action(Command::ExportToiCal));
-    menu->addAction(m_menus->action(Command::ExportToText));
-    m_contextMenu = menu;
-    menu->popup(globalPosition);
+    m_commands->performToolbarItem(identifier);
+}
+
+void MainWindow::addMultiple()
+{
+    m_commands->addMultiple();
+}
+
+MultipleAssignmentsSheet *MainWindow::recurringSheet() const
+{
+    return m_commands->recurringSheet();
+}
+
+AboutDialog *MainWindow::aboutDialog() const
+{
+    return m_commands->aboutDialog();
+}
+
+QMenu *MainWindow::lastContextMenu() const
+{
+    return m_commands->lastContextMenu();
 }

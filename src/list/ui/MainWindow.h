@@ -16,6 +16,7 @@ class Controller;
 class DetailsSidebar;
 class FilterBar;
 class MainToolbar;
+class MainWindowCommands;
 class MainWindowStartupSteps;
 class MultipleAssignmentsSheet;
 class QSplitter;
@@ -61,11 +62,11 @@ public:
     AnimatingTabView *formattingTabView() const { return m_formats; }
     class CalendarController *calendarController() const { return m_calendars; }
     QSplitter *splitView() const { return m_splitter; }
-    MultipleAssignmentsSheet *recurringSheet() const { return m_recurringSheet; }
+    MultipleAssignmentsSheet *recurringSheet() const;
     // The About box while it is open (for tests), or nullptr.
     AboutDialog *aboutDialog() const;
     // The contextual menu last built for the table (for tests), or nullptr.
-    QMenu *lastContextMenu() const { return m_contextMenu; }
+    QMenu *lastContextMenu() const;
     bool isWorkingWindowKey() const;
 
 Q_SIGNALS:
@@ -78,11 +79,6 @@ protected:
 private:
     void buildCentralArea();
     void connectController();
-    void changeCalendarDate(const QString &title);
-    static void showWindow(QWidget *window);
-    void showAbout();
-    void showContextMenu(const QPoint &globalPosition, bool onRow);
-    AssignmentList selectedRecords() const;
     MainMenus::State menuState() const;
 
     Controller *m_controller;
@@ -95,9 +91,7 @@ private:
     AnimatingTabView *m_formats = nullptr;
     class CalendarController *m_calendars = nullptr;
     SidebarPlacement *m_placement = nullptr;
-    QPointer<MultipleAssignmentsSheet> m_recurringSheet;
-    QPointer<AboutDialog> m_about;
-    QPointer<QMenu> m_contextMenu;
+    MainWindowCommands *m_commands;
     bool m_refreshing = false;
     std::unique_ptr<MainWindowStartupSteps> m_startupSteps;
 };

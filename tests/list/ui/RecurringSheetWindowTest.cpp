@@ -4,6 +4,7 @@
 #include "platform/Alerts.h"
 #include "platform/Paths.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
@@ -50,6 +51,14 @@ TEST(RecurringSheetWindow, AWeeklySeriesGoesToTheStoreAndShowsAfterTheRefresh)
     EXPECT_EQ(store[2].toMap().value("Textbook").toString(), "Campbell");
     EXPECT_TRUE(store[2].toMap().value("Date").toString().startsWith("2026-11-30"));
     EXPECT_EQ(w.shown().size(), 3);
+
+    // The series is one step of the history.
+    w.window->validateCommands();
+    QAction *undo = w.window->menus()->action(MainMenus::Command::Undo);
+    EXPECT_EQ(undo->text(), "Undo Add Recurring Assignments");
+    undo->trigger();
+    EXPECT_TRUE(readStore().isEmpty());
+    EXPECT_TRUE(w.shown().isEmpty());
 }
 
 TEST(RecurringSheetWindow, AMonthlySeriesEndingOnADateUsesTheDayGrid)

@@ -1,0 +1,251 @@
+#include "list/HistoryRecorder.h"
+
+#include <QHash>
+#include <QSet>
+
+using namespace AssignmentKeys;
+
+namespace {
+bool same(const Assignment &a, const Assignment &b)
+{
+    return a.revision() == b.revision() || a == b;
+}
+
+// The keys in which two states of a record differ; the bookkeeping date is not a change of its own.
+QSet<QString> changedKeys(const Assignment &before, const Assignment &after)
+{
+    QSet<QString> keys;
+    for (const QVariantMap *map : {&before.fields(), &after.fields()})
+        for (auto it = map->cbegin(); it != map->cend(); ++it)
+            if (before.value(it.key()) != after.value(it.key()) && it.key() != DateUpdated)
+                keys.insert(it.key());
+    // A sidebar edit writes an unticked box as false where the key was absent: no change to name.
+    if (before.isCompleted() == after.isCompleted())
+        keys.remove(Completed);
+    return keys;
+}
+} // namespace
+
+HistoryRecorder::HistoryRecorder(std::function<AssignmentList()> current, QObject *parent)
+    : QObject(parent)
+    , m_current(std::move(current))
+{
+}
+
+void HistoryRecorder::saved()
+{
+    if (m_depth > 0) {
+        m_dirty = true;
+        return;
+    }
+    record();
+}
+
+void HistoryRecorder::reloaded()
+{
+    if (!m_nextName.isEmpty())
+        record();
+    else
+        rebase();
+    m_nextName.clear();
+}
+
+void HistoryRecorder::closeGroup()
+{
+    if (m_dirty) {
+        m_dirty = false;
+        record();
+    }
+    m_nextName.clear();
+}
+
+void HistoryRecorder::rebase()
+{
+    m_saved.clear();
+    const AssignmentList list = m_current();
+    m_saved.reserve(list.size());
+    for (const AssignmentRef &r : list)
+        m_saved.append(*r);
+}
+
+void HistoryRecorder::clear(const QString &reason)
+{
+    m_undo.clear();
+    m_redo.clear();
+    m_clearedReason = reason;
+    m_nextName.clear();
+    rebase();
+    Q_EMIT changed();
+}
+
+void HistoryRecorder::record()
+{
+    const AssignmentList now = m_current();
+    const qsizetype oldSize = m_saved.size();
+    const qsizetype newSize = now.size();
+    // Most changes touch a few records: only the stretch between the unchanged ends is compared.
+    qsizetype prefix = 0;
+    while (prefix < oldSize && prefix < newSize && same(m_saved[prefix], *now[prefix]))
+        ++prefix;
+    qsizetype suffix = 0;
+    while (suffix < oldSize - prefix && suffix < newSize - prefix
+           && same(m_saved[oldSize - 1 - suffix], *now[newSize - 1 - suffix]))
+        ++suffix;
+
+    // Records that only moved (a changed date sorts a record elsewhere) are matched and left out.
+    QMultiHash<quint64, qsizetype> byRevision;
+    QMultiHash<QByteArray, qsizetype> byText;
+    QList<bool> matched(oldSize - prefix - suffix, false);
+    for (qsizetype i = prefix; i < oldSize - suffix; ++i) {
+        byRevision.insert(m_saved[i].revision(), i);
+        byText.insert(m_saved[i].xml(), i);
+    }
+    const auto take = [&](auto &hash, const auto &key) {
+        for (auto it = hash.find(key); it != hash.end() && it.key() == key; ++it)
+            if (!matched[*it - prefix]) {
+                matched[*it - prefix] = true;
+                return true;
+            }
+        return false;
+    };
+    Step step;
+    for (qsizetype i = prefix; i < newSize - suffix; ++i)
+        if (!take(byRevision, now[i]->revision()) && !take(byText, now[i]->xml()))
+            step.after.append({i, *now[i]});
+    for (qsizetype i = prefix; i < oldSize - suffix; ++i)
+        if (!matched[i - prefix])
+            step.before.append({i, m_saved[i]});
+    rebase();
+    if (step.before.isEmpty() && step.after.isEmpty())
+        return;
+    step.name = m_nextName.isEmpty() ? describe(step) : m_nextName;
+    m_nextName.clear();
+    m_undo.append(step);
+    m_redo.clear();
+    m_clearedReason.clear();
+    Q_EMIT changed();
+}
+
+QString HistoryRecorder::describe(const Step &step)
+{
+    const qsizetype gone = step.before.size();
+    const qsizetype came = step.after.size();
+    const auto counted = [](const QString &verb, qsizetype n) {
+        return n == 1 ? verb + QStringLiteral(" Assignment") : QStringLiteral("%1 %2 Assignments").arg(verb).arg(n);
+    };
+    if (gone == 0) {
+        if (came == 1 && step.after[0].value.isSubproject())
+            return QStringLiteral("Add Subproject");
+        if (came == 1 && step.after[0].value.isProject())
+            return QStringLiteral("Add Project");
+        return counted(QStringLiteral("Add"), came);
+    }
+    if (came == 0)
+        return counted(QStringLiteral("Delete"), gone);
+    if (gone != came)
+        return EditMultipleName;
+    // Changed records: each state before is paired with the one after made at the same moment.
+    QSet<QString> keys;
+    bool completedNow = true;
+    for (const Record &before : step.before) {
+        const Record *after = &step.after[0];
+        for (const Record &candidate : step.after)
+            if (candidate.value.value(DateCreated) == before.value.value(DateCreated))
+                after = &candidate;
+        keys.unite(changedKeys(before.value, after->value));
+        completedNow = completedNow && after->value.isCompleted();
+    }
+    static const QList<std::pair<QString, QString>> names{
+        {Date, QStringLiteral("Change Due Date")},   {Name, QStringLiteral("Rename")},
+        {Course, QStringLiteral("Change Course")},   {Textbook, QStringLiteral("Change Textbook")},
+        {Type, QStringLiteral("Change Type")},       {Grade, QStringLiteral("Change Grade")},
+        {Priority, QStringLiteral("Change Priority")}, {Notes, QStringLiteral("Change Notes")},
+        {Contacts, QStringLiteral("Change Contacts")}, {File, QStringLiteral("Change File")},
+        {Snapshot, QStringLiteral("Change Snapshot")}, {Project, QStringLiteral("Make Project")},
+    };
+    if (keys == QSet<QString>{Completed})
+        return completedNow ? QStringLiteral("Complete") : QStringLiteral("Mark Not Completed");
+    // A course brings its default textbook along; the course is what the user changed.
+    if (keys.contains(Course) && keys.size() <= 2 && (keys.size() == 1 || keys.contains(Textbook)))
+        return names[2].second;
+    if (keys.size() == 1)
+        for (const auto &[key, name] : names)
+            if (keys.contains(key))
+                return name;
+    return gone == 1 ? QStringLiteral("Edit Assignment") : EditMultipleName;
+}
+
+QString HistoryRecorder::undoText() const
+{
+    if (!m_undo.isEmpty())
+        return UndoPrefix + QLatin1Char(' ') + m_undo.last().name;
+    return m_clearedReason.isEmpty() ? UndoPrefix : m_clearedReason;
+}
+
+QString HistoryRecorder::redoText() const
+{
+    return m_redo.isEmpty() ? RedoPrefix : RedoPrefix + QLatin1Char(' ') + m_redo.last().name;
+}
+
+std::optional<HistoryRecorder::Applied> HistoryRecorder::undo(const AssignmentList &list)
+{
+    if (m_undo.isEmpty())
+        return std::nullopt;
+    m_nextName.clear();
+    const Step step = m_undo.takeLast();
+    std::optional<Applied> applied = apply(list, step.after, step.before);
+    if (!applied) {
+        clear(CantUndoAfterOutsideChange);
+        return std::nullopt;
+    }
+    m_redo.append(step);
+    Q_EMIT changed();
+    return applied;
+}
+
+std::optional<HistoryRecorder::Applied> HistoryRecorder::redo(const AssignmentList &list)
+{
+    if (m_redo.isEmpty())
+        return std::nullopt;
+    m_nextName.clear();
+    const Step step = m_redo.takeLast();
+    std::optional<Applied> applied = apply(list, step.before, step.after);
+    if (!applied) {
+        clear(CantUndoAfterOutsideChange);
+        return std::nullopt;
+    }
+    m_undo.append(step);
+    Q_EMIT changed();
+    return applied;
+}
+
+std::optional<HistoryRecorder::Applied> HistoryRecorder::apply(const AssignmentList &list,
+                                                               const QList<Record> &remove,
+                                                               const QList<Record> &insert)
+{
+    // Each record to take out is looked for where the step left it first, then anywhere.
+    QList<bool> taken(list.size(), false);
+    for (const Record &gone : remove) {
+        qsizetype at = -1;
+        if (gone.position < list.size() && !taken[gone.position] && same(*list[gone.position], gone.value))
+            at = gone.position;
+        for (qsizetype i = 0; at < 0 && i < list.size(); ++i)
+            if (!taken[i] && same(*list[i], gone.value))
+                at = i;
+        if (at < 0)
+            return std::nullopt;
+        taken[at] = true;
+    }
+    Applied applied;
+    applied.list.reserve(list.size() - remove.size() + insert.size());
+    for (qsizetype i = 0; i < list.size(); ++i)
+        if (!taken[i])
+            applied.list.append(list[i]);
+    // Positions ascend, so each record goes back where it stood among those before it.
+    for (const Record &back : insert) {
+        const AssignmentRef record = Assignments::make(back.value.fields());
+        applied.list.insert(std::min(back.position, applied.list.size()), record);
+        applied.restored.append(record);
+    }
+    return applied;
+}
