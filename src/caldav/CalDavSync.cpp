@@ -74,7 +74,7 @@ bool CalDavSync::fail(const DavSession::Response &r, const QString &what)
         m_out.error = QObject::tr("The calendar server is out of space (507 Insufficient Storage) while %1.").arg(what);
     else
         m_out.error = QObject::tr("The calendar server answered %1 while %2.").arg(r.status).arg(what);
-    qCWarning(lcCalDav) << m_out.error;
+    qCWarning(lcCalDav) << m_out.error << r.body.left(400);
     return false;
 }
 
@@ -283,7 +283,7 @@ CalDavSync::Outcome CalDavSync::run(const QList<QVariantMap> &records, FirstSync
             const DavSession::Response r = m_session.send(
                 "PUT", urlFor(href), ics,
                 {known ? QPair<QByteArray, QByteArray>{"If-Match", item.etag} : QPair<QByteArray, QByteArray>{"If-None-Match", "*"}});
-            if (r.ok()) {
+            if (r.ok() && r.status != 207) {
                 m_state.items.insert(uid, {href, r.etag, ics, TodoMapping::digest(local[uid])});
                 ++m_out.sent;
                 break;

@@ -51,6 +51,7 @@ Multistatus Multistatus::parse(const QByteArray &bytes)
     QMap<QString, Property> pending; // properties of the propstat being read
     bool inProp = false;
     bool inPropstat = false;
+    int propstatStatus = 0; // servers put it before or after the properties
     while (!xml.atEnd()) {
         const auto token = xml.readNext();
         if (token == QXmlStreamReader::StartElement) {
@@ -66,12 +67,12 @@ Multistatus Multistatus::parse(const QByteArray &bytes)
                 const int code = statusCode(xml.readElementText().trimmed());
                 if (!inPropstat)
                     current->status = code;
-                else if (code >= 200 && code < 300)
-                    current->properties.insert(pending);
-                pending.clear();
+                else
+                    propstatStatus = code;
             } else if (name == QLatin1String("propstat")) {
                 pending.clear();
                 inPropstat = true;
+                propstatStatus = 0;
             } else if (name == QLatin1String("prop") && current) {
                 inProp = true;
             } else if (inProp) {
@@ -82,8 +83,12 @@ Multistatus Multistatus::parse(const QByteArray &bytes)
         } else if (token == QXmlStreamReader::EndElement) {
             if (xml.name() == QLatin1String("prop"))
                 inProp = false;
-            else if (xml.name() == QLatin1String("propstat"))
+            else if (xml.name() == QLatin1String("propstat")) {
                 inPropstat = false;
+                if (current && propstatStatus >= 200 && propstatStatus < 300)
+                    current->properties.insert(pending);
+                pending.clear();
+            }
             else if (xml.name() == QLatin1String("response"))
                 current = nullptr;
         }

@@ -115,6 +115,42 @@ icaltimezone *localZone()
     return icaltimezone_get_builtin_timezone(id.constData());
 }
 
+// The zone's rules as a VTIMEZONE under its plain name: only the rules in force today (those
+// without an end), which are what due dates of a student's terms need. libical's full history of
+// the zone carries ends of past rules that strict servers refuse.
+icalcomponent *zoneComponent(icaltimezone *zone, const QByteArray &name)
+{
+    icalcomponent *out = icalcomponent_new_clone(icaltimezone_get_component(zone));
+    QList<icalcomponent *> current, ended;
+    icalcomponent *latest = nullptr;
+    for (icalcomponent *rule = icalcomponent_get_first_component(out, ICAL_ANY_COMPONENT); rule;
+         rule = icalcomponent_get_next_component(out, ICAL_ANY_COMPONENT)) {
+        icalproperty *p = icalcomponent_get_first_property(rule, ICAL_RRULE_PROPERTY);
+        if (p && icaltime_is_null_time(icalproperty_get_rrule(p).until))
+            current << rule;
+        else
+            ended << rule;
+        if (!p && (!latest || icaltime_compare(icalcomponent_get_dtstart(rule), icalcomponent_get_dtstart(latest)) > 0))
+            latest = rule;
+    }
+    for (icalcomponent *rule : ended) {
+        if (current.isEmpty() && rule == latest)
+            continue; // a zone without daylight saving: its last fixed offset
+        icalcomponent_remove_component(out, rule);
+        icalcomponent_free(rule);
+    }
+    // libical starts today's rules where its table ends (years ahead): from 1970 they cover every
+    // due date, as calendar programs write them.
+    for (icalcomponent *rule : std::as_const(current)) {
+        icaltimetype start = icalcomponent_get_dtstart(rule);
+        start.year = 1970;
+        icalcomponent_set_dtstart(rule, start);
+    }
+    icalproperty *id = icalcomponent_get_first_property(out, ICAL_TZID_PROPERTY);
+    icalproperty_set_tzid(id, name.constData());
+    return out;
+}
+
 int icalPriority(double priority)
 {
     const int p = std::clamp(int(std::lround(priority)), 1, 5);
@@ -221,18 +257,18 @@ QByteArray TodoMapping::toIcs(const QVariantMap &f, const QString &uid, const QS
             t.second = local.time().second();
             t.zone = zone;
             icalproperty *p = icalproperty_new_due(t);
-            icalproperty_add_parameter(p, icalparameter_new_tzid(icaltimezone_get_tzid(zone)));
+            const QByteArray tzid = QTimeZone::systemTimeZoneId();
+            icalproperty_add_parameter(p, icalparameter_new_tzid(tzid.constData()));
             icalcomponent_add_property(todo, p);
             // The zone's rules travel with it so that any reader can place the time.
-            const char *tzid = icaltimezone_get_tzid(zone);
             bool present = false;
             for (icalcomponent *z = icalcomponent_get_first_component(root.c, ICAL_VTIMEZONE_COMPONENT); z;
                  z = icalcomponent_get_next_component(root.c, ICAL_VTIMEZONE_COMPONENT)) {
                 icalproperty *id = icalcomponent_get_first_property(z, ICAL_TZID_PROPERTY);
-                present = present || (id && qstrcmp(icalproperty_get_tzid(id), tzid) == 0);
+                present = present || (id && tzid == icalproperty_get_tzid(id));
             }
             if (!present)
-                icalcomponent_add_component(root.c, icalcomponent_new_clone(icaltimezone_get_component(zone)));
+                icalcomponent_add_component(root.c, zoneComponent(zone, tzid));
         } else {
             icalcomponent_add_property(todo, icalproperty_new_due(utcTime(*due)));
         }
