@@ -50,6 +50,7 @@ private:
     StartupSequence m_sequence;
     std::unique_ptr<MainWindow> m_window;
     QPointer<CrashReporter> m_crashReporter;
+    QPointer<class CalDavSyncCommand> m_calendarSync;
     bool m_restarting = false;
     bool m_quitRequested = false;
     bool m_inEventLoop = false;
