@@ -120,6 +120,6 @@ TEST(CalendarServerPane, CheckFindsCreatesAndChoosesThenTheCommandSyncs)
     auto *summary = qobject_cast<QMessageBox *>(command.lastSummary());
     EXPECT_EQ(summary->informativeText(), "2 sent, 0 received");
     QTest::qWait(100);
-    shoot(&window, "sync-summary");
+    shoot(summary, "sync-summary");
     summary->accept();
 }
