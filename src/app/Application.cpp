@@ -1,6 +1,9 @@
 #include "Application.h"
 
 #include "QuitSignals.h"
+#include "caldav/ui/CalDavSyncCommand.h"
+#include "caldav/ui/CalendarServerPane.h"
+#include "list/ui/MainToolbar.h"
 #include "list/ui/MainWindow.h"
 #include "store/AssignmentsDocument.h"
 #include "store/Preferences.h"
@@ -43,6 +46,7 @@ int Application::run()
     // The preferences window hosts the syncing pane without knowing its class.
     SyncingPrefs::registerWithPreferencesWindow();
     RemindersPane::registerWithPreferencesWindow();
+    CalendarServerPane::registerWithPreferencesWindow();
     auto *signals_ = new QuitSignals(this);
     connect(signals_, &QuitSignals::quitRequested, this, [this](int signal) {
         qCInfo(lcApp) << "Quitting on signal" << signal;
@@ -55,6 +59,8 @@ int Application::run()
     });
     connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
         m_inEventLoop = false;
+        if (m_calendarSync)
+            m_calendarSync->syncBeforeQuit();
         m_sequence.terminate();
     });
     // "Quit" in a sync warning takes the normal quit path.
@@ -174,6 +180,12 @@ void Application::showMainWindow()
     }
     // Reminders start with the window: missed ones are shown now, once.
     ReminderDelivery::install(&main);
+    // The calendar server: its command in the File menu and the toolbar, and a sync now.
+    if (!m_calendarSync) {
+        m_calendarSync = new CalDavSyncCommand(main.controller(), &main, &main);
+        m_calendarSync->addTo(main.menus()->menus().value(0), main.mainToolbar());
+        m_calendarSync->syncAtStart();
+    }
     Q_EMIT mainWindowShown(&main);
 }
 

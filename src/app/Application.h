@@ -53,6 +53,7 @@ private:
     std::shared_ptr<AssignmentsDocument> m_assignments;
     std::unique_ptr<MainWindow> m_window;
     QPointer<CrashReporter> m_crashReporter;
+    QPointer<class CalDavSyncCommand> m_calendarSync;
     bool m_restarting = false;
     bool m_quitRequested = false;
     bool m_inEventLoop = false;

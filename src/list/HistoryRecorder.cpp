@@ -15,7 +15,9 @@ bool same(const Assignment &a, const Assignment &b)
 QSet<QString> changedKeys(const Assignment &before, const Assignment &after)
 {
     QSet<QString> keys;
-    for (const QVariantMap *map : {&before.fields(), &after.fields()})
+    const QVariantMap beforeFields = before.fields();
+    const QVariantMap afterFields = after.fields();
+    for (const QVariantMap *map : {&beforeFields, &afterFields})
         for (auto it = map->cbegin(); it != map->cend(); ++it)
             if (before.value(it.key()) != after.value(it.key()) && it.key() != DateUpdated)
                 keys.insert(it.key());

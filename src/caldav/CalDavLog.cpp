@@ -1,0 +1,3 @@
+#include "caldav/CalDavLog.h"
+
+Q_LOGGING_CATEGORY(lcCalDav, "quillory.caldav")

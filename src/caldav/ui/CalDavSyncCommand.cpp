@@ -1,0 +1,156 @@
+#include "caldav/ui/CalDavSyncCommand.h"
+
+#include "caldav/CalDavSettings.h"
+#include "caldav/CalDavSyncRunner.h"
+#include "caldav/DavSession.h"
+#include "caldav/LocalAssignments.h"
+#include "platform/Paths.h"
+
+#include <QAction>
+#include <QFileSystemWatcher>
+#include <QMenu>
+#include <QMessageBox>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QToolBar>
+#include <QtConcurrent>
+
+CalDavSyncCommand::CalDavSyncCommand(Controller *controller, QWidget *window, QObject *parent)
+    : QObject(parent)
+    , m_window(window)
+    , m_local(std::make_unique<LocalAssignments>(controller))
+    , m_runner(std::make_unique<CalDavSyncRunner>(m_local.get()))
+{
+    m_action = new QAction(QIcon::fromTheme(QStringLiteral("view-refresh")), ActionText, this);
+    m_action->setObjectName(QStringLiteral("syncWithCalendarServer"));
+    m_action->setToolTip(tr("Send and receive assignments with the calendar server of Preferences ▸ Calendar Server"));
+    m_action->setIconText(tr("Calendar Sync"));
+    connect(m_action, &QAction::triggered, this, &CalDavSyncCommand::syncNow);
+    connect(m_runner.get(), &CalDavSyncRunner::finished, this, &CalDavSyncCommand::finished);
+    connect(m_runner.get(), &CalDavSyncRunner::started, this, [this] { m_action->setEnabled(false); });
+
+    // Every save of the assignments (an edit here, or another window's) brings a sync a little later.
+    m_watcher = new QFileSystemWatcher(this);
+    const QString folder = Paths::dataFolder();
+    m_watcher->addPath(folder);
+    if (QFileInfo::exists(Paths::assignmentsFile()))
+        m_watcher->addPath(Paths::assignmentsFile());
+    const auto changed = [this] {
+        if (QFileInfo::exists(Paths::assignmentsFile()) && !m_watcher->files().contains(Paths::assignmentsFile()))
+            m_watcher->addPath(Paths::assignmentsFile());
+        if (!m_runner->isRunning())
+            m_runner->scheduleAfterEdit();
+    };
+    connect(m_watcher, &QFileSystemWatcher::fileChanged, this, changed);
+    connect(m_watcher, &QFileSystemWatcher::directoryChanged, this, changed);
+}
+
+CalDavSyncCommand::~CalDavSyncCommand() = default;
+
+void CalDavSyncCommand::addTo(QMenu *menu, QToolBar *toolbar)
+{
+    if (menu)
+        menu->addAction(m_action);
+    if (toolbar)
+        toolbar->addAction(m_action);
+}
+
+void CalDavSyncCommand::syncAtStart()
+{
+    if (m_runner->isConfigured() && !m_runner->isFirstSync())
+        m_runner->start();
+}
+
+void CalDavSyncCommand::syncBeforeQuit(int ms)
+{
+    if (!m_runner->isConfigured() || m_runner->isFirstSync())
+        return;
+    m_runner->start();
+    m_runner->finish(ms);
+}
+
+void CalDavSyncCommand::syncNow()
+{
+    if (!m_runner->isConfigured()) {
+        QMessageBox box(QMessageBox::Information, ActionText,
+                        tr("No calendar server is set up.  Choose one in Preferences ▸ Calendar Server."), QMessageBox::Ok,
+                        m_window);
+        box.exec();
+        return;
+    }
+    m_userAsked = true;
+    if (m_runner->isFirstSync()) {
+        countAndAsk();
+        return;
+    }
+    if (!m_progress) {
+        m_progress = new QProgressDialog(tr("Syncing with the calendar server…"), QString(), 0, 0, m_window);
+        m_progress->setObjectName(QStringLiteral("calendarSyncProgress"));
+        m_progress->setAccessibleName(tr("Sync progress"));
+        m_progress->setWindowModality(Qt::WindowModal);
+        m_progress->setMinimumDuration(300);
+        m_progress->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_runner->start();
+}
+
+void CalDavSyncCommand::countAndAsk()
+{
+    const CalDavSettings settings = CalDavSettings::load();
+    const int here = m_local->records().size();
+    const QString password = CalDavSettings::password(settings.user);
+    // Counting the server's items is a request: off the interface thread, like every other.
+    auto *count = new QFutureWatcher<int>(this);
+    connect(count, &QFutureWatcher<int>::finished, this, [this, count, here, settings] {
+        count->deleteLater();
+        askHowToBegin(here, count->result(), settings.calendarName);
+    });
+    count->setFuture(QtConcurrent::run([=] {
+        DavSession session(settings.user, password);
+        return CalDavSync::countItems(session, QUrl(settings.calendarUrl));
+    }));
+}
+
+void CalDavSyncCommand::askHowToBegin(int here, int there, const QString &calendarName)
+{
+    QMessageBox box(QMessageBox::Question, ActionText,
+                    tr("This is the first sync with “%1”.").arg(calendarName), QMessageBox::Cancel, m_window);
+    box.setObjectName(QStringLiteral("calendarFirstSync"));
+    box.setInformativeText(tr("This computer has %1 assignments; the calendar has %2 to-dos.  Merge them, take the "
+                              "server's (this computer's assignments that the server lacks are removed), or send this "
+                              "computer's (the server's to-dos that this computer lacks are removed)?")
+                               .arg(here)
+                               .arg(there < 0 ? tr("an unknown number of") : QString::number(there)));
+    QPushButton *merge = box.addButton(tr("Merge"), QMessageBox::AcceptRole);
+    QPushButton *takeServer = box.addButton(tr("Take the Server's"), QMessageBox::DestructiveRole);
+    QPushButton *sendLocal = box.addButton(tr("Send This Computer's"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(merge);
+    box.exec();
+    if (box.clickedButton() == merge)
+        m_runner->start(CalDavSync::FirstSync::Merge);
+    else if (box.clickedButton() == takeServer)
+        m_runner->start(CalDavSync::FirstSync::TakeServer);
+    else if (box.clickedButton() == sendLocal)
+        m_runner->start(CalDavSync::FirstSync::SendLocal);
+    else
+        m_userAsked = false;
+}
+
+void CalDavSyncCommand::finished(bool ok, const QString &message, const CalDavSync::Outcome &)
+{
+    m_action->setEnabled(true);
+    if (m_progress)
+        m_progress->close();
+    if (!m_userAsked && ok)
+        return;
+    m_userAsked = false;
+    auto *box = new QMessageBox(ok ? QMessageBox::Information : QMessageBox::Warning, ActionText,
+                                ok ? tr("Sync with the calendar server done.") : tr("The sync with the calendar server stopped."),
+                                QMessageBox::Ok, m_window);
+    box->setObjectName(QStringLiteral("calendarSyncSummary"));
+    box->setInformativeText(message);
+    box->setWindowModality(Qt::WindowModal);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    m_summary = box;
+    box->open();
+}
