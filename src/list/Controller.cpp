@@ -12,7 +12,7 @@
 Controller::Controller(QObject *parent)
     : QObject(parent)
     , m_document(AssignmentsDocument::open())
-    , m_history([this] { return m_lists.all(); })
+    , m_history([this] { return m_document->records(); })
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
 {
@@ -22,7 +22,7 @@ Controller::Controller(QObject *parent)
 Controller::Controller(const QString &assignmentsPath, const QString &coursesPath, QObject *parent)
     : QObject(parent)
     , m_document(AssignmentsDocument::open(assignmentsPath))
-    , m_history([this] { return m_lists.all(); })
+    , m_history([this] { return m_document->records(); })
     , m_courses(coursesPath)
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
@@ -33,7 +33,7 @@ Controller::Controller(const QString &assignmentsPath, const QString &coursesPat
 Controller::Controller(std::shared_ptr<AssignmentsDocument> document, const QString &coursesPath, QObject *parent)
     : QObject(parent)
     , m_document(std::move(document))
-    , m_history([this] { return m_lists.all(); })
+    , m_history([this] { return m_document->records(); })
     , m_courses(coursesPath)
     , m_table(new AssignmentTableModel(this))
     , m_lists(m_table, m_pendingEdit, m_courses, m_layout)
@@ -136,17 +136,19 @@ bool Controller::applyHistory(bool undo)
     if (!m_document->isUsable())
         return false;
     const std::optional<HistoryRecorder::Applied> applied
-        = undo ? m_history.undo(m_lists.all()) : m_history.redo(m_lists.all());
+        = undo ? m_history.undo(m_document->records()) : m_history.redo(m_document->records());
     if (!applied)
         return false;
+    // The history follows the document, in the file's order: the records go back where the step
+    // saw them saved, so the file is the one it was; the list sorts them for showing afterwards.
     m_lists.replaceAll(applied->list);
-    m_lists.filterWithViews();
-    m_lists.sortColumn();
     m_quietSave = true;
     saveData();
     m_quietSave = false;
-    // What was saved is the history's new starting point; the sort may have moved records.
+    // What was saved is the history's new starting point.
     m_history.reloaded();
+    m_lists.filterWithViews();
+    m_lists.sortColumn();
     m_selection->clear();
     Q_EMIT sidebarNoSelection();
     m_lists.reloadTable();

@@ -330,15 +330,13 @@ void MainWindowCommands::addMultiple()
 {
     if (!m_recurringSheet) {
         m_recurringSheet = new MultipleAssignmentsSheet(&m_window);
-        // The series went straight to the file; the list picks it up with the refresh.
-        connect(m_recurringSheet, &QDialog::accepted, &m_window, [this] {
-            HistoryRecorder &history = m_window.controller()->history();
-            history.nameNextChange(HistoryRecorder::AddRecurringName);
-            m_window.refresh();
-            // The name is for this series only, whether or not the refresh read it.
-            history.nameNextChange(QString());
+        // The series goes to the shared document, which the list follows at once; the name is
+        // for this series only, whether or not the sheet added one.
+        connect(m_recurringSheet, &QDialog::finished, &m_window, [this] {
+            m_window.controller()->history().nameNextChange(QString());
         });
     }
+    m_window.controller()->history().nameNextChange(HistoryRecorder::AddRecurringName);
     m_recurringSheet->showMultiplePanel();
 }
 
