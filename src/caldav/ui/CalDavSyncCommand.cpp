@@ -5,6 +5,7 @@
 #include "caldav/DavSession.h"
 #include "caldav/LocalAssignments.h"
 #include "platform/Paths.h"
+#include "widgets/Icons.h"
 
 #include <QAction>
 #include <QFileSystemWatcher>
@@ -21,7 +22,7 @@ CalDavSyncCommand::CalDavSyncCommand(Controller *controller, QWidget *window, QO
     , m_local(std::make_unique<LocalAssignments>(controller))
     , m_runner(std::make_unique<CalDavSyncRunner>(m_local.get()))
 {
-    m_action = new QAction(QIcon::fromTheme(QStringLiteral("view-refresh")), ActionText, this);
+    m_action = new QAction(Icons::themed(QStringLiteral("emblem-synchronizing"), QStringLiteral("prefs-calendar-server")), ActionText, this);
     m_action->setObjectName(QStringLiteral("syncWithCalendarServer"));
     m_action->setToolTip(tr("Send and receive assignments with the calendar server of Preferences ▸ Calendar Server"));
     m_action->setIconText(tr("Calendar Sync"));

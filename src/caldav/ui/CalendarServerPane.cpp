@@ -185,6 +185,6 @@ void CalendarServerPane::registerWithPreferencesWindow()
 {
     AdditionalPanes::registerPane({Identifier, PaneName,
                                    QStringLiteral("Sync assignments with a calendar server your phone also reads"),
-                                   QStringLiteral("x-office-calendar"), QStringLiteral("prefs-reminders"),
+                                   QStringLiteral("x-office-calendar"), QStringLiteral("prefs-calendar-server"),
                                    [] { return new CalendarServerPane; }});
 }
