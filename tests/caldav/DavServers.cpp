@@ -66,12 +66,6 @@ bool FaultyProxy::start(quint16 upstream, const QString &mode, qint64 bytes)
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->start(QStringLiteral("/usr/bin/python3"), {QStringLiteral(QUILLORY_CALDAV_TEST_DIR "/dav_proxy.py"),
                                                          QString::number(upstream), mode, QString::number(bytes)});
-    QByteArray line;
-    QDeadlineTimer deadline(10000);
-    while (!line.contains('\n') && !deadline.hasExpired() && m_process->state() != QProcess::NotRunning) {
-        m_process->waitForReadyRead(200);
-        line += m_process->readAll();
-    }
-    m_port = quint16(line.trimmed().toUInt());
+    m_port = LocalServers::readPortLine(*m_process);
     return m_port != 0 && LocalServers::waitForPort(m_port);
 }

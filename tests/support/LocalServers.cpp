@@ -122,18 +122,23 @@ AccountCheckServer::~AccountCheckServer()
     stop();
 }
 
+quint16 readPortLine(QProcess &process, int timeoutMs)
+{
+    QByteArray line;
+    QDeadlineTimer deadline(timeoutMs);
+    while (!line.contains('\n') && !deadline.hasExpired() && process.state() != QProcess::NotRunning) {
+        process.waitForReadyRead(200);
+        line += process.readAll();
+    }
+    return quint16(line.trimmed().toUInt());
+}
+
 bool AccountCheckServer::start(QString *error)
 {
     m_process = std::make_unique<QProcess>();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->start(Python, {QStringLiteral(QUILLORY_TEST_SUPPORT_DIR "/account_check_server.py"), m_folder.path()});
-    QByteArray line;
-    QDeadlineTimer deadline(10000);
-    while (!line.contains('\n') && !deadline.hasExpired() && m_process->state() != QProcess::NotRunning) {
-        m_process->waitForReadyRead(200);
-        line += m_process->readAll();
-    }
-    m_port = quint16(line.trimmed().toUInt());
+    m_port = readPortLine(*m_process);
     if (m_port == 0 || !waitForPort(m_port)) {
         if (error)
             *error = QStringLiteral("the account check server did not start: ") + m_process->errorString();

@@ -17,6 +17,8 @@ namespace LocalServers {
 quint16 freePort();
 // True once something accepts connections on 127.0.0.1:port, waiting at most `timeoutMs`.
 bool waitForPort(quint16 port, int timeoutMs = 10000);
+// The port a helper script prints on its first line once it listens; 0 when none came in time.
+quint16 readPortLine(QProcess &process, int timeoutMs = 10000);
 
 // pyftpdlib serving `root` with one writable account.
 class FtpServer
