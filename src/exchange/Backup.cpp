@@ -181,7 +181,7 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
             Alerts::inform(ErrorTitle, ImportFailedMessage);
             return ImportOutcome::WriteFailed;
         }
-        AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
+        AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::BackupImport);
         Q_EMIT dataFilesReplaced();
         return ImportOutcome::Replaced;
     }
@@ -206,7 +206,7 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
         Alerts::inform(ErrorTitle, ImportFailedMessage);
         return ImportOutcome::WriteFailed;
     }
-    AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
+    AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::BackupImport);
     Q_EMIT dataFilesReplaced();
     return ImportOutcome::Merged;
 }

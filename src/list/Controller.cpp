@@ -58,6 +58,14 @@ void Controller::construct()
     connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, &Controller::preferenceChanged);
     AssignmentsDocument *document = m_document.get();
     connect(document, &AssignmentsDocument::reset, this, &Controller::documentChanged);
+    // A download or a backup import replaced everything: no step of the history fits the new
+    // records, and the menu says why.
+    connect(document, &AssignmentsDocument::replaced, this, [this](AssignmentsDocument::Replacement why) {
+        using enum AssignmentsDocument::Replacement;
+        m_history.clear(why == Download       ? HistoryRecorder::CantUndoAfterSync
+                        : why == BackupImport ? HistoryRecorder::CantUndoAfterImport
+                                              : HistoryRecorder::CantUndoAfterOutsideChange);
+    });
     connect(document, &AssignmentsDocument::rowChanged, this, [this](qsizetype, QObject *source) { documentChanged(source); });
     connect(document, &AssignmentsDocument::rowsInserted, this,
             [this](qsizetype, qsizetype, QObject *source) { documentChanged(source); });

@@ -31,10 +31,12 @@ std::shared_ptr<AssignmentsDocument> AssignmentsDocument::open(const QString &pa
     return document;
 }
 
-void AssignmentsDocument::fileReplaced(const QString &path)
+void AssignmentsDocument::fileReplaced(const QString &path, Replacement why)
 {
-    if (std::shared_ptr<AssignmentsDocument> document = openDocuments().value(QFileInfo(path).absoluteFilePath()).lock())
+    if (std::shared_ptr<AssignmentsDocument> document = openDocuments().value(QFileInfo(path).absoluteFilePath()).lock()) {
         document->reload();
+        Q_EMIT document->replaced(why);
+    }
 }
 
 std::shared_ptr<AssignmentsDocument> AssignmentsDocument::open()

@@ -31,9 +31,12 @@ public:
     // The data folder's store file.
     static std::shared_ptr<AssignmentsDocument> open();
     ~AssignmentsDocument() override;
+    // Why this process replaced the whole file: windows that keep a history of changes end it,
+    // and say why.
+    enum class Replacement { Erased, BackupImport, Download };
     // This process replaced the whole file (emptied it, imported a backup, downloaded a copy): the
-    // document of that file, if one is open, rereads it now.
-    static void fileReplaced(const QString &path);
+    // document of that file, if one is open, rereads it now and announces why.
+    static void fileReplaced(const QString &path, Replacement why);
 
     QString path() const { return m_store.path(); }
     // False while the file on disk cannot be read: nothing is then written through this document.
@@ -65,6 +68,8 @@ Q_SIGNALS:
     void rowChanged(qsizetype row, QObject *source);
     // Everything may differ; source is null for a reread.
     void reset(QObject *source);
+    // Follows the reset of a whole-file replacement this process made.
+    void replaced(AssignmentsDocument::Replacement why);
 
 private:
     explicit AssignmentsDocument(const QString &path);

@@ -22,7 +22,7 @@ bool deleteAllData(QString *error)
     }
     // Every window showing the assignments shows the empty list now, and none writes its old copy
     // back.
-    AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
+    AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::Erased);
     if (!failed.isEmpty()) {
         qCWarning(lcStore) << "Could not empty" << failed;
         if (error)

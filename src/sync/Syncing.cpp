@@ -206,7 +206,7 @@ void Syncing::runDownload()
     if (merge) {
         SyncArchive::mergeUnpacked(Paths::dataFolder());
         // The windows show the downloaded assignments at once and write nothing older back.
-        AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
+        AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::Download);
     }
     SyncArchive::cleanUp();
     hideProgressSheet();
@@ -287,7 +287,7 @@ void Syncing::uncompressData()
     if (!SyncArchive::uncompress(Paths::dataFolder(), &problem))
         refuse(problem);
     else
-        AssignmentsDocument::fileReplaced(Paths::assignmentsFile());
+        AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::Download);
 }
 
 void Syncing::refuse(const QString &problem)

@@ -176,12 +176,23 @@ TEST(History, ClearingNamesWhyAndRecordsChangedElsewhereEndTheHistory)
 {
     setGeneral(PreferenceKeys::GeneralKeys::DisplayWarningMessages, false);
     Fixture f(fourRecords());
-    f.select("Lab");
-    f.controller->editing().deleteAssignment();
-    f.controller->history().clear(HistoryRecorder::CantUndoAfterSync);
-    EXPECT_FALSE(f.controller->history().canUndo());
-    EXPECT_EQ(f.controller->history().undoText(), "Can't Undo After Sync");
-    EXPECT_FALSE(f.controller->undo());
+    // However the file was replaced (a download from the menu, the preferences or at start, a
+    // backup import), the open list's history ends and says why.
+    const struct {
+        AssignmentsDocument::Replacement why;
+        const char *deleted;
+        const char *text;
+    } replacements[]{{AssignmentsDocument::Replacement::Download, "Lab", "Can't Undo After Sync"},
+                     {AssignmentsDocument::Replacement::BackupImport, "Essay", "Can't Undo After Import"}};
+    for (const auto &r : replacements) {
+        f.select(r.deleted);
+        f.controller->editing().deleteAssignment();
+        ASSERT_TRUE(f.controller->history().canUndo());
+        AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), r.why);
+        EXPECT_FALSE(f.controller->history().canUndo());
+        EXPECT_EQ(f.controller->history().undoText(), r.text);
+        EXPECT_FALSE(f.controller->undo());
+    }
 
     // A record the step changed was rewritten by another window: undo cannot find it, and says so.
     editInSidebar(f, "Quiz", [](SidebarValues &v) { v.grade = "B"; });
