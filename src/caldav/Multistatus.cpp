@@ -76,7 +76,9 @@ Multistatus Multistatus::parse(const QByteArray &bytes)
             } else if (name == QLatin1String("prop") && current) {
                 inProp = true;
             } else if (inProp) {
-                pending.insert(name.toString(), readProperty(xml));
+                // The name views the reader's buffer, which reading the property moves on: copy it first.
+                const QString key = name.toString();
+                pending.insert(key, readProperty(xml));
             } else if (name == QLatin1String("sync-token") && !current) {
                 out.syncToken = xml.readElementText().trimmed();
             }

@@ -7,7 +7,18 @@
 
 #include <csignal>
 
+#include <sys/prctl.h>
+
 namespace {
+
+// A server or proxy dies with the test: a test that crashes must not leave children that hold its
+// output open, or the test runner waits for them until its time-out.
+std::unique_ptr<QProcess> childProcess()
+{
+    auto process = std::make_unique<QProcess>();
+    process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    return process;
+}
 
 void stopProcess(std::unique_ptr<QProcess> &process)
 {
@@ -28,7 +39,7 @@ DavServer::~DavServer() { stop(); }
 bool DavServer::start(Kind kind, const QString &user, const QString &password)
 {
     m_port = LocalServers::freePort();
-    m_process = std::make_unique<QProcess>();
+    m_process = childProcess();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->setStandardOutputFile(QProcess::nullDevice());
     const QString port = QString::number(m_port);
@@ -62,7 +73,7 @@ FaultyProxy::~FaultyProxy() { stopProcess(m_process); }
 
 bool FaultyProxy::start(quint16 upstream, const QString &mode, qint64 bytes)
 {
-    m_process = std::make_unique<QProcess>();
+    m_process = childProcess();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->start(QStringLiteral("/usr/bin/python3"), {QStringLiteral(QUILLORY_CALDAV_TEST_DIR "/dav_proxy.py"),
                                                          QString::number(upstream), mode, QString::number(bytes)});
