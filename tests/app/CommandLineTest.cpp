@@ -1,4 +1,4 @@
-#include "TestEnvironment.h"
+#include "ProgramProcess.h"
 
 #include "BuildInfo.h"
 #include "app/WindowActivation.h"
@@ -45,24 +45,14 @@ public:
     explicit Program(const QStringList &arguments, bool display = true, const QString &workingFolder = QString(),
                      const QMap<QString, QString> &extra = {})
     {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), TestEnvironment::home());
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder());
-        environment.insert(QStringLiteral("TZ"), QStringLiteral("America/New_York"));
-        environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("quillory.*.info=true"));
-        environment.remove(QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-        if (display)
-            environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        else
-            environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-        for (auto it = extra.cbegin(); it != extra.cend(); ++it) {
-            if (it.value().isEmpty())
-                environment.remove(it.key());
-            else
-                environment.insert(it.key(), it.value());
-        }
+        QMap<QString, QString> variables{{QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder()},
+                                         {QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("quillory.*.info=true")},
+                                         {QStringLiteral("DISPLAY"), QString()},
+                                         {QStringLiteral("WAYLAND_DISPLAY"), QString()}};
+        if (!display)
+            variables.insert(QStringLiteral("QT_QPA_PLATFORM"), QString());
+        variables.insert(extra);
+        const QProcessEnvironment environment = ProgramProcess::environment(variables);
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::MergedChannels);
         if (!workingFolder.isEmpty())

@@ -1,4 +1,4 @@
-#include "TestEnvironment.h"
+#include "ProgramProcess.h"
 
 #include "platform/DateText.h"
 #include "platform/Paths.h"
@@ -17,23 +17,10 @@
 // as soon as its window is up.
 namespace {
 
-QProcessEnvironment programEnvironment(bool quitAfterStartup)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("HOME"), TestEnvironment::home());
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("TZ"), QStringLiteral("America/New_York"));
-    if (quitAfterStartup)
-        environment.insert(QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"), QStringLiteral("1"));
-    else
-        environment.remove(QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"));
-    return environment;
-}
-
 int runProgram()
 {
     QProcess program;
-    program.setProcessEnvironment(programEnvironment(true));
+    program.setProcessEnvironment(ProgramProcess::environment({{QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"), QStringLiteral("1")}}));
     program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     program.start(QStringLiteral(QUILLORY_PROGRAM_PATH), QStringList());
     EXPECT_TRUE(program.waitForFinished(60000));

@@ -1,4 +1,4 @@
-#include "TestEnvironment.h"
+#include "ProgramProcess.h"
 
 #include "support/SyncSandbox.h"
 
@@ -78,11 +78,7 @@ protected:
 
     void start()
     {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), TestEnvironment::home());
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        environment.remove(QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"));
-        m_program.setProcessEnvironment(environment);
+        m_program.setProcessEnvironment(ProgramProcess::environment());
         m_program.setProcessChannelMode(QProcess::MergedChannels);
         m_log.clear();
         m_program.start(QStringLiteral(QUILLORY_PROGRAM_PATH), QStringList());
