@@ -1,36 +1,15 @@
-#include "camera/SnapshotImage.h"
+#include "CameraTestSupport.h"
 #include "camera/StillPictureCamera.h"
 #include "camera/ui/MultimediaCamera.h"
 
-#include <QBuffer>
-#include <QImageWriter>
 #include <QTest>
 #include <gtest/gtest.h>
 
 // The stored form of a snapshot and the pictures made from it.
 
+using namespace CameraTest;
+
 namespace {
-
-// Red on the left half, blue on the right: where each half lands shows how a picture was drawn.
-QImage halves(const QSize &size)
-{
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(Qt::blue);
-    for (int y = 0; y < size.height(); ++y)
-        for (int x = 0; x < size.width() / 2; ++x)
-            image.setPixel(x, y, qRgb(255, 0, 0));
-    return image;
-}
-
-QByteArray written(const QImage &image, const char *format)
-{
-    QByteArray data;
-    QBuffer buffer(&data);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, format);
-    EXPECT_TRUE(writer.write(image)) << format << ": " << writer.errorString().toStdString();
-    return data;
-}
 
 bool near(QRgb pixel, QColor colour)
 {
@@ -42,7 +21,7 @@ bool near(QRgb pixel, QColor colour)
 
 TEST(SnapshotImage, APictureIsStoredAsPngAndReadsBackPixelForPixel)
 {
-    const QImage picture = halves(SnapshotImage::CaptureSize);
+    const QImage picture = halves(Qt::red, Qt::blue);
     const QByteArray data = SnapshotImage::encode(picture);
     ASSERT_TRUE(data.startsWith("\x89PNG\r\n\x1a\n"));
     const QImage back = SnapshotImage::decode(data);
@@ -60,7 +39,7 @@ TEST(SnapshotImage, APictureIsStoredAsPngAndReadsBackPixelForPixel)
 
 TEST(SnapshotImage, OlderTiffAndJpegSnapshotsAreRead)
 {
-    const QImage picture = halves(QSize(320, 240));
+    const QImage picture = halves(Qt::red, Qt::blue, QSize(320, 240));
     for (const char *format : {"tiff", "jpeg"}) {
         const QImage back = SnapshotImage::decode(written(picture, format));
         ASSERT_EQ(back.size(), QSize(320, 240)) << format;
@@ -89,7 +68,7 @@ TEST(SnapshotImage, AStillPictureComesAsLiveFramesOfTheStartedSizeUntilStopped)
         QList<CSGImage> frames;
         void cameraDidReceiveFrame(CSGCamera *, const CSGImage &frame) override { frames.append(frame); }
     } counter;
-    StillPictureCamera camera(halves(QSize(100, 100)));
+    StillPictureCamera camera(halves(Qt::red, Qt::blue, QSize(100, 100)));
     camera.setDelegate(&counter);
     ASSERT_TRUE(camera.startWithSize(640, 480));
     EXPECT_TRUE(camera.isRunning());

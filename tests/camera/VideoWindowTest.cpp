@@ -1,12 +1,10 @@
-#include "camera/SnapshotImage.h"
+#include "CameraTestSupport.h"
 #include "camera/ui/NSButton_Snapshot.h"
 #include "camera/ui/NSWindow_Snapshot.h"
 #include "camera/ui/VideoController.h"
 #include "list/ui/MainWindowTestSupport.h"
 #include "platform/Alerts.h"
 
-#include <QBuffer>
-#include <QImageWriter>
 #include <QLabel>
 #include <QTest>
 
@@ -16,6 +14,7 @@
 // window, with frames fed through the capture-source seam the desktop camera uses.
 using namespace ListTest;
 using namespace WindowTest;
+using namespace CameraTest;
 
 namespace {
 
@@ -54,34 +53,6 @@ private:
     std::shared_ptr<SourceLog> m_log;
     bool m_running = false;
 };
-
-QImage testFrame(QColor left, QColor right)
-{
-    QImage image(SnapshotImage::CaptureSize, QImage::Format_RGB32);
-    image.fill(right);
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width() / 2; ++x)
-            image.setPixel(x, y, left.rgb());
-    return image;
-}
-
-QByteArray tiffOf(const QImage &image)
-{
-    QByteArray data;
-    QBuffer buffer(&data);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "tiff");
-    EXPECT_TRUE(writer.write(image));
-    return data;
-}
-
-QVariantMap storedRecord(const QString &name)
-{
-    for (const QVariant &value : readStore())
-        if (value.toMap().value(AssignmentKeys::Name).toString() == name)
-            return value.toMap();
-    return {};
-}
 
 class VideoWindow : public ::testing::Test
 {
@@ -156,13 +127,13 @@ TEST_F(VideoWindow, TheFirstPressStartsTheLivePictureAndTheSecondStoresAFullSize
     press(Qt::Key_Return);
     ASSERT_NE(source(), nullptr);
     EXPECT_EQ(log->starts, QList<QSize>{QSize(640, 480)});
-    const QImage first = testFrame(Qt::red, Qt::blue);
-    const QImage second = testFrame(Qt::green, Qt::yellow);
+    const QImage first = halves(Qt::red, Qt::blue);
+    const QImage second = halves(Qt::green, Qt::yellow);
     source()->push(first, 0.0);
     EXPECT_EQ(shownInWindow(), first);
     source()->push(second, 0.04);
     EXPECT_EQ(shownInWindow(), second);
-    EXPECT_FALSE(storedRecord("Essay").contains("Snapshot"));
+    EXPECT_FALSE(storedNamed("Essay").contains("Snapshot"));
 
     press(Qt::Key_Space);
     EXPECT_EQ(video()->camera(), nullptr);
@@ -170,10 +141,10 @@ TEST_F(VideoWindow, TheFirstPressStartsTheLivePictureAndTheSecondStoresAFullSize
     EXPECT_TRUE(window()->isVisible()); // the window stays for another picture
     EXPECT_EQ(shownInWindow(), second);
 
-    const QByteArray stored = storedRecord("Essay").value("Snapshot").toByteArray();
+    const QByteArray stored = storedNamed("Essay").value("Snapshot").toByteArray();
     ASSERT_TRUE(stored.startsWith("\x89PNG")) << stored.left(8).toHex().toStdString();
     EXPECT_EQ(SnapshotImage::decode(stored).convertToFormat(QImage::Format_RGB32), second);
-    EXPECT_FALSE(storedRecord("Lab").contains("Snapshot"));
+    EXPECT_FALSE(storedNamed("Lab").contains("Snapshot"));
     // The list holds the same record it wrote.
     EXPECT_EQ(storedNamed("Essay").value("Snapshot").toByteArray(), stored);
 
@@ -191,13 +162,13 @@ TEST_F(VideoWindow, TheFirstPressStartsTheLivePictureAndTheSecondStoresAFullSize
     window()->close();
     EXPECT_EQ(video()->camera(), nullptr);
     EXPECT_EQ(log->stops, 2);
-    EXPECT_EQ(storedRecord("Essay").value("Snapshot").toByteArray(), stored);
+    EXPECT_EQ(storedNamed("Essay").value("Snapshot").toByteArray(), stored);
 }
 
 TEST_F(VideoWindow, AnOlderTiffSnapshotIsNeverRewrittenAndDeleteClearsItAndNothingElse)
 {
-    const QImage old = testFrame(Qt::gray, Qt::black);
-    const QByteArray tiff = tiffOf(old);
+    const QImage old = halves(Qt::gray, Qt::black);
+    const QByteArray tiff = written(old, "tiff");
     writeStore({record("Essay", {{"Snapshot", tiff}, {"Notes", "bring glue"}}), record("Lab")});
     Window w;
     w.select("Essay");
@@ -206,13 +177,13 @@ TEST_F(VideoWindow, AnOlderTiffSnapshotIsNeverRewrittenAndDeleteClearsItAndNothi
     // Showing it and editing the record keeps the stored bytes as they were.
     w.form()->nameField->setText("Essay, revised");
     w.window->sidebar()->commitEdit();
-    EXPECT_EQ(storedRecord("Essay, revised").value("Snapshot").toByteArray(), tiff);
+    EXPECT_EQ(storedNamed("Essay, revised").value("Snapshot").toByteArray(), tiff);
     openFrom(w);
     EXPECT_EQ(shownInWindow(), old); // the window opens on the assignment's picture
 
     press(Qt::Key_Delete);
     EXPECT_TRUE(shownInWindow().isNull());
-    const QVariantMap essay = storedRecord("Essay, revised");
+    const QVariantMap essay = storedNamed("Essay, revised");
     EXPECT_FALSE(essay.contains("Snapshot"));
     EXPECT_EQ(essay.value("Notes").toString(), "bring glue");
     EXPECT_EQ(readStore().size(), 2); // Delete in this window never deletes from the list
@@ -223,14 +194,14 @@ TEST_F(VideoWindow, AnOlderTiffSnapshotIsNeverRewrittenAndDeleteClearsItAndNothi
 TEST_F(VideoWindow, ACameraThatFailsToStartShowsNoPictureAndTheNextPressClears)
 {
     log->startFails = true;
-    writeStore({record("Essay", {{"Snapshot", SnapshotImage::encode(testFrame(Qt::red, Qt::red))}})});
+    writeStore({record("Essay", {{"Snapshot", SnapshotImage::encode(halves(Qt::red, Qt::red))}})});
     Window w;
     w.select("Essay");
     openFrom(w);
     press(Qt::Key_Space);
     EXPECT_EQ(log->starts.size(), 1);
     press(Qt::Key_Space);
-    EXPECT_FALSE(storedRecord("Essay").contains("Snapshot"));
+    EXPECT_FALSE(storedNamed("Essay").contains("Snapshot"));
     EXPECT_EQ(w.form()->snapshotButton->text(), "none");
 }
 
@@ -243,9 +214,9 @@ TEST_F(VideoWindow, APictureTakenReachesAnotherWindowShowingTheAssignment)
     second.select("Essay");
     openFrom(first);
     press(Qt::Key_Space);
-    source()->push(testFrame(Qt::red, Qt::blue), 0.0);
+    source()->push(halves(Qt::red, Qt::blue), 0.0);
     press(Qt::Key_Space);
-    ASSERT_TRUE(storedRecord("Essay").contains("Snapshot"));
+    ASSERT_TRUE(storedNamed("Essay").contains("Snapshot"));
 
     window()->close();
     second.window->activateWindow();
@@ -255,12 +226,12 @@ TEST_F(VideoWindow, APictureTakenReachesAnotherWindowShowingTheAssignment)
     // And an edit made there afterwards keeps the picture.
     second.form()->nameField->setText("Essay 2");
     second.window->sidebar()->commitEdit();
-    EXPECT_TRUE(storedRecord("Essay 2").contains("Snapshot"));
+    EXPECT_TRUE(storedNamed("Essay 2").contains("Snapshot"));
 }
 
 TEST_F(VideoWindow, TheButtonFaceFollowsItsSizeWhileThePictureStaysWhole)
 {
-    writeStore({record("Essay", {{"Snapshot", SnapshotImage::encode(testFrame(Qt::red, Qt::blue))}})});
+    writeStore({record("Essay", {{"Snapshot", SnapshotImage::encode(halves(Qt::red, Qt::blue))}})});
     Window w;
     w.select("Essay");
     NSButton_Snapshot *button = w.form()->snapshotButton;
