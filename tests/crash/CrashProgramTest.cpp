@@ -1,6 +1,6 @@
 #include "TestEnvironment.h"
+#include "app/ProgramProcess.h"
 
-#include "platform/DateText.h"
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
@@ -27,19 +27,12 @@ struct ProgramRun {
 
 ProgramRun runProgram(const QString &crash)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("HOME"), TestEnvironment::home());
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("TZ"), QStringLiteral("America/New_York"));
-    environment.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("quillory.support.info=true"));
-    environment.insert(QStringLiteral("QUILLORY_TEST_HOOKS"), QStringLiteral("1"));
-    if (crash.isEmpty()) {
-        environment.insert(QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"), QStringLiteral("1"));
-        environment.remove(QStringLiteral("QUILLORY_TEST_CRASH"));
-    } else {
-        environment.remove(QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"));
-        environment.insert(QStringLiteral("QUILLORY_TEST_CRASH"), crash);
-    }
+    // Without a crash to cause, the run quits as soon as its window is up.
+    const QProcessEnvironment environment = ProgramProcess::environment(
+        {{QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("quillory.support.info=true")},
+         {QStringLiteral("QUILLORY_TEST_HOOKS"), QStringLiteral("1")},
+         {QStringLiteral("QUILLORY_QUIT_AFTER_STARTUP"), crash.isEmpty() ? QStringLiteral("1") : QString()},
+         {QStringLiteral("QUILLORY_TEST_CRASH"), crash}});
     QProcess program;
     program.setProcessEnvironment(environment);
     // No core files from the crashes we cause on purpose.
@@ -66,7 +59,8 @@ QString crashLogText()
     return QString::fromUtf8(TestEnvironment::readFile(Paths::crashLog()));
 }
 
-void crashAndOfferAtTheNextStart(const QString &hook, int signal, const QString &signalName, const QString &function)
+// `expected`: texts the log must hold besides its header, the function that crashed among them.
+void crashAndOfferAtTheNextStart(const QString &hook, int signal, const QString &signalName, const QStringList &expected)
 {
     const ProgramRun crashed = runProgram(hook);
     EXPECT_EQ(crashed.status, QProcess::CrashExit) << crashed.errors.toStdString();
@@ -78,7 +72,8 @@ void crashAndOfferAtTheNextStart(const QString &hook, int signal, const QString 
     EXPECT_TRUE(log.contains(QStringLiteral("Signal:     %1 %2").arg(signal).arg(signalName))) << log.toStdString();
     EXPECT_TRUE(log.contains(QStringLiteral("Date/Time:  %1").arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd")))));
     EXPECT_TRUE(log.contains(QStringLiteral("Backtrace of the crashing thread")));
-    EXPECT_TRUE(log.contains(function)) << log.toStdString();
+    for (const QString &text : expected)
+        EXPECT_TRUE(log.contains(text)) << text.toStdString() << "\n" << log.toStdString();
     // Written under another name and renamed into place: nothing half-written is left beside it.
     EXPECT_EQ(QDir(QFileInfo(Paths::crashLog()).absolutePath()).entryList(QDir::Files), QStringList{QStringLiteral("Quillory.crash.log")});
 
@@ -93,20 +88,15 @@ void crashAndOfferAtTheNextStart(const QString &hook, int signal, const QString 
 
 } // namespace
 
-TEST(CrashProgram, ASegmentationFaultIsLoggedWithItsFunctionAndOfferedAtTheNextStart)
+TEST(CrashProgram, ASegmentationFaultIsLoggedWithItsAddressAndFunctionAndOfferedAtTheNextStart)
 {
-    // The log goes at the next start; the address of the fault is read before that.
-    const ProgramRun crashed = runProgram(QStringLiteral("segv"));
-    EXPECT_EQ(crashed.code, SIGSEGV);
-    EXPECT_TRUE(crashLogText().contains(QStringLiteral("Address:    0x0000000000000010"))) << crashLogText().toStdString();
     crashAndOfferAtTheNextStart(QStringLiteral("segv"), SIGSEGV, QStringLiteral("SIGSEGV"),
-                                QStringLiteral("crashWithSegmentationFault"));
+                                {QStringLiteral("Address:    0x0000000000000010"), QStringLiteral("crashWithSegmentationFault")});
 }
 
 TEST(CrashProgram, AnAbortIsLoggedWithTheFunctionThatCalledAbort)
 {
-    crashAndOfferAtTheNextStart(QStringLiteral("abort"), SIGABRT, QStringLiteral("SIGABRT"),
-                                QStringLiteral("crashWithAbort"));
+    crashAndOfferAtTheNextStart(QStringLiteral("abort"), SIGABRT, QStringLiteral("SIGABRT"), {QStringLiteral("crashWithAbort")});
 }
 
 TEST(CrashProgram, AStackOverflowIsLoggedFromTheHandlersOwnStack)
@@ -118,30 +108,24 @@ TEST(CrashProgram, AStackOverflowIsLoggedFromTheHandlersOwnStack)
     EXPECT_TRUE(log.contains(QStringLiteral("crashWithStackOverflow"))) << log.toStdString();
 }
 
-TEST(CrashProgram, ALogOlderThanTheLastStartIsNeitherOfferedNorRemoved)
+// A log found at the first start ever, or one older than the last start, is someone else's or
+// was offered before: it is neither offered nor removed.
+TEST(CrashProgram, TheFirstStartEverAndALogOlderThanTheLastStartOfferNothing)
 {
     TestEnvironment::writeFile(Paths::crashLog(), "an old crash\n");
+    const ProgramRun first = runProgram(QString());
+    EXPECT_FALSE(offered(first)) << first.errors.toStdString();
+    UserDefaults::dropCaches();
+    ASSERT_TRUE(UserDefaults().contains(PreferenceKeys::LastStartup));
+
     QFile log(Paths::crashLog());
     ASSERT_TRUE(log.open(QIODevice::ReadWrite));
     ASSERT_TRUE(log.setFileTime(QDateTime::currentDateTime().addSecs(-3600), QFileDevice::FileModificationTime));
     log.close();
-    UserDefaults().set(PreferenceKeys::LastStartup, DateText::toStoredForm(QDateTime::currentDateTime().addSecs(-60)));
-
     const ProgramRun run = runProgram(QString());
     EXPECT_EQ(run.status, QProcess::NormalExit);
     EXPECT_FALSE(offered(run)) << run.errors.toStdString();
     EXPECT_EQ(crashLogText(), QStringLiteral("an old crash\n"));
-}
-
-TEST(CrashProgram, TheFirstStartEverOffersNoLog)
-{
-    // A log newer than anything, but no "Last Startup": this is the first start.
-    TestEnvironment::writeFile(Paths::crashLog(), "someone else's crash\n");
-    const ProgramRun first = runProgram(QString());
-    EXPECT_FALSE(offered(first)) << first.errors.toStdString();
-    EXPECT_TRUE(QFileInfo::exists(Paths::crashLog()));
-    UserDefaults::dropCaches();
-    EXPECT_TRUE(UserDefaults().contains(PreferenceKeys::LastStartup));
 }
 
 TEST(CrashProgram, TheDebugWindowDeletesDataRelaunchesAndQuitsForAScreenReaderUser)
