@@ -97,12 +97,6 @@ TEST(VCardFolderBook, SeesACardWrittenOrChangedSinceTheLastSearchAndAnotherChose
     EXPECT_EQ(ContactsSettings::folder(), TestEnvironment::home() + "/Empty");
 }
 
-TEST(VCardFolderBook, TheDefaultFolderIsTheOneVdirsyncerAndKhardUse)
-{
-    qunsetenv("XDG_DATA_HOME");
-    EXPECT_EQ(ContactsSettings::folder(), TestEnvironment::home() + "/.local/share/contacts");
-}
-
 TEST(ContactFieldDelegate, ResolvesATypedNameToExactlyOnePersonOrToAnEmptyRecord)
 {
     Book b;
