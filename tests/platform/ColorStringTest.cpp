@@ -9,35 +9,27 @@ TEST(ColorString, WritesComponentsAfterTheSpaceName)
               QStringLiteral("NSCalibratedRGBColorSpace 0.7137 0.7529 0.8118 1"));
 }
 
-TEST(ColorString, ReadsBackAfterSkipping25Characters)
+// The components are read after the 25 characters of the space name; a missing alpha is one, and a
+// component that does not scan stops the rest (they stay zero, alpha one).
+TEST(ColorString, ReadsBackAfterTheSpaceNameUntilAScanFails)
 {
-    auto color = ColorString::toColor(QStringLiteral("NSCalibratedRGBColorSpace 0 0.6 0 1"));
-    ASSERT_TRUE(color);
-    EXPECT_NEAR(color->greenF(), 0.6, 1e-4);
-    EXPECT_NEAR(color->redF(), 0.0, 1e-4);
-    EXPECT_NEAR(color->alphaF(), 1.0, 1e-4);
-}
-
-TEST(ColorString, GreyScaleBlackReadsAsOpaqueBlack)
-{
-    auto color = ColorString::toColor(ColorString::black());
-    ASSERT_TRUE(color);
-    EXPECT_EQ(color->rgba(), QColor(0, 0, 0, 255).rgba());
-}
-
-TEST(ColorString, MissingAlphaIsOneAndAFailedScanStopsTheRest)
-{
-    auto color = ColorString::toColor(QStringLiteral("NSCalibratedRGBColorSpace 1 0.5"));
-    ASSERT_TRUE(color);
-    EXPECT_NEAR(color->redF(), 1.0, 1e-4);
-    EXPECT_NEAR(color->greenF(), 0.5, 1e-4);
-    EXPECT_NEAR(color->alphaF(), 1.0, 1e-4);
-
-    auto broken = ColorString::toColor(QStringLiteral("NSCalibratedRGBColorSpace 1 x 1 0.5"));
-    ASSERT_TRUE(broken);
-    EXPECT_NEAR(broken->redF(), 1.0, 1e-4);
-    EXPECT_NEAR(broken->blueF(), 0.0, 1e-4);
-    EXPECT_NEAR(broken->alphaF(), 1.0, 1e-4);
-
+    const struct {
+        const char *text;
+        double red, green, blue;
+    } cases[] = {{"NSCalibratedRGBColorSpace 0 0.6 0 1", 0, 0.6, 0},
+                 {"NSCalibratedRGBColorSpace 1 0.5", 1, 0.5, 0},
+                 {"NSCalibratedRGBColorSpace 1 x 1 0.5", 1, 0, 0}};
+    for (const auto &c : cases) {
+        const auto color = ColorString::toColor(QString::fromLatin1(c.text));
+        ASSERT_TRUE(color) << c.text;
+        EXPECT_NEAR(color->redF(), c.red, 1e-4) << c.text;
+        EXPECT_NEAR(color->greenF(), c.green, 1e-4) << c.text;
+        EXPECT_NEAR(color->blueF(), c.blue, 1e-4) << c.text;
+        EXPECT_NEAR(color->alphaF(), 1.0, 1e-4) << c.text;
+    }
+    // The grey-scale black of the defaults reads as opaque black.
+    const auto black = ColorString::toColor(ColorString::black());
+    ASSERT_TRUE(black);
+    EXPECT_EQ(black->rgba(), QColor(0, 0, 0, 255).rgba());
     EXPECT_FALSE(ColorString::toColor(QString()));
 }
