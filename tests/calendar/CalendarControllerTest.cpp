@@ -153,26 +153,25 @@ TEST(CalendarControllerTest, AMoveAcrossTheClockChangeKeepsTheHour)
     EXPECT_EQ(f.titlesOn(f.monthly(), QDate(2026, 11, 2)), QStringList{"Essay"});
 }
 
-TEST(CalendarControllerTest, AMoveOfARecordNoLongerStoredWritesNothing)
+// A move of a record no longer stored, or into a store that does not read, writes nothing.
+TEST(CalendarControllerTest, AMoveThatCannotBeStoredLeavesTheFileAlone)
 {
     Fixture f(term());
-    const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
+    QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
     QString error;
     EXPECT_FALSE(DueDateMove::changeDueDay(*f.controller, record("Essay", stored(2026, 11, 24, 17)), kFriday, &error));
     EXPECT_FALSE(error.isEmpty());
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
-}
 
-TEST(CalendarControllerTest, AnUnreadableStoreIsNeverWrittenByAMove)
-{
-    Fixture f(term());
+    // The file turned unreadable under the open window: the record it showed is not written back.
+    const AssignmentRef essay = f.shown("Essay");
     TestEnvironment::writeFile(Paths::assignmentsFile(), "<plist><array><dict><key>Name</key>");
     f.controller->updateWindowInformation();
     ASSERT_FALSE(f.controller->isStoreUsable());
-    const QByteArray before = TestEnvironment::readFile(Paths::assignmentsFile());
-    BVCalendarDayCell *tuesday = f.monthly()->dayCellForDate(kTuesday);
-    EXPECT_EQ(tuesday->model()->rowCount(), 1);
-    EXPECT_FALSE(DueDateMove::changeDueDay(*f.controller, record("Essay"), kFriday));
+    before = TestEnvironment::readFile(Paths::assignmentsFile());
+    EXPECT_EQ(f.monthly()->dayCellForDate(kTuesday)->model()->rowCount(), 1);
+    EXPECT_FALSE(DueDateMove::changeDueDay(*f.controller, essay, kFriday, &error));
+    EXPECT_TRUE(error.contains("could not be read")) << error.toStdString();
     EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), before);
 }
 
