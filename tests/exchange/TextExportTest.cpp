@@ -105,7 +105,7 @@ TEST(TextExport, TheEmailLinkCarriesTheExactBodyWithNothingThatWouldCutItShort)
               "mailto:?subject=Homework%20Assignment&body=Quillory%201.0%20Homework%0A%0A");
 }
 
-TEST(TextExport, SavePanelWritesAndOpensTheFileOrCancelsCleanly)
+TEST(TextExport, SavePanelWritesAndOpensTheFileCancelsCleanlyAndToldOfAFailedWrite)
 {
     QStringList steps;
     auto show = [&] { steps << "show"; };
@@ -125,10 +125,8 @@ TEST(TextExport, SavePanelWritesAndOpensTheFileOrCancelsCleanly)
     ASSERT_EQ(opened.size(), 1);
     EXPECT_EQ(opened.at(0).url, QUrl::fromLocalFile(chosen + ".txt"));
     EXPECT_TRUE(opened.at(0).application.isEmpty());
-}
 
-TEST(TextExport, AFailedWriteIsToldAndOpensNothing)
-{
+    // A write that fails is told, and opens nothing.
     FilePanels::queueAnswer(TestEnvironment::home() + "/no such folder/list.txt");
     EXPECT_FALSE(TextExport::exportAssignmentsToText(sample()));
     EXPECT_TRUE(Workspace::takeOpened().isEmpty());
