@@ -116,7 +116,7 @@ TEST_F(FtpSyncTest, EmptyPathUploadsToTheTopAndItsDownloadFailsWithoutTouchingDa
     EXPECT_EQ(snapshot(dataFolder()), before);
 }
 
-TEST_F(FtpSyncTest, FailedTransfersShowCurlsMessageAndLeaveLocalDataAlone)
+TEST_F(FtpSyncTest, FailedTransfersShowCurlsMessageAndLeaveLocalDataAloneAndQuitEndsTheSequence)
 {
     QDir(m_root.path()).mkpath(QStringLiteral("planner"));
     writeSampleData(QStringLiteral("local"));
@@ -161,45 +161,18 @@ TEST_F(FtpSyncTest, FailedTransfersShowCurlsMessageAndLeaveLocalDataAlone)
     ASSERT_EQ(asked.size(), 1);
     EXPECT_TRUE(asked[0].message.contains(QStringLiteral("curl: (67)")));
     EXPECT_FALSE(QFileInfo::exists(remote(QStringLiteral("planner/Quillory.tar"))));
-}
 
-TEST_F(FtpSyncTest, QuitStopsTheSequenceAndHandsOverToTheQuitPath)
-{
-    writeSampleData(QStringLiteral("local"));
-    writeSettings(ftpSettings(QStringLiteral("/nowhere/")));
+    // "Quit" stops the sequence and hands over to the quit path.
     int quits = 0;
     Syncing::setQuitHandler([&] { ++quits; });
-    Syncing engine;
+    Syncing quitting;
     Alerts::queueAnswer(Syncing::QuitButton);
-    engine.downloadData();
+    quitting.downloadData();
     EXPECT_EQ(quits, 1);
-    EXPECT_TRUE(engine.quitWasChosen());
+    EXPECT_TRUE(quitting.quitWasChosen());
     EXPECT_EQ(m_sheet.last(), QStringLiteral("hide"));
     EXPECT_FALSE(SyncArchive::archiveExists());
-}
-
-TEST_F(FtpSyncTest, ToolbarUploadRunsOnItsOwnThread)
-{
-    QDir(m_root.path()).mkpath(QStringLiteral("planner"));
-    writeSampleData(QStringLiteral("local"));
-    writeSettings(ftpSettings(QStringLiteral("/planner/")));
-    QThread *sheetThread = nullptr;
-    Syncing::setProgressPresenter({[&](const QString &) { sheetThread = QThread::currentThread(); }, [] {}});
-    Syncing engine;
-    QSignalSpy finished(&engine, &Syncing::asynchronousUploadFinished);
-    engine.syncData();
-    ASSERT_TRUE(finished.wait(30000));
-    EXPECT_NE(sheetThread, QThread::currentThread());
-    EXPECT_TRUE(QFileInfo::exists(remote(QStringLiteral("planner/Quillory.tar"))));
-
-    // A failure's alert is handed to the interface thread while the worker waits for the answer.
-    setFtpPassword(QStringLiteral("wrong"));
-    Alerts::queueAnswer(Syncing::ContinueButton);
-    engine.syncData();
-    ASSERT_TRUE(finished.wait(30000));
-    const auto asked = Alerts::takeAsked();
-    ASSERT_EQ(asked.size(), 1);
-    EXPECT_TRUE(asked[0].message.contains(QStringLiteral("curl: (67)")));
+    EXPECT_EQ(snapshot(dataFolder()), before);
 }
 
 // Every command line of this process's children while `work` runs, read from /proc as any user of
@@ -272,7 +245,7 @@ TEST_F(FtpSyncTest, ThePasswordNeverAppearsOnACommandLineAndAnyPasswordLogsIn)
     EXPECT_GE(curls, 2) << "the transfers were not seen: " << lines.join(QLatin1Char('\n')).toStdString();
 }
 
-TEST_F(FtpSyncTest, OneSyncAtATimeAndAQuitWaitsForTheToolbarUpload)
+TEST_F(FtpSyncTest, TheToolbarUploadRunsOnItsOwnThreadOneAtATimeAndAQuitWaitsForIt)
 {
     QDir(m_root.path()).mkpath(QStringLiteral("planner"));
     writeSampleData(QStringLiteral("local"));
@@ -302,13 +275,25 @@ TEST_F(FtpSyncTest, OneSyncAtATimeAndAQuitWaitsForTheToolbarUpload)
     EXPECT_TRUE(finished.count() == 1 || finished.wait(30000));
     EXPECT_TRUE(Alerts::takeAsked().isEmpty());
 
-    std::lock_guard lock(mutex);
-    const qsizetype firstOfQuit = threads.indexOf(QThread::currentThread());
-    ASSERT_GT(firstOfQuit, 0);
-    for (qsizetype i = 0; i < threads.size(); ++i)
-        EXPECT_EQ(threads[i] == QThread::currentThread(), i >= firstOfQuit) << "sheet event " << i << " overlaps";
+    {
+        std::lock_guard lock(mutex);
+        const qsizetype firstOfQuit = threads.indexOf(QThread::currentThread());
+        ASSERT_GT(firstOfQuit, 0) << "the toolbar's upload showed its sheets on the interface thread";
+        for (qsizetype i = 0; i < threads.size(); ++i)
+            EXPECT_EQ(threads[i] == QThread::currentThread(), i >= firstOfQuit) << "sheet event " << i << " overlaps";
+    }
     const auto listed = CommandLine::run(QStringLiteral("/usr/bin/tar"),
                                          {QStringLiteral("-tf"), remote(QStringLiteral("planner/Quillory.tar"))});
     EXPECT_EQ(listed.exitStatus, 0) << listed.output.toStdString();
     EXPECT_TRUE(listed.output.contains(QStringLiteral("tmp/Quillory/Attachments/lecture.mov")));
+
+    // A failure's alert is handed to the interface thread while the worker waits for the answer.
+    setFtpPassword(QStringLiteral("wrong"));
+    Alerts::queueAnswer(Syncing::ContinueButton);
+    finished.clear();
+    EXPECT_TRUE(engine.syncData());
+    ASSERT_TRUE(finished.wait(30000));
+    const auto asked = Alerts::takeAsked();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked[0].message.contains(QStringLiteral("curl: (67)")));
 }
