@@ -40,9 +40,7 @@ TEST(DesktopNotifications, ARealDaemonReceivesTheGroupedReminder)
     // Read as markup, the ampersand goes as an entity; as plain text, as it is.
     EXPECT_EQ(received[0].body, (markup ? QStringLiteral("Essay &amp; outline") : QStringLiteral("Essay & outline")) +
                                     QStringLiteral(", due tomorrow at 9:00 AM\nLab, due tomorrow at 9:00 AM"));
-    QString count;
-    ASSERT_TRUE(daemon.dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}, &count));
-    EXPECT_EQ(count.trimmed(), QStringLiteral("1"));
+    EXPECT_TRUE(daemon.waitForDisplayed(1));
   }
 }
 
@@ -73,13 +71,7 @@ TEST(DesktopNotifications, EachActionInvokedByTheDaemonComesBackWithItsAssignmen
         const qsizetype before = opened.size() + completed.size() + snoozed.size();
         notifications.show(Reminder{Clock::now(), {record}, false});
         ASSERT_TRUE(shown.wait(10000));
-        ASSERT_TRUE(QTest::qWaitFor(
-            [&] {
-                QString count;
-                return daemon.dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}, &count) &&
-                       count.trimmed() == QStringLiteral("1");
-            },
-            10000));
+        ASSERT_TRUE(daemon.waitForDisplayed(1));
         ASSERT_TRUE(daemon.dunstctl({QStringLiteral("action"), QStringLiteral("0")}));
         ASSERT_TRUE(item.spy->wait(10000) || item.spy->size() > 0);
         EXPECT_EQ(opened.size() + completed.size() + snoozed.size(), before + 1);

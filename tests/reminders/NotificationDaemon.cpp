@@ -155,3 +155,14 @@ bool NotificationDaemon::dunstctl(const QStringList &arguments, QString *output)
         *output = QString::fromUtf8(process.readAll());
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
+
+bool NotificationDaemon::waitForDisplayed(int count) const
+{
+    return QTest::qWaitFor(
+        [&] {
+            QString output;
+            return dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}, &output)
+                && output.trimmed() == QString::number(count);
+        },
+        10000);
+}

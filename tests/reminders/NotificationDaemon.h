@@ -35,6 +35,8 @@ public:
     QList<Received> received() const;
     // dunstctl, against this daemon.
     bool dunstctl(const QStringList &arguments, QString *output = nullptr) const;
+    // Whether, within ten seconds, dunst shows exactly `count` notifications.
+    bool waitForDisplayed(int count) const;
     QString display() const { return m_display; }
 
 private:

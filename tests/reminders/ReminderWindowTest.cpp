@@ -30,17 +30,6 @@ QVariantMap dueToday(int hour)
     return {{AssignmentKeys::Date, stored(2026, 11, 22, hour)}};
 }
 
-bool displayedCount(const NotificationDaemon &daemon, int count)
-{
-    return QTest::qWaitFor(
-        [&] {
-            QString output;
-            return daemon.dunstctl({QStringLiteral("count"), QStringLiteral("displayed")}, &output) &&
-                   output.trimmed() == QString::number(count);
-        },
-        10000);
-}
-
 } // namespace
 
 TEST(ReminderWindow, MarkCompleteAndOpenFromTheDaemonActOnTheMainWindowAndSave)
@@ -60,7 +49,7 @@ TEST(ReminderWindow, MarkCompleteAndOpenFromTheDaemonActOnTheMainWindowAndSave)
     // Two hours before the essay is due its reminder comes; the daemon's action completes it.
     Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(12, 0, 30)));
     delivery.schedule().deliverDue();
-    ASSERT_TRUE(displayedCount(daemon, 1));
+    ASSERT_TRUE(daemon.waitForDisplayed(1));
     EXPECT_EQ(daemon.received().last().summary, QStringLiteral("Essay"));
     ASSERT_TRUE(daemon.dunstctl({QStringLiteral("action"), QStringLiteral("0")}));
     ASSERT_TRUE(QTest::qWaitFor([&] { return storedNamed("Essay").value(AssignmentKeys::Completed).toInt() == 1; },
@@ -75,7 +64,7 @@ TEST(ReminderWindow, MarkCompleteAndOpenFromTheDaemonActOnTheMainWindowAndSave)
     daemon.dunstctl({QStringLiteral("close-all")});
     Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(14, 0, 30)));
     delivery.schedule().deliverDue();
-    ASSERT_TRUE(displayedCount(daemon, 1));
+    ASSERT_TRUE(daemon.waitForDisplayed(1));
     ASSERT_TRUE(daemon.dunstctl({QStringLiteral("action"), QStringLiteral("0")}));
     ASSERT_TRUE(QTest::qWaitFor([&] { return w.controller()->singleSelectedRow() == w.rowOf("Lab"); }, 10000));
     EXPECT_TRUE(w.window->isVisible());
@@ -174,25 +163,25 @@ TEST(ReminderWindow, ANotificationOnScreenIsTakenBackWhenItsAssignmentIsComplete
     Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(12, 0, 30)));
     delivery.schedule().deliverDue();
     ASSERT_TRUE(shown.wait(10000));
-    ASSERT_TRUE(displayedCount(daemon, 1));
+    ASSERT_TRUE(daemon.waitForDisplayed(1));
     // Another row's edit leaves the essay's notification where it is.
     w.select("Reading");
     w.controller()->editing().markAssignmentAsCompleted();
     QCoreApplication::processEvents();
-    ASSERT_TRUE(displayedCount(daemon, 1));
+    ASSERT_TRUE(daemon.waitForDisplayed(1));
     w.controller()->editing().markAssignmentAsCompleted(w.rowOf("Essay"));
-    EXPECT_TRUE(displayedCount(daemon, 0));
+    EXPECT_TRUE(daemon.waitForDisplayed(0));
     EXPECT_EQ(delivery.notifications().openCount(), 0);
 
     Clock::pin(QDateTime(QDate(2026, 11, 22), QTime(14, 0, 30)));
     delivery.schedule().deliverDue();
     ASSERT_TRUE(shown.wait(10000));
-    ASSERT_TRUE(displayedCount(daemon, 1));
+    ASSERT_TRUE(daemon.waitForDisplayed(1));
     w.select("Lab");
     Alerts::queueAnswer("Yes");
     w.controller()->editing().deleteAssignment();
     ASSERT_LT(w.rowOf("Lab"), 0);
-    EXPECT_TRUE(displayedCount(daemon, 0));
+    EXPECT_TRUE(daemon.waitForDisplayed(0));
 }
 
 TEST(ReminderWindow, TheSidebarsReminderChoiceIsStoredWithTheAssignmentAndScheduled)
