@@ -316,6 +316,7 @@ void expandRecurrences(icalcomponent *calendar, icalcomponent *master, const Fee
               [](const Occurrence &a, const Occurrence &b) { return a.original < b.original; });
     for (Occurrence &occurrence : occurrences) {
         occurrence.event.uid = series.uid + QLatin1Char('/') + occurrence.key;
+        occurrence.event.seriesUid = series.uid;
         into.append(std::move(occurrence.event));
     }
 }
@@ -382,6 +383,7 @@ bool readComponents(icalcomponent *calendar, FeedContents &contents, QString *er
             if (!readEvent(calendar, c, event, error))
                 return false;
             const QString id = propertyText(c, ICAL_RECURRENCEID_PROPERTY);
+            event.seriesUid = event.uid;
             event.uid += QLatin1Char('/') + id;
             contents.events.append(std::move(event));
         }

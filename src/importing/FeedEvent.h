@@ -10,6 +10,9 @@ struct FeedEvent {
     // The calendar's UID, or a key made from the summary and the start when the feed gives none, so
     // that importing the same file again still finds the same assignment.
     QString uid;
+    // For one occurrence of a repeating entry, the series' own UID (which earlier versions, taking a
+    // series as one entry, kept in the record); empty otherwise.
+    QString seriesUid;
     QString summary;
     QString notes;          // DESCRIPTION reduced to text, with the URL property appended
     QDateTime due;          // local; invalid when the entry has no date

@@ -63,6 +63,44 @@ void writeImported(Assignment &record, const ImportPlan::Item &item, const QStri
     record.set(ImportKeys::Record, imported);
 }
 
+// Earlier versions took a repeating entry as one assignment under the series' UID. Of the series'
+// occurrences, the one that shares that assignment's due date (as imported, else as it is now)
+// continues it, else the first one, so the first fetch of the series as occurrences neither adds a
+// second copy of it nor loses what the student changed. A series whose assignment the student
+// deleted (its UID among `deleted`) has that occurrence count as deleted. Occurrence UID -> series UID.
+QHash<QString, QString> formerUids(const FeedContents &contents, const QHash<QString, AssignmentRef> &byUid,
+                                   const QSet<QString> &deleted)
+{
+    QHash<QString, QList<const FeedEvent *>> series;
+    for (const FeedEvent &event : contents.events)
+        if (!event.seriesUid.isEmpty() && (byUid.contains(event.seriesUid) || deleted.contains(event.seriesUid)))
+            series[event.seriesUid].append(&event);
+    QHash<QString, QString> formers;
+    for (auto it = series.cbegin(); it != series.cend(); ++it) {
+        const FeedEvent *chosen = it.value().first();
+        if (const AssignmentRef former = byUid.value(it.key())) {
+            const QString imported = importedValues(*former).value(ImportKeys::Date).toString();
+            const QString own = former->string(AssignmentKeys::Date);
+            const auto sharing = [&it](const QString &date) -> const FeedEvent * {
+                if (date.isEmpty())
+                    return nullptr;
+                for (const FeedEvent *event : it.value())
+                    if (event->due.isValid() && DateText::toStoredForm(event->due) == date)
+                        return event;
+                return nullptr;
+            };
+            if (const FeedEvent *event = sharing(imported))
+                chosen = event;
+            else if (const FeedEvent *event = sharing(own))
+                chosen = event;
+        }
+        // An occurrence already imported as itself is its own assignment.
+        if (!byUid.contains(chosen->uid))
+            formers.insert(chosen->uid, it.key());
+    }
+    return formers;
+}
+
 } // namespace
 
 QString ImportPlan::uidOf(const Assignment &record)
@@ -92,6 +130,7 @@ ImportPlan ImportPlan::make(const FeedContents &contents, const AssignmentList &
     plan.m_source = source;
     plan.m_items.reserve(contents.events.size());
     const QHash<QString, AssignmentRef> byUid = recordsByUid(records);
+    const QHash<QString, QString> formers = formerUids(contents, byUid, deletedIfMissing);
     QSet<QString> seen;
     seen.reserve(contents.events.size());
     for (const FeedEvent &event : contents.events) {
@@ -111,7 +150,11 @@ ImportPlan ImportPlan::make(const FeedContents &contents, const AssignmentList &
             item.reason = why;
             item.chosen = false;
         };
-        const AssignmentRef existing = byUid.value(event.uid);
+        AssignmentRef existing = byUid.value(event.uid);
+        if (!existing && formers.contains(event.uid)) {
+            item.formerUid = formers.value(event.uid);
+            existing = byUid.value(item.formerUid);
+        }
         if (seen.contains(event.uid)) {
             // Repeated UIDs are moved occurrences of one entry; the first one stands for it.
             skip(QStringLiteral("appears more than once in the calendar"));
@@ -129,7 +172,8 @@ ImportPlan ImportPlan::make(const FeedContents &contents, const AssignmentList &
                 item.course = existing->string(AssignmentKeys::Course);
                 item.newCourse = false;
             }
-        } else if (deletedIfMissing.contains(event.uid)) {
+        } else if (deletedIfMissing.contains(event.uid)
+                   || (!item.formerUid.isEmpty() && deletedIfMissing.contains(item.formerUid))) {
             skip(QStringLiteral("deleted here since it was imported"));
         } else {
             item.action = Action::Add;
@@ -148,7 +192,15 @@ ImportPlan::Result ImportPlan::apply(AssignmentList &records, const QStringList 
     for (const Item &item : m_items) {
         if (!item.chosen || item.action == Action::Skip)
             continue;
-        if (const AssignmentRef existing = byUid.value(item.uid)) {
+        AssignmentRef existing = byUid.value(item.uid);
+        if (!existing && !item.formerUid.isEmpty() && (existing = byUid.value(item.formerUid))) {
+            // The series' one assignment becomes this occurrence's when it is updated.
+            if (isUnedited(*existing) && !changes(importedValues(*existing), item).isEmpty()) {
+                byUid.remove(item.formerUid);
+                byUid.insert(item.uid, existing);
+            }
+        }
+        if (existing) {
             // Imported or edited since the preview: only an unedited record with changed values moves.
             if (!isUnedited(*existing) || changes(importedValues(*existing), item).isEmpty())
                 continue;

@@ -40,6 +40,10 @@ public:
         bool completed = false;
         QString reason;         // what changes, or why it is skipped
         bool chosen = true;     // the preview's check box; skipped items start unchosen
+        // An occurrence of a repeating entry that continues the one assignment an earlier version
+        // made of the whole series: that assignment's UID (the series' own). Updating it moves the
+        // record to the occurrence's UID.
+        QString formerUid;
     };
     struct Result {
         int added = 0;

@@ -50,6 +50,7 @@ void HistoryRecorder::reloaded()
     else
         rebase();
     m_nextName.clear();
+    m_nextCompanion.reset();
 }
 
 void HistoryRecorder::closeGroup()
@@ -59,6 +60,7 @@ void HistoryRecorder::closeGroup()
         record();
     }
     m_nextName.clear();
+    m_nextCompanion.reset();
 }
 
 void HistoryRecorder::rebase()
@@ -76,6 +78,7 @@ void HistoryRecorder::clear(const QString &reason)
     m_redo.clear();
     m_clearedReason = reason;
     m_nextName.clear();
+    m_nextCompanion.reset();
     rebase();
     Q_EMIT changed();
 }
@@ -118,9 +121,11 @@ void HistoryRecorder::record()
         if (!matched[i - prefix])
             step.before.append({i, m_saved[i]});
     rebase();
+    std::shared_ptr<Companion> companion = std::exchange(m_nextCompanion, nullptr);
     if (step.before.isEmpty() && step.after.isEmpty())
         return;
     step.name = m_nextName.isEmpty() ? describe(step) : m_nextName;
+    step.companion = std::move(companion);
     m_nextName.clear();
     m_undo.append(step);
     m_redo.clear();
@@ -200,6 +205,8 @@ std::optional<HistoryRecorder::Applied> HistoryRecorder::undo(const AssignmentLi
         clear(CantUndoAfterOutsideChange);
         return std::nullopt;
     }
+    if (step.companion && step.companion->undone)
+        step.companion->undone(applied->list);
     m_redo.append(step);
     Q_EMIT changed();
     return applied;
@@ -216,6 +223,8 @@ std::optional<HistoryRecorder::Applied> HistoryRecorder::redo(const AssignmentLi
         clear(CantUndoAfterOutsideChange);
         return std::nullopt;
     }
+    if (step.companion && step.companion->redone)
+        step.companion->redone(applied->list);
     m_undo.append(step);
     Q_EMIT changed();
     return applied;

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 // The undo history of the assignments. Every save of the list is compared with the list as it was
@@ -35,10 +36,18 @@ public:
         qsizetype position = 0;
         Assignment value;
     };
+    // What a step changed besides the assignments (the courses an import added). It is taken back
+    // after the step's records are, and made again after they are, each time given the records as
+    // the step leaves them.
+    struct Companion {
+        std::function<void(const AssignmentList &)> undone;
+        std::function<void(const AssignmentList &)> redone;
+    };
     struct Step {
         QString name;
         QList<Record> before;
         QList<Record> after;
+        std::shared_ptr<Companion> companion;
     };
     // The list a step leads to, and the records of it the step brought back (to be selected).
     struct Applied {
@@ -50,6 +59,8 @@ public:
 
     // Names the change the next recorded step makes (instead of the name read from the records).
     void nameNextChange(const QString &name) { m_nextName = name; }
+    // Joins `companion` to the step the next recorded change makes.
+    void accompanyNextChange(std::shared_ptr<Companion> companion) { m_nextCompanion = std::move(companion); }
     // While the returned guard lives, saves make no step; the step is made when the outermost goes.
     [[nodiscard]] auto group()
     {
@@ -97,6 +108,7 @@ private:
     QList<Step> m_undo;
     QList<Step> m_redo;
     QString m_nextName;
+    std::shared_ptr<Companion> m_nextCompanion;
     QString m_clearedReason;
     int m_depth = 0;
     bool m_dirty = false;

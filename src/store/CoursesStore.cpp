@@ -431,6 +431,21 @@ bool CoursesStore::deleteCourseOrTextbook(int row)
     return true;
 }
 
+bool CoursesStore::deleteCourseNamed(const QString &name)
+{
+    reloadIfChangedOnDisk();
+    if (!m_usable)
+        return false;
+    for (int row = 0; row < m_combined.size(); ++row) {
+        const QVariantMap record = m_combined[row].toMap();
+        if (isCourse(record) && record.value(CourseKeys::Name).toString() == name) {
+            m_combined.erase(m_combined.begin() + row, m_combined.begin() + groupEnd(row));
+            return saveData();
+        }
+    }
+    return false;
+}
+
 void CoursesStore::moveInList(QStringList &list, int from, int dropRow)
 {
     if (from < 0 || from >= list.size())

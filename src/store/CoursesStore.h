@@ -99,6 +99,9 @@ public:
     int editTextbook(int row, const TextbookForm &form, bool fromNameField);
     // Asks first while "Display Warning Messages" is on. Returns whether it deleted.
     bool deleteCourseOrTextbook(int row);
+    // Deletes the first course of that name with its textbooks, without asking: for taking back a
+    // course the program itself added. Returns whether it deleted.
+    bool deleteCourseNamed(const QString &name);
 
     // Drag and drop within one table: the item at `from` moves to drop row `dropRow`.
     // Returns the new row of the previously selected record (`selectedRow`), or -1.

@@ -1,6 +1,7 @@
 #include "widgets/URLTextViewAdditions.h"
 
 #include <QTextCharFormat>
+#include <QUrl>
 
 namespace {
 
@@ -172,6 +173,11 @@ QString URLTextViewAdditions::linkTarget(QStringView word)
         }
     }
     if (target.isEmpty() || !isWellFormedUrl(target))
+        return {};
+    // A click hands the target to the desktop as a QUrl, which takes host names more strictly than
+    // the URL syntax: a comma or bracket that ends a typed host ("www.example.com,") names no host it
+    // could open. Such a word is no link, so that no link is drawn that opens nothing.
+    if (!QUrl(target).isValid())
         return {};
     return target;
 }

@@ -5,6 +5,8 @@
 #include "platform/Alerts.h"
 #include "platform/FilePanels.h"
 #include "platform/Paths.h"
+#include "platform/PropertyList.h"
+#include "store/CoursesStore.h"
 
 #include <QAbstractButton>
 #include <QLabel>
@@ -49,6 +51,20 @@ QStringList storedNames()
     // The list keeps the store in its sort order; what matters here is which records it holds.
     names.sort();
     return names;
+}
+
+QVariantList coursesOnDisk()
+{
+    return PropertyList::readFile(Paths::coursesFile()).value_or(QVariant()).toList();
+}
+
+// Imports every entry of `file` through the preview, as the student would.
+void importAll(Window &w, const QString &file)
+{
+    CalendarImportSheet *sheet = openPreview(w, file);
+    ASSERT_NE(sheet, nullptr);
+    QTest::mouseClick(sheet->importButton(), Qt::LeftButton);
+    QCoreApplication::processEvents();
 }
 
 } // namespace
@@ -152,4 +168,65 @@ TEST(CalendarImportWindow, EveryControlOfThePreviewHasAnAccessibleName)
     EXPECT_EQ(repeated->text(0), "Skip");
     EXPECT_FALSE(repeated->flags() & Qt::ItemIsUserCheckable);
     sheet->reject();
+}
+
+TEST(CalendarImportWindow, UndoingAnImportTakesBackTheCoursesItAddedAndRedoAddsThemAgain)
+{
+    freshPreferences();
+    writeCourses({course("ENG 101")});
+    writeStore({record("Own assignment")});
+    Window w;
+    const QVariantList coursesBefore = coursesOnDisk();
+    const QByteArray storeBefore = TestEnvironment::readFile(Paths::assignmentsFile());
+    importAll(w, QStringLiteral("feed-before.ics"));
+    EXPECT_EQ(CoursesStore().getCoursesArray(), QStringList({"ENG 101", "CHEM 105"}));
+    EXPECT_NE(w.filterButton("CHEM 105", 1), nullptr);
+
+    for (int round = 0; round < 2; ++round) {
+        w.window->perform(MainMenus::Command::Undo);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(TestEnvironment::readFile(Paths::assignmentsFile()), storeBefore);
+        // The course the student had stays; the one the import brought goes with its assignment.
+        EXPECT_EQ(coursesOnDisk(), coursesBefore);
+        EXPECT_EQ(w.filterButton("CHEM 105", 1), nullptr);
+
+        w.window->perform(MainMenus::Command::Redo);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(storedNames(), QStringList({"Essay 3", "Lab 9", "Outline", "Own assignment", "Peer review"}));
+        EXPECT_EQ(CoursesStore().getCoursesArray(), QStringList({"ENG 101", "CHEM 105"}));
+        EXPECT_NE(w.filterButton("CHEM 105", 1), nullptr);
+    }
+}
+
+TEST(CalendarImportWindow, UndoingAnImportKeepsAnAddedCourseTheStudentChangedOrAlreadyUsed)
+{
+    freshPreferences();
+    setGeneral(PreferenceKeys::GeneralKeys::DisplayWarningMessages, true);
+    writeCourses({course("ENG 101")});
+    writeStore({record("Own assignment")});
+    {
+        Window w;
+        importAll(w, QStringLiteral("feed-before.ics"));
+        // The courses window gives the new course a textbook before the import is undone.
+        CoursesStore courses;
+        const int row = int(courses.getCoursesArray().indexOf("CHEM 105"));
+        ASSERT_GE(row, 0);
+        courses.addTextbook(int(courses.getCombined().indexOf(CourseRecords::course("CHEM 105"))));
+        w.window->perform(MainMenus::Command::Undo);
+        QCoreApplication::processEvents();
+        EXPECT_EQ(storedNames(), QStringList({"Own assignment"}));
+        EXPECT_EQ(CoursesStore().getCoursesArray(), QStringList({"ENG 101", "CHEM 105"}));
+        EXPECT_TRUE(Alerts::takeAsked().isEmpty());
+    }
+
+    // An assignment of the student's already named the course the import added to the courses.
+    writeCourses({course("ENG 101")});
+    writeStore({record("Own assignment", {{AssignmentKeys::Course, QStringLiteral("CHEM 105")}})});
+    Window w;
+    importAll(w, QStringLiteral("feed-before.ics"));
+    EXPECT_EQ(CoursesStore().getCoursesArray(), QStringList({"ENG 101", "CHEM 105"}));
+    w.window->perform(MainMenus::Command::Undo);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(storedNames(), QStringList({"Own assignment"}));
+    EXPECT_EQ(CoursesStore().getCoursesArray(), QStringList({"ENG 101", "CHEM 105"}));
 }

@@ -35,6 +35,7 @@ public:
     {
         m_port = LocalServers::freePort();
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        LocalServers::endWithTest(m_process);
         m_process.start(QStringLiteral("/usr/bin/python3"),
                         {QStringLiteral(QUILLORY_TEST_DATA_DIR "/../importing/feed_server.py"), QString::number(m_port),
                          m_folder.path()});

@@ -220,3 +220,57 @@ TEST(ImportPlan, TheCalendarExportOfImportedAssignmentsIsUnchangedByWhatTheyReme
         EXPECT_TRUE(imported.contains("Reading quiz"));
     }
 }
+
+TEST(ImportPlan, ASeriesAnEarlierVersionKeptAsOneAssignmentIsNotDuplicatedByItsOccurrences)
+{
+    // Earlier versions took a repeating entry as one assignment under the series' UID, dated at
+    // its start (or, once moved, at the occurrence it stood for).
+    const auto former = [](const QString &uid, const QString &name, const QString &date, const QString &ownName) {
+        QVariantMap imported{{ImportKeys::Uid, uid}, {ImportKeys::Source, QStringLiteral("example.edu")},
+                             {ImportKeys::Name, name}, {ImportKeys::Date, date}, {ImportKeys::Notes, QString()}};
+        return Assignments::make({{Name, ownName}, {Date, date}, {ImportKeys::Record, imported}});
+    };
+    AssignmentList records = {
+        former("ps@example.edu", "Problem set", "2026-11-03 17:00:00 -0500", "Problem set"),
+        former("lab@example.edu", "Lab report", "2026-11-12 14:00:00 -0500", "Lab report"),
+        former("talk@example.edu", "Guest lecture", "2026-11-06 16:00:00 -0500", "Talk, with my questions"),
+    };
+    const AssignmentRef problemSet = records[0];
+    const AssignmentRef talk = records[2];
+    // The subscription remembers the series' UIDs; the quiz's assignment was deleted here.
+    const QSet<QString> broughtIn{"ps@example.edu", "lab@example.edu", "talk@example.edu", "quiz@example.edu"};
+    const ImportPlan first = ImportPlan::make(feed("legacy-series.ics"), records, Courses, "example.edu", broughtIn);
+
+    // The first occurrence continues the old assignment: unedited, it takes the feed's new notes.
+    EXPECT_EQ(item(first, "ps@example.edu/20261103T170000").action, Action::Update);
+    EXPECT_EQ(item(first, "ps@example.edu/20261103T170000").reason, "new notes");
+    EXPECT_EQ(item(first, "ps@example.edu/20261110T170000").action, Action::Add);
+    // The occurrence sharing the old assignment's date is the one it stood for.
+    EXPECT_EQ(item(first, "lab@example.edu/20261105T140000").action, Action::Add);
+    EXPECT_EQ(item(first, "lab@example.edu/20261112T140000").action, Action::Skip);
+    EXPECT_EQ(item(first, "lab@example.edu/20261112T140000").reason, "unchanged since the last import");
+    // The feed renamed the talk, but the student had renamed it first: their edit stands. The deleted
+    // one stays deleted.
+    EXPECT_EQ(item(first, "talk@example.edu/20261106T160000").reason, "edited here since it was imported");
+    EXPECT_EQ(item(first, "quiz@example.edu/20261109T090000").reason, "deleted here since it was imported");
+    EXPECT_EQ(item(first, "quiz@example.edu/20261116T090000").action, Action::Add);
+
+    const ImportPlan::Result result = first.apply(records, Courses);
+    EXPECT_EQ(result.updated, 1);
+    EXPECT_EQ(result.added, 3 + 2 + 1 + 1);
+    EXPECT_EQ(records.size(), 3 + 7);
+    QSet<QPair<QString, QString>> seen;
+    for (const AssignmentRef &r : records) {
+        const QPair<QString, QString> key{r->string(Name), r->string(Date)};
+        EXPECT_FALSE(seen.contains(key)) << qPrintable(key.first) << " " << qPrintable(key.second);
+        seen.insert(key);
+    }
+    EXPECT_EQ(ImportPlan::uidOf(*problemSet), "ps@example.edu/20261103T170000");
+    EXPECT_EQ(problemSet->string(Notes), "Chapter 3");
+    EXPECT_EQ(talk->string(Name), "Talk, with my questions");
+
+    // The next refresh finds every occurrence where the first one left it.
+    const ImportPlan second = ImportPlan::make(feed("legacy-series.ics"), records, Courses, "example.edu", broughtIn);
+    EXPECT_EQ(second.count(Action::Add), 0);
+    EXPECT_EQ(second.count(Action::Update), 0);
+}

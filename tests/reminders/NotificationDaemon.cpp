@@ -1,5 +1,7 @@
 #include "NotificationDaemon.h"
 
+#include "LocalServers.h"
+
 #include <QDBusConnectionInterface>
 #include <QFile>
 #include <QProcess>
@@ -38,7 +40,7 @@ bool NotificationDaemon::start(const QList<std::pair<QString, QString>> &actionR
            QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number)))
         ++number;
     m_display = QStringLiteral(":%1").arg(number);
-    m_xvfb = std::make_unique<QProcess>();
+    m_xvfb = LocalServers::serverProcess();
     m_xvfb->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_xvfb->start(QStringLiteral("Xvfb"), {m_display, QStringLiteral("-screen"), QStringLiteral("0"),
                                           QStringLiteral("1024x768x24"), QStringLiteral("-nolisten"),
@@ -48,7 +50,7 @@ bool NotificationDaemon::start(const QList<std::pair<QString, QString>> &actionR
         return false;
     }
 
-    m_bus = std::make_unique<QProcess>();
+    m_bus = LocalServers::serverProcess();
     m_bus->start(QStringLiteral("dbus-daemon"),
                  {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
     if (!m_bus->waitForStarted() ||
@@ -98,7 +100,7 @@ bool NotificationDaemon::start(const QList<std::pair<QString, QString>> &actionR
     m_environment.insert(QStringLiteral("DISPLAY"), m_display);
     m_environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_address);
     m_environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    m_dunst = std::make_unique<QProcess>();
+    m_dunst = LocalServers::serverProcess();
     m_dunst->setProcessEnvironment(m_environment);
     m_dunst->setProcessChannelMode(QProcess::MergedChannels);
     m_dunst->start(QStringLiteral("dunst"), {QStringLiteral("-config"), configPath});

@@ -10,6 +10,7 @@
 #include <arpa/inet.h>
 #include <csignal>
 #include <netinet/in.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -46,6 +47,28 @@ void stopByPid(std::unique_ptr<QProcess> &process)
 }
 
 } // namespace
+
+void endWithTest(QProcess &process)
+{
+    const pid_t test = ::getpid();
+    if (::gettid() != test) {
+        qWarning("A test server started off the main thread does not end with a crashed test");
+        return;
+    }
+    process.setChildProcessModifier([test] {
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+        // The test may have died between the fork and the line above; nobody would signal then.
+        if (::getppid() != test)
+            ::_exit(1);
+    });
+}
+
+std::unique_ptr<QProcess> serverProcess()
+{
+    auto process = std::make_unique<QProcess>();
+    endWithTest(*process);
+    return process;
+}
 
 quint16 freePort()
 {
@@ -87,7 +110,7 @@ FtpServer::~FtpServer()
 bool FtpServer::start(const QString &root, const QString &user, const QString &password, QString *error)
 {
     m_port = freePort();
-    m_process = std::make_unique<QProcess>();
+    m_process = serverProcess();
     m_process->setStandardOutputFile(QProcess::nullDevice());
     m_process->setStandardErrorFile(QProcess::nullDevice()); // pyftpdlib logs every command there
     m_process->start(Python, {QStringLiteral("-m"), QStringLiteral("pyftpdlib"), QStringLiteral("-i"), Localhost,
@@ -135,7 +158,7 @@ quint16 readPortLine(QProcess &process, int timeoutMs)
 
 bool AccountCheckServer::start(QString *error)
 {
-    m_process = std::make_unique<QProcess>();
+    m_process = serverProcess();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->start(Python, {QStringLiteral(QUILLORY_TEST_SUPPORT_DIR "/account_check_server.py"), m_folder.path()});
     m_port = readPortLine(*m_process);
@@ -201,7 +224,7 @@ bool PrivateKeyring::start(QString *error)
     QDir().mkpath(data);
     QFile::setPermissions(runtime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
-    m_bus = std::make_unique<QProcess>();
+    m_bus = serverProcess();
     m_bus->setProcessChannelMode(QProcess::SeparateChannels);
     m_bus->setStandardErrorFile(QProcess::nullDevice());
     m_bus->start(QStringLiteral("/usr/bin/dbus-daemon"),
@@ -227,7 +250,7 @@ bool PrivateKeyring::start(QString *error)
     environment.insert(QStringLiteral("XDG_DATA_HOME"), data);
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
     environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromUtf8(address));
-    m_keyring = std::make_unique<QProcess>();
+    m_keyring = serverProcess();
     m_keyring->setProcessEnvironment(environment);
     m_keyring->setProcessChannelMode(QProcess::MergedChannels);
     m_keyring->setStandardOutputFile(m_folder.filePath(QStringLiteral("keyring.log")));
@@ -309,7 +332,7 @@ MailSink::~MailSink()
 bool MailSink::start(bool refuse, QString *error)
 {
     m_port = freePort();
-    m_process = std::make_unique<QProcess>();
+    m_process = serverProcess();
     m_process->setProcessChannelMode(QProcess::SeparateChannels);
     m_process->setStandardErrorFile(m_folder.filePath(QStringLiteral("sink.log")));
     QStringList arguments{QStringLiteral(QUILLORY_TEST_SUPPORT_DIR "/mail_sink.py"), m_folder.path(),

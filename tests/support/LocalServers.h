@@ -13,6 +13,15 @@ class QProcess;
 // its PID when the object goes (or at stop()).
 namespace LocalServers {
 
+// Makes the child `process` starts end (SIGTERM) when this test process ends, however it ends: a
+// test that crashes must not leave servers behind that hold its output open, or ctest waits for them
+// until its time-out. Call before start(), and start on the main thread: the kernel signals the child
+// when the *thread* that started it ends, so a child started on a worker thread would die with that
+// thread (there it is left without, with a warning).
+void endWithTest(QProcess &process);
+// A QProcess made so.
+std::unique_ptr<QProcess> serverProcess();
+
 // A port nobody listens on right now (a closed port, or one to start a server on).
 quint16 freePort();
 // True once something accepts connections on 127.0.0.1:port, waiting at most `timeoutMs`.

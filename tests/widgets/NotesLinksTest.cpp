@@ -9,6 +9,7 @@
 #include <QTest>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <QUrl>
 #include <gtest/gtest.h>
 
 using URLTextViewAdditions::detectURLs;
@@ -32,8 +33,12 @@ const Rule Rules[] = {
     // 2-4: the prefixes, case-sensitive, at the very start; "http://", "ftp://", "gopher://" put before.
     {"www.example.com", "http://www.example.com"},
     {"www.example.com.", "http://www.example.com."}, // a full stop that ends the sentence is kept
-    {"www.example.com,", "http://www.example.com,"},
-    {"www.example.com)", "http://www.example.com)"},
+    // A host that ends in a comma or a bracket names no host: nothing could open it.
+    {"www.example.com,", ""},
+    {"www.example.com)", ""},
+    {"https://example.org,", ""},
+    {"https://example.org/page,", "https://example.org/page,"},
+    {"mailto:ann@example.org,", "mailto:ann@example.org,"},
     {"WWW.example.com", ""},
     {"(www.example.com", ""},
     {"Site:www.example.com", ""},
@@ -66,14 +71,28 @@ TEST(AddressRules, EachRuleWithItsEdges)
         EXPECT_EQ(linkTarget(QString::fromUtf8(rule.word)), QString::fromUtf8(rule.target)) << rule.word;
 }
 
+// Whatever is drawn as a link is what a click hands to the desktop, so the address the link
+// stands for must come through the desktop's URL type whole.
+TEST(AddressRules, EveryLinkOpensTheAddressItStandsFor)
+{
+    for (const Rule &rule : Rules) {
+        const QString target = linkTarget(QString::fromUtf8(rule.word));
+        if (target.isEmpty())
+            continue;
+        const QUrl opened(target);
+        EXPECT_TRUE(opened.isValid()) << rule.word;
+        EXPECT_EQ(opened.toString().compare(target, Qt::CaseInsensitive), 0) << rule.word;
+    }
+}
+
 TEST(AddressRules, TheWholeWordIsTheLinkAndOnlyFormatsComeBack)
 {
-    const QString text = QStringLiteral("Read www.a.org, then\tmailto:b@c.d\u2028WWW.x.y (gopher.e.f) nap:g.");
+    const QString text = QStringLiteral("Read www.a.org/x, then\tmailto:b@c.d\u2028WWW.x.y (gopher.e.f) nap:g.");
     const QColor colour(10, 20, 30);
     const QList<QTextLayout::FormatRange> links = detectURLs(text, colour);
     ASSERT_EQ(links.size(), 3);
-    const QStringList words{QStringLiteral("www.a.org,"), QStringLiteral("mailto:b@c.d"), QStringLiteral("nap:g.")};
-    const QStringList targets{QStringLiteral("http://www.a.org,"), QStringLiteral("mailto:b@c.d"),
+    const QStringList words{QStringLiteral("www.a.org/x,"), QStringLiteral("mailto:b@c.d"), QStringLiteral("nap:g.")};
+    const QStringList targets{QStringLiteral("http://www.a.org/x,"), QStringLiteral("mailto:b@c.d"),
                               QStringLiteral("nap:g.")};
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(text.mid(links[i].start, links[i].length), words[i]);
@@ -253,6 +272,29 @@ TEST_F(NotesField, PressingALinkAndReleasingOnItOpensItOnce)
     QTest::keyClicks(field, QStringLiteral("A "));
     for (const Drawn &link : drawnLinks())
         EXPECT_EQ(link.colour, LinkHighlighter::linkColour()) << link.text.toStdString();
+}
+
+TEST_F(NotesField, ALinkFollowedByACommaOpensTheAddressItDraws)
+{
+    field->setString(QStringLiteral("see https://example.org/page, then\nhttps://example.org, or so"));
+    // The comma after a path is part of the word and of its address; after a host it leaves the
+    // word no address at all, so it is not drawn as one.
+    const QList<Drawn> links = drawnLinks();
+    ASSERT_EQ(links.size(), 1);
+    EXPECT_EQ(links[0].text, "https://example.org/page,");
+    const QPoint onLink = pointOf(4, 10);
+    press(onLink);
+    release(onLink);
+    const QList<Workspace::Opened> opened = Workspace::takeOpened();
+    ASSERT_EQ(opened.size(), 1);
+    EXPECT_TRUE(opened[0].url.isValid());
+    EXPECT_EQ(opened[0].url.toString(), links[0].target);
+
+    const QPoint onHost = pointOf(int(field->toPlainText().indexOf("https://example.org,")) + 3, 6);
+    press(onHost);
+    release(onHost);
+    const QList<Workspace::Opened> none = Workspace::takeOpened();
+    EXPECT_TRUE(none.isEmpty()) << none.value(0).url.toString().toStdString();
 }
 
 TEST_F(NotesField, DraggingOffALinkOpensNothing)

@@ -11,6 +11,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <memory>
+
 namespace CalendarImport {
 
 namespace {
@@ -18,22 +21,69 @@ namespace {
 // Larger than any course calendar; a bigger file is something else picked by mistake.
 constexpr qint64 MaximumFileSize = 64 * 1024 * 1024;
 
-void addCourses(const QStringList &names)
+// Adds the named courses; returns each as it was written, to know it again when the import is
+// undone.
+QList<QVariantMap> addCourses(const QStringList &names)
 {
+    QList<QVariantMap> added;
     CoursesStore courses;
     if (!courses.isUsable()) {
         Alerts::inform(AlertTitle, QStringLiteral("The courses file could not be read, so the new courses were not "
                                                   "added.  Their assignments keep the course names."));
-        return;
+        return added;
     }
     for (const QString &name : names) {
-        const int row = courses.addCourse();
+        int row = courses.addCourse();
         if (row < 0)
-            return;
+            return added;
         CoursesStore::CourseForm form;
         form.name = name;
-        courses.editCourse(row, form, false);
+        row = courses.editCourse(row, form, false);
+        if (row >= 0)
+            added.append(courses.recordAt(row));
     }
+    return added;
+}
+
+bool hasCourse(const CoursesStore &courses, const QString &name)
+{
+    return courses.getCoursesArray().contains(name, Qt::CaseInsensitive);
+}
+
+// Undoing an import takes back the courses it added, each only while it is as the import made it
+// (the courses window has given it no details and no textbooks) and no assignment names it: a
+// course the student has taken up is theirs now. Redo adds back those the undo took.
+std::shared_ptr<HistoryRecorder::Companion> coursesCompanion(const QList<QVariantMap> &added)
+{
+    auto courses = std::make_shared<QList<QVariantMap>>(added);
+    auto companion = std::make_shared<HistoryRecorder::Companion>();
+    companion->undone = [courses](const AssignmentList &records) {
+        CoursesStore store;
+        store.reloadIfChangedOnDisk();
+        QList<QVariantMap> removed;
+        for (const QVariantMap &course : std::as_const(*courses)) {
+            const QString name = course.value(CourseKeys::Name).toString();
+            const QVariantList &combined = store.getCombined();
+            const qsizetype row = combined.indexOf(course);
+            const bool hasTextbooks = row >= 0 && row + 1 < combined.size()
+                                      && !CoursesStore::isCourse(combined[row + 1].toMap());
+            const bool used = std::any_of(records.cbegin(), records.cend(), [&](const AssignmentRef &record) {
+                return record->string(AssignmentKeys::Course) == name;
+            });
+            if (row >= 0 && !hasTextbooks && !used && store.deleteCourseNamed(name))
+                removed.append(course);
+        }
+        *courses = removed;
+    };
+    companion->redone = [courses](const AssignmentList &) {
+        CoursesStore store;
+        QStringList names;
+        for (const QVariantMap &course : std::as_const(*courses))
+            if (!hasCourse(store, course.value(CourseKeys::Name).toString()))
+                names.append(course.value(CourseKeys::Name).toString());
+        *courses = names.isEmpty() ? QList<QVariantMap>() : addCourses(names);
+    };
+    return companion;
 }
 
 } // namespace
@@ -114,10 +164,13 @@ ImportPlan::Result apply(Controller &controller, const ImportPlan &plan)
     const ImportPlan::Result result = plan.apply(records, courseNames(controller.coursesAndTextbooks()));
     if (result.added == 0 && result.updated == 0)
         return result;
+    QList<QVariantMap> addedCourses;
     if (!result.newCourses.isEmpty())
-        addCourses(result.newCourses);
+        addedCourses = addCourses(result.newCourses);
     controller.setAllAssignments(records);
     controller.history().nameNextChange(HistoryRecorder::ImportName);
+    if (!addedCourses.isEmpty())
+        controller.history().accompanyNextChange(coursesCompanion(addedCourses));
     controller.saveData();
     // Rebuilds the filter bar and the course choices with any course just added.
     controller.updateWindowInformation();

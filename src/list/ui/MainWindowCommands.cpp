@@ -111,7 +111,10 @@ void MainWindowCommands::undoOrRedo(bool undo)
     // A sidebar edit still in progress is kept first; it is then the step that goes.
     Controller *controller = m_window.controller();
     controller->commitPendingEdit();
-    undo ? controller->undo() : controller->redo();
+    // A step may take back or bring again courses (an import's new ones): the filter bar and the
+    // course choices follow the courses file.
+    if (undo ? controller->undo() : controller->redo())
+        controller->updateWindowInformation();
 }
 
 void MainWindowCommands::validateHistory()

@@ -50,8 +50,8 @@ TEST(NotesLinksWindow, TheStoredNotesAreTheTypedTextWhateverIsDrawnAsALink)
     QTest::keyClicks(notes, QStringLiteral("nap:song  ftp.x.org/a b"));
     const QString typed = QStringLiteral("Sources: www.library.org, (see mailto:ann@example.org). WWW.x.y\n"
                                          "nap:song  ftp.x.org/a b");
-    EXPECT_EQ(linkTargets(notes), (QStringList{"http://www.library.org,", "mailto:ann@example.org).", "nap:song",
-                                               "ftp://ftp.x.org/a"}));
+    // The comma typed after the host leaves that word no address a click could open: no link.
+    EXPECT_EQ(linkTargets(notes), (QStringList{"mailto:ann@example.org).", "nap:song", "ftp://ftp.x.org/a"}));
     w.clickFilter("Incomplete", 0);
     EXPECT_EQ(storedNotes("Essay"), typed);
 
