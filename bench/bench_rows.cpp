@@ -72,7 +72,11 @@ void BM_EditNameWithSecondListOpen(benchmark::State &state)
 
     List editing;
     List watching;
-    const int row = editing.controller.tableModel()->rowCount() / 2;
+    // An assignment of its own (not a project or a subproject), halfway down the list.
+    int row = editing.controller.tableModel()->rowCount() / 2;
+    while (editing.controller.displayAssignments()[row]->isProject()
+           || editing.controller.displayAssignments()[row]->isSubproject())
+        ++row;
     editing.controller.selectRowAlone(row);
     watching.controller.selectRowAlone(row / 2);
     AssignmentStore floorStore(home.filePath("floor.plist"));

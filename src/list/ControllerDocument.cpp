@@ -132,9 +132,13 @@ void Controller::documentRows(RowsChange change, qsizetype first, qsizetype coun
     const bool known = !m_fellBehind && heard == m_seenChanges + 1 && m_document->changeCount() == heard
         && rowChanges(change, first, count, changes);
     // A project's row stands for its subprojects too: their titles carry its name, and an edit of
-    // a project rewrites its subprojects in place. Those reload.
-    const bool projects = std::any_of(changes.cbegin(), changes.cend(), [](const DisplayLists::RowChange &row) {
-        return (row.gone && row.gone->isProject()) || (row.came && row.came->isProject());
+    // a project rewrites its subprojects in place. A project with subprojects reloads.
+    const auto withSubprojects = [this](const AssignmentRef &record) {
+        return record && record->isProject()
+            && !m_lists.subprojectsForProject(record->string(AssignmentField::Project)).isEmpty();
+    };
+    const bool projects = std::any_of(changes.cbegin(), changes.cend(), [&](const DisplayLists::RowChange &row) {
+        return withSubprojects(row.gone) || withSubprojects(row.came);
     });
     const bool inPlace = known && !projects && m_lists.canUpdateRows();
     if (inPlace) {
