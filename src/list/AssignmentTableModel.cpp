@@ -20,6 +20,49 @@ void AssignmentTableModel::setRows(const AssignmentList &rows)
     endResetModel();
 }
 
+void AssignmentTableModel::insertRecord(int row, const AssignmentRef &record)
+{
+    beginInsertRows(QModelIndex(), row, row);
+    m_rows.insert(row, record);
+    m_bands.reset();
+    endInsertRows();
+    rowsChangedFrom(row);
+}
+
+void AssignmentTableModel::removeRecord(int row)
+{
+    beginRemoveRows(QModelIndex(), row, row);
+    m_rows.removeAt(row);
+    m_bands.reset();
+    endRemoveRows();
+    rowsChangedFrom(row);
+}
+
+void AssignmentTableModel::replaceRecord(int from, int to, const AssignmentRef &record)
+{
+    if (from != to) {
+        beginMoveRows(QModelIndex(), from, from, QModelIndex(), to > from ? to + 1 : to);
+        m_rows.move(from, to);
+        endMoveRows();
+    }
+    m_rows[to] = record;
+    m_bands.reset();
+    rowsChangedFrom(std::min(from, to));
+    if (from != to)
+        rowsChangedFrom(std::max(from, to));
+}
+
+void AssignmentTableModel::rowsChangedFrom(int row)
+{
+    const int last = rowCount() - 1;
+    if (last < 0 || columnCount() == 0 || row > last)
+        return;
+    const int right = columnCount() - 1;
+    Q_EMIT dataChanged(index(row, 0), index(std::min(row + 1, last), right));
+    if (row + 2 <= last && settings().alternateRowColors)
+        Q_EMIT dataChanged(index(row + 2, 0), index(last, right), {Qt::BackgroundRole, DayBandRole});
+}
+
 void AssignmentTableModel::setLayout(const ColumnLayout &layout)
 {
     if (layout == m_layout)

@@ -36,6 +36,11 @@ public:
     explicit AssignmentTableModel(QObject *parent = nullptr);
 
     void setRows(const AssignmentList &rows);
+    // One row came, went, or changed (and moved from `from` to `to`, counted without it): the view
+    // keeps its selection, current row and scroll position, and draws again only what changed.
+    void insertRecord(int row, const AssignmentRef &record);
+    void removeRecord(int row);
+    void replaceRecord(int from, int to, const AssignmentRef &record);
     const AssignmentList &rows() const { return m_rows; }
     void setLayout(const ColumnLayout &layout);
     const ColumnLayout &layout() const { return m_layout; }
@@ -70,6 +75,9 @@ Q_SIGNALS:
 
 private:
     void forgetSettings();
+    // A row at `row` came, went or changed: that row and the next (whose date cell may be blanked
+    // under a repeat of it) are drawn again, and with day bands on the bands of every later row.
+    void rowsChangedFrom(int row);
     bool isRowSelected(int row) const;
     const std::vector<bool> &bands() const;
 

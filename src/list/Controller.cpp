@@ -56,55 +56,7 @@ void Controller::construct()
             [this](int row) { m_editing->markAssignmentAsCompleted(row); });
     connect(m_selection, &TableSelection::changed, this, &Controller::onSelectionChanged);
     connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, &Controller::preferenceChanged);
-    AssignmentsDocument *document = m_document.get();
-    connect(document, &AssignmentsDocument::reset, this, &Controller::documentChanged);
-    // A download or a backup import replaced everything: no step of the history fits the new
-    // records, and the menu says why.
-    connect(document, &AssignmentsDocument::replaced, this, [this](AssignmentsDocument::Replacement why) {
-        using enum AssignmentsDocument::Replacement;
-        m_history.clear(why == Download       ? HistoryRecorder::CantUndoAfterSync
-                        : why == BackupImport ? HistoryRecorder::CantUndoAfterImport
-                                              : HistoryRecorder::CantUndoAfterOutsideChange);
-    });
-    connect(document, &AssignmentsDocument::rowChanged, this, [this](qsizetype, QObject *source) { documentChanged(source); });
-    connect(document, &AssignmentsDocument::rowsInserted, this,
-            [this](qsizetype, qsizetype, QObject *source) { documentChanged(source); });
-    connect(document, &AssignmentsDocument::rowsRemoved, this,
-            [this](qsizetype, qsizetype, QObject *source) { documentChanged(source); });
-}
-
-void Controller::documentChanged(QObject *source)
-{
-    // What this controller changed it already shows; a refresh it runs itself reloads afterwards.
-    if (source == this || m_refreshing || !m_loadedOnce)
-        return;
-    // An edit still in the sidebar goes to the document first, so it is neither lost nor written
-    // over the change that arrived.
-    const auto action = m_pendingEdit.beginAction();
-    const QList<AssignmentRef> remembered = m_selection->rememberEqual();
-    loadStore();
-    m_lists.filterWithViews();
-    m_lists.sortColumn();
-    m_lists.updateFilterBar();
-    m_lists.filterWithViews();
-    m_selection->reselectEqual(remembered);
-    m_lists.updateCalendar();
-}
-
-bool Controller::replaceRecord(const AssignmentRef &record, const Assignment &original, const AssignmentRef &replacement)
-{
-    const qsizetype index = m_lists.all().indexOf(record);
-    if (index >= 0 && !m_document->records().contains(record)) {
-        // A record this list added and has not saved yet: both go to the document together.
-        m_lists.replace(index, replacement);
-        saveData();
-        return m_document->records().contains(replacement);
-    }
-    const bool saved = m_document->replace(record, original, replacement, this);
-    m_lists.replaceAll(m_document->records());
-    if (saved && !m_quietSave)
-        m_history.saved();
-    return saved;
+    connectDocument();
 }
 
 void Controller::setAllAssignments(const AssignmentList &records)
@@ -171,17 +123,19 @@ bool Controller::applyHistory(bool undo)
     return true;
 }
 
-bool Controller::loadStore()
+bool Controller::loadStore(bool rebaseHistory)
 {
     m_loadedOnce = true;
     const AssignmentList &records = m_document->records();
+    knowDocument();
     if (!m_document->isUsable()) {
         qCWarning(lcList) << "cannot read" << m_document->path();
         m_lists.replaceAll({});
         return false;
     }
     m_lists.replaceAll(records);
-    m_history.reloaded();
+    if (rebaseHistory)
+        m_history.reloaded();
     return true;
 }
 

@@ -84,9 +84,18 @@ public:
     QString coursesFilePath() const { return m_courses.path(); }
     bool isStoreUsable() const { return m_document->isUsable(); }
     AssignmentsDocument &document() const { return *m_document; }
+    // The changes of one or a few records: each goes to the document, which saves it and tells every
+    // list, this one included, which rows came, went or changed. The lists take them in place when
+    // they can, and reload otherwise; either way they are filtered, searched and sorted afterwards.
+    //
     // Puts `replacement` in the place of `record` in the document (or, when the file changed
-    // underneath, of the reread record equal to `original`), then takes the document's records.
+    // underneath, of the reread record equal to `original`).
     bool replaceRecord(const AssignmentRef &record, const Assignment &original, const AssignmentRef &replacement);
+    bool appendRecord(const AssignmentRef &record);
+    bool removeRecord(const AssignmentRef &record);
+    // A record the lists took in before the document had it (an assignment being added) goes to
+    // the document; the lists stay as they are, and the caller filters and sorts.
+    bool saveAdded(const AssignmentRef &record);
     // Replaces the whole store in memory (for loading and the tests), then filters and sorts.
     void setAllAssignments(const AssignmentList &records);
 
@@ -190,9 +199,18 @@ Q_SIGNALS:
 private:
     void construct();
     void onSelectionChanged();
-    bool loadStore();
-    // Another window, a service or the file itself changed the document.
-    void documentChanged(QObject *source);
+    // Reads the document's records into the lists; the history starts again from them unless this
+    // list made the change itself.
+    bool loadStore(bool rebaseHistory = true);
+    // Another window, a service or the file itself changed the document (ControllerDocument.cpp).
+    enum class RowsChange { Inserted, Removed, Changed };
+    void connectDocument();
+    void documentReset(QObject *source);
+    void documentRows(RowsChange change, qsizetype first, qsizetype count, QObject *source);
+    bool rowChanges(RowsChange change, qsizetype first, qsizetype count, QList<DisplayLists::RowChange> &changes) const;
+    void rowsTakenIn(const QList<DisplayLists::RowChange> &changes, bool own);
+    void reloadFromDocument(bool foreign);
+    void knowDocument();
     void headersChanged();
     bool applyHistory(bool undo);
 
@@ -201,6 +219,14 @@ private:
     bool m_loadedOnce = false;
     bool m_refreshing = false;
     bool m_quietSave = false;
+    // The document's records as this list last took them in, and how many changes that was.
+    AssignmentList m_known;
+    quint64 m_seenChanges = 0;
+    // A change of the document is being taken in; one heard meanwhile means the lists fell behind.
+    bool m_takingIn = false;
+    bool m_fellBehind = false;
+    // This list's own change that its lists already show.
+    bool m_listsAhead = false;
     CoursesFile m_courses;
     ColumnLayout m_layout;
     AssignmentTableModel *m_table;

@@ -74,6 +74,7 @@ void DisplayLists::filterWithViews(const std::optional<QString> &view, const std
         kept = Assignments::copy(m_display[row]);
 
     m_filtered = DisplayPipeline::filter(m_all, viewTitle, courseTitle);
+    m_lastFilter = {viewTitle, courseTitle};
     m_filteredOrder = m_appliedOrder;
     searchAssignments(SearchSender::None);
 

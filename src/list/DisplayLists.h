@@ -60,6 +60,21 @@ public:
     // Records of allAssignments were changed in place.
     void allChanged();
 
+    // --- precise updates -------------------------------------------------------------------------
+    // Whether the lists stand as a filter, search and sort run would leave them now, so that a few
+    // records that came, went or changed can be put in place without running the pipeline again.
+    bool canUpdateRows() const;
+    // One record that went (`gone`), came (`came`), or both (a record replaced by its edit).
+    struct RowChange {
+        AssignmentRef gone;
+        AssignmentRef came;
+    };
+    // Takes the records that went out of the lists and puts those that came at their sorted places
+    // when they pass the filter and the search; records that sort equal stand in `fileOrder`'s order,
+    // as the stable sort of a reload leaves them. The table hears of each row that came, went,
+    // moved or changed. Only when canUpdateRows().
+    void updateRows(const QList<RowChange> &changes, const AssignmentList &fileOrder);
+
     // --- the display pipeline --------------------------------------------------------------------
     // A missing title means the filter bar's current choice in that segment.
     void filterWithViews(const std::optional<QString> &view = std::nullopt,
@@ -97,6 +112,8 @@ private:
     QString searchText() const;
     QString searchScope() const;
     void applyOrder(const Sorting::Order &order);
+    qsizetype sortedPosition(const AssignmentList &list, const AssignmentRef &record,
+                             const AssignmentList &fileOrder) const;
 
     AssignmentTableModel *m_table;
     PendingEdit &m_pendingEdit;
@@ -124,6 +141,8 @@ private:
     std::optional<Sorting::Order> m_filteredOrder;
     std::optional<Sorting::Order> m_displayOrder;
     std::pair<QString, QString> m_lastSearch;
+    // The view and course of the last filter run.
+    std::pair<QString, QString> m_lastFilter;
     bool m_didJustSort = false;
 
     mutable std::optional<QHash<QString, qsizetype>> m_projectIndex;

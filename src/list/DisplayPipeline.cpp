@@ -21,24 +21,56 @@ const std::vector<DisplayPipeline::Field> &DisplayPipeline::fields()
     return list;
 }
 
+namespace {
+// The filter's test with the view and course read once for a whole list.
+struct FilterTest {
+    bool onlyIncomplete;
+    bool onlyComplete;
+    bool anyCourse;
+    const QString &course;
+    FilterTest(const QString &view, const QString &courseTitle)
+        : onlyIncomplete(view == ListTexts::Incomplete)
+        , onlyComplete(view == ListTexts::Complete)
+        , anyCourse(courseTitle == ListTexts::All)
+        , course(courseTitle)
+    {
+    }
+    bool operator()(const Assignment &record) const
+    {
+        const bool completed = record.isCompleted();
+        if ((onlyIncomplete && completed) || (onlyComplete && !completed))
+            return false;
+        return anyCourse
+            || (record.has(AssignmentField::Course) && record.value(AssignmentField::Course).toString() == course);
+    }
+};
+} // namespace
+
+bool DisplayPipeline::passes(const Assignment &record, const QString &view, const QString &course)
+{
+    return FilterTest(view, course)(record);
+}
+
 AssignmentList DisplayPipeline::filter(const AssignmentList &all, const QString &view, const QString &course)
 {
-    const bool onlyIncomplete = view == ListTexts::Incomplete;
-    const bool onlyComplete = view == ListTexts::Complete;
-    const bool anyCourse = course == ListTexts::All;
+    const FilterTest passes(view, course);
     AssignmentList filtered;
     filtered.reserve(all.size());
-    for (const AssignmentRef &record : all) {
-        const bool completed = record->isCompleted();
-        if ((onlyIncomplete && completed) || (onlyComplete && !completed))
-            continue;
-        if (!anyCourse) {
-            if (!record->has(AssignmentField::Course) || record->value(AssignmentField::Course).toString() != course)
-                continue;
-        }
-        filtered.append(record);
-    }
+    for (const AssignmentRef &record : all)
+        if (passes(*record))
+            filtered.append(record);
     return filtered;
+}
+
+bool DisplayPipeline::matches(const Assignment &record, const QString &loweredText, const QString &scope)
+{
+    if (loweredText.isEmpty())
+        return true;
+    // Field by field: a text never matches across two fields.
+    for (const Field &field : fields())
+        if ((scope.isEmpty() || field.scope == scope) && record.lowered(field.key).contains(loweredText))
+            return true;
+    return false;
 }
 
 DisplayPipeline::Span DisplayPipeline::append(const Assignment &record)

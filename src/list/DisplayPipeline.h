@@ -25,6 +25,10 @@ public:
     // The records of `all` that pass the view ("Incomplete", "Complete", anything else passes
     // all) and the course ("All" passes all; otherwise exact equality of "Course"), in order.
     static AssignmentList filter(const AssignmentList &all, const QString &view, const QString &course);
+    // Whether one record passes that filter.
+    static bool passes(const Assignment &record, const QString &view, const QString &course);
+    // Whether one record matches the search for `loweredText` within `scope`, as search() decides.
+    static bool matches(const Assignment &record, const QString &loweredText, const QString &scope);
 
     // The records of `filtered` of which a field within `scope` contains `loweredText`; all of
     // them when the text is empty. `scope` is "" (every field) or a scope word ("name", ...).

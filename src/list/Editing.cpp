@@ -16,6 +16,8 @@
 #include "store/GeneralSettings.h"
 #include "store/PreferenceKeys.h"
 
+#include <algorithm>
+
 using namespace AssignmentKeys;
 
 Editing::Editing(Controller &controller)
@@ -90,7 +92,7 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
     const qsizetype row = c.displayAssignments().indexOf(record);
     if (row < 0) {
         c.sortColumn();
-        c.saveData();
+        c.saveAdded(record);
         return record;
     }
     // The edit below filters and sorts again before anything is drawn, so the sort is left to it;
@@ -103,7 +105,7 @@ AssignmentRef Editing::addRecordWithDate(const std::optional<QDateTime> &date)
     Q_EMIT c.focusNameField();
     if (!saved) {
         c.sortColumn();
-        c.saveData();
+        c.saveAdded(record);
     }
     const int selected = c.singleSelectedRow();
     return selected >= 0 ? c.displayAssignments()[selected] : record;
@@ -284,11 +286,9 @@ void Editing::duplicateAssignment()
     copy->set(DateUpdated, DateText::nowStoredForm());
     copy->set(DateCreated, Clock::secondsSince1970());
     c.history().nameNextChange(HistoryRecorder::DuplicateName);
-    c.lists().append(copy);
-    c.filterWithViews();
+    // The lists take the copy in at its sorted place when it passes the filter and the search.
+    c.appendRecord(copy);
     c.lists().updateCalendar();
-    c.sortColumn();
-    c.saveData();
 }
 
 void Editing::deleteAssignment()
@@ -310,16 +310,23 @@ void Editing::deleteAssignment()
         if (doomed[i]->isProject())
             doomed.append(c.subprojectsForProject(doomed[i]->string(Project)));
 
-    // The filter is not run again; the filtered list loses the records too, so that the next
-    // keystroke in the search field cannot bring deleted records back on screen.
-    for (const AssignmentRef &record : std::as_const(doomed)) {
-        const Assignment gone = *record;
-        c.lists().removeEqualEverywhere(gone);
+    // One record with no equal copy leaves the lists where it stood; the other rows stay as they are.
+    const bool one = doomed.size() == 1
+        && std::count_if(c.allAssignments().cbegin(), c.allAssignments().cend(),
+                         [&](const AssignmentRef &record) { return *record == *doomed.first(); })
+            == 1;
+    if (!one || !c.removeRecord(doomed.first())) {
+        // The filter is not run again; the filtered list loses the records too, so that the next
+        // keystroke in the search field cannot bring deleted records back on screen.
+        for (const AssignmentRef &record : std::as_const(doomed)) {
+            const Assignment gone = *record;
+            c.lists().removeEqualEverywhere(gone);
+        }
+        c.lists().reloadTable();
+        c.saveData();
     }
     c.clearSelection();
     Q_EMIT c.sidebarNoSelection();
-    c.lists().reloadTable();
-    c.saveData();
     c.lists().updateCalendar();
 }
 
@@ -329,13 +336,10 @@ void Editing::completeRecord(qsizetype index)
     if (index < 0 || index >= c.allAssignments().size() || c.allAssignments()[index]->isCompleted())
         return;
     const auto action = c.beginAction();
-    const AssignmentRef completed = Assignments::copy(c.allAssignments()[index]);
+    const AssignmentRef record = c.allAssignments()[index];
+    const AssignmentRef completed = Assignments::copy(record);
     completed->set(Completed, true);
-    c.lists().replace(index, completed);
-    c.saveData();
-    Q_EMIT c.subprojectsChanged();
-    c.filterWithViews();
-    c.sortColumn();
+    replaceAndPlace(record, completed);
 }
 
 void Editing::markAssignmentAsCompleted(int row)
@@ -368,9 +372,20 @@ void Editing::markAssignmentAsCompleted(int row)
         return;
     const AssignmentRef toggled = Assignments::copy(record);
     toggled->set(Completed, !record->isCompleted());
-    c.lists().replace(index, toggled);
-    c.saveData();
+    replaceAndPlace(c.allAssignments()[index], toggled);
+}
+
+void Editing::replaceAndPlace(const AssignmentRef &record, const AssignmentRef &replacement)
+{
+    Controller &c = m_controller;
+    // The lists take the change in where it sorts; should they not be in order for that, they
+    // are filtered and sorted.
+    c.replaceRecord(record, *record, replacement);
     Q_EMIT c.subprojectsChanged();
-    c.filterWithViews();
-    c.sortColumn();
+    if (c.lists().canUpdateRows()) {
+        c.lists().updateCalendar();
+    } else {
+        c.filterWithViews();
+        c.sortColumn();
+    }
 }

@@ -50,6 +50,8 @@ private:
     AssignmentRef addRecordWithDate(const std::optional<QDateTime> &date);
     AssignmentRef newRecord() const;
     bool warningsOn() const;
+    // Puts `replacement` in the place of `record` (one edit of one record) and saves.
+    void replaceAndPlace(const AssignmentRef &record, const AssignmentRef &replacement);
 
     Controller &m_controller;
 };

@@ -65,11 +65,27 @@ void HistoryRecorder::closeGroup()
 
 void HistoryRecorder::rebase()
 {
-    m_saved.clear();
+    // The copies become those of the current records. Most saves change a few records: the copies
+    // of the unchanged ends are kept (a record at the same revision is the same record), so one
+    // edit costs a few copies rather than one of every record.
     const AssignmentList list = m_current();
-    m_saved.reserve(list.size());
-    for (const AssignmentRef &r : list)
-        m_saved.append(*r);
+    const qsizetype oldSize = m_saved.size();
+    const qsizetype newSize = list.size();
+    qsizetype prefix = 0;
+    while (prefix < oldSize && prefix < newSize && m_saved[prefix].revision() == list[prefix]->revision())
+        ++prefix;
+    qsizetype suffix = 0;
+    while (suffix < oldSize - prefix && suffix < newSize - prefix
+           && m_saved[oldSize - 1 - suffix].revision() == list[newSize - 1 - suffix]->revision())
+        ++suffix;
+    m_saved.remove(prefix, oldSize - prefix - suffix);
+    QList<Assignment> middle;
+    middle.reserve(newSize - prefix - suffix);
+    for (qsizetype i = prefix; i < newSize - suffix; ++i)
+        middle.append(*list[i]);
+    m_saved.insert(prefix, middle.size(), Assignment());
+    for (qsizetype i = 0; i < middle.size(); ++i)
+        m_saved[prefix + i] = std::move(middle[i]);
 }
 
 void HistoryRecorder::clear(const QString &reason)

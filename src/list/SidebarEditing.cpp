@@ -145,17 +145,25 @@ bool SidebarEditing::editAssignment(Sender sender)
         return false;
     }
 
-    c.filterWithViews();
+    // The lists took the edit in where it sorts (or reloaded); a record this list added before it
+    // was saved still needs the filter and the sort.
+    const bool inPlace = c.lists().canUpdateRows();
+    if (!inPlace)
+        c.filterWithViews();
     c.clearSelection();
     Q_EMIT c.sidebarNoSelection();
-    qsizetype reselect = Assignments::indexOfEqual(c.displayAssignments(), *kept);
-    if (reselect < 0)
-        reselect = c.displayAssignments().indexOf(edited);
+    qsizetype reselect = c.displayAssignments().indexOf(edited);
+    if (*kept != *original || reselect < 0) {
+        // A subproject row stays selected (the edit went to its project), else the row showing the edit.
+        if (const qsizetype equal = Assignments::indexOfEqual(c.displayAssignments(), *kept); equal >= 0)
+            reselect = equal;
+    }
     if (reselect >= 0)
         c.selectRowAlone(int(reselect));
 
     c.lists().updateCalendar();
-    c.sortColumn();
+    if (!inPlace)
+        c.sortColumn();
     return true;
 }
 

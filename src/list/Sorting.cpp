@@ -254,6 +254,14 @@ bool comparesByValue(const QString &column)
         || column == ColumnCatalogue::Priority;
 }
 
+int compare(const Assignment &a, const Assignment &b, const Order &order)
+{
+    const bool byValue = comparesByValue(order.column);
+    const AssignmentKey column(order.column);
+    const int c = compareEntries(entryFor(a, column, byValue, 0), entryFor(b, column, byValue, 0));
+    return order.ascending ? c : -c;
+}
+
 bool isSorted(const AssignmentList &list, const Order &order)
 {
     AssignmentList copy = list;

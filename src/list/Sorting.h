@@ -44,6 +44,9 @@ struct Order {
 };
 
 void sort(AssignmentList &list, const Order &order, KeyCache *cache = nullptr);
+// How `a` compares with `b` in `order` (direction included): negative when `a` sorts first, zero
+// when all three keys are equal (the stable sort then keeps the order they came in).
+int compare(const Assignment &a, const Assignment &b, const Order &order);
 // Whether `list` is in `order` already.
 bool isSorted(const AssignmentList &list, const Order &order);
 // True for the columns whose values compare by their own order rather than as text.

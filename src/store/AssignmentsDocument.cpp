@@ -101,6 +101,7 @@ bool AssignmentsDocument::refresh()
     if (m_loaded && m_store.isUnchangedSinceLastAccess())
         return false;
     load();
+    ++m_changes;
     Q_EMIT reset(nullptr);
     return true;
 }
@@ -108,6 +109,7 @@ bool AssignmentsDocument::refresh()
 void AssignmentsDocument::reload()
 {
     load();
+    ++m_changes;
     Q_EMIT reset(nullptr);
 }
 
@@ -143,8 +145,10 @@ bool AssignmentsDocument::insert(qsizetype row, const AssignmentList &added, QOb
     for (qsizetype i = 0; i < added.size(); ++i)
         m_records.insert(first + i, added[i]);
     const bool saved = write();
-    if (!added.isEmpty())
+    if (!added.isEmpty()) {
+        ++m_changes;
         Q_EMIT rowsInserted(first, added.size(), source);
+    }
     return saved;
 }
 
@@ -157,6 +161,7 @@ bool AssignmentsDocument::remove(const AssignmentRef &record, QObject *source)
         return false;
     m_records.removeAt(row);
     const bool saved = write();
+    ++m_changes;
     Q_EMIT rowsRemoved(row, 1, source);
     return saved;
 }
@@ -183,6 +188,7 @@ bool AssignmentsDocument::replace(const AssignmentRef &record, const Assignment 
     }
     m_records[row] = replacement;
     const bool saved = write();
+    ++m_changes;
     Q_EMIT rowChanged(row, source);
     return saved;
 }
@@ -193,6 +199,7 @@ bool AssignmentsDocument::setAll(const AssignmentList &records, QObject *source)
         return false;
     m_records = records;
     const bool saved = write();
+    ++m_changes;
     Q_EMIT reset(source);
     return saved;
 }

@@ -44,6 +44,10 @@ public:
     // The records in order of creation. Loaded on first use.
     const AssignmentList &records();
 
+    // How many changes the document has announced. A window that hears of a change while handling
+    // another (its handler ran before the one of the change it saw first) can tell it fell behind.
+    quint64 changeCount() const { return m_changes; }
+
     // Rereads the file when it changed since this document last read or wrote it (or was never
     // read); announces a reset then. Returns whether it reread.
     bool refresh();
@@ -82,5 +86,6 @@ private:
     AssignmentStore m_store;
     AssignmentList m_records;
     bool m_loaded = false;
+    quint64 m_changes = 0;
     QFileSystemWatcher *m_watcher = nullptr;
 };
