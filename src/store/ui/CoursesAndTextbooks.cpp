@@ -1,5 +1,6 @@
 #include "store/ui/CoursesAndTextbooks.h"
 
+#include "store/CoursesDocument.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 #include "store/ui/CourseFormPage.h"
@@ -103,11 +104,36 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
     connect(m_textbookForm, &TextbookFormPage::editingEnded, this, &CoursesAndTextbooks::textbookEdited);
     connect(m_typesPage, &UniversalTypesPage::typesEdited, this, &CoursesAndTextbooks::universalTypesEdited);
 
+    // Changes made by another window, a service of this program or another program reach this
+    // window at once, not at its next activation.
+    m_store.setSource(this);
+    CoursesDocument *document = m_store.document();
+    connect(document, &CoursesDocument::coursesChanged, this, &CoursesAndTextbooks::changedElsewhere);
+    connect(document, &CoursesDocument::universalTypesChanged, this, &CoursesAndTextbooks::changedElsewhere);
+    connect(document, &CoursesDocument::reset, this, &CoursesAndTextbooks::changedElsewhere);
+
     updateLabels();
     updateToolbar();
 }
 
 CoursesAndTextbooks::~CoursesAndTextbooks() = default;
+
+void CoursesAndTextbooks::changedElsewhere(QObject *source)
+{
+    if (source == this || m_refreshQueued)
+        return;
+    // Taken up once the change in progress is over (it may be one this window's own saving set off,
+    // or another window's that is not finished yet): its rows are good until then.
+    m_refreshQueued = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_refreshQueued = false;
+            if (isVisible())
+                refreshFromDisk();
+        },
+        Qt::QueuedConnection);
+}
 
 CoursesAndTextbooks *CoursesAndTextbooks::sharedController()
 {
