@@ -10,6 +10,7 @@
 #include "platform/PropertyList.h"
 #include "store/Assignment.h"
 #include "store/AssignmentsDocument.h"
+#include "store/CoursesDocument.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
 
@@ -182,6 +183,7 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
             return ImportOutcome::WriteFailed;
         }
         AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::BackupImport);
+        CoursesDocument::fileReplaced(Paths::coursesFile(), CoursesDocument::Replacement::BackupImport);
         Q_EMIT dataFilesReplaced();
         return ImportOutcome::Replaced;
     }
@@ -207,6 +209,7 @@ Backup::ImportOutcome Backup::importFromFile(const QString &path)
         return ImportOutcome::WriteFailed;
     }
     AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::BackupImport);
+    CoursesDocument::fileReplaced(Paths::coursesFile(), CoursesDocument::Replacement::BackupImport);
     Q_EMIT dataFilesReplaced();
     return ImportOutcome::Merged;
 }

@@ -4,8 +4,11 @@
 #include "list/ListTexts.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
+#include "store/CoursesDocument.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QVariantMap>
 
 
@@ -29,19 +32,14 @@ bool CoursesFile::refresh()
 
 QVariantList CoursesFile::read(const QString &path)
 {
-    if (!QFile::exists(path))
-        return {};
-    QString error;
-    const std::optional<QVariant> root = PropertyList::readFile(path, &error);
-    if (!root) {
-        qCWarning(lcList) << "cannot read" << path << ":" << error;
-        return {};
-    }
-    if (root->typeId() != QMetaType::QVariantList) {
-        qCWarning(lcList) << path << "does not hold a list";
-        return {};
-    }
-    return root->toList();
+    // Through the document the courses window and the sidebar share: no second copy to go stale,
+    // and no second parse while one of them is open.
+    const std::shared_ptr<CoursesDocument> document
+        = CoursesDocument::open(path, QFileInfo(path).dir().filePath(QString::fromLatin1(Paths::UniversalTypesFileName)));
+    document->refresh();
+    if (!document->isUsable())
+        qCWarning(lcList) << "cannot read" << path;
+    return document->combined();
 }
 
 QStringList CoursesFile::courseNames(const QVariantList &records)

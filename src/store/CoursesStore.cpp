@@ -7,6 +7,7 @@
 #include "store/Assignment.h"
 #include "store/AssignmentStore.h"
 #include "store/AssignmentsDocument.h"
+#include "store/CoursesDocument.h"
 #include "store/PreferenceKeys.h"
 #include "store/TypeListEdits.h"
 
@@ -25,28 +26,6 @@ const QString WarningTitle = QStringLiteral("Warning");
 const QString DeleteCourseQuestion = QStringLiteral("Are you sure you want to delete this course?");
 const QString DeleteTextbookQuestion = QStringLiteral("Are you sure you want to delete this textbook?");
 
-// A missing file is an empty array; nullopt when the file is there but unreadable.
-std::optional<QVariantList> readArray(const QString &path)
-{
-    if (!QFileInfo::exists(path))
-        return QVariantList();
-    QString error;
-    const auto root = PropertyList::readFile(path, &error);
-    if (!root || root->typeId() != QMetaType::QVariantList) {
-        qCWarning(lcStore) << "Cannot read" << path << (root ? QStringLiteral("(root is not an array)") : error);
-        return std::nullopt;
-    }
-    return root->toList();
-}
-
-QStringList stringsOf(const QVariantList &list)
-{
-    QStringList strings;
-    for (const QVariant &value : list)
-        strings.append(value.toString());
-    return strings;
-}
-
 } // namespace
 
 QString CourseKeys::field(int number)
@@ -60,48 +39,38 @@ CoursesStore::CoursesStore()
 }
 
 CoursesStore::CoursesStore(QString coursesPath, QString universalTypesPath, QString assignmentsPath)
-    : m_coursesPath(std::move(coursesPath))
-    , m_typesPath(std::move(universalTypesPath))
+    : m_document(CoursesDocument::open(coursesPath, universalTypesPath))
     , m_assignmentsPath(std::move(assignmentsPath))
 {
     reload();
 }
 
-bool CoursesStore::reload()
+CoursesStore::~CoursesStore() = default;
+
+void CoursesStore::takeDocument()
 {
     ++m_reads;
-    const auto combined = readArray(m_coursesPath);
-    m_usable = combined.has_value();
-    m_combined = combined.value_or(QVariantList());
-    // Anything that is not a record cannot be shown or edited; it must not be lost either, so such
-    // a file is treated as unreadable.
-    for (const QVariant &record : std::as_const(m_combined)) {
-        if (record.typeId() != QMetaType::QVariantMap) {
-            m_usable = false;
-            m_combined.clear();
-            break;
-        }
-    }
-    const auto types = readArray(m_typesPath);
-    m_universalTypes = stringsOf(types.value_or(QVariantList()));
-    rememberStamps();
-    // Kept grouped in memory, so that a course's own textbooks are always the rows right after it.
-    regroup(m_combined);
-    return m_usable;
+    m_combined = m_document->combined();
+    m_universalTypes = m_document->universalTypes();
+    m_usable = m_document->isUsable();
 }
 
-void CoursesStore::rememberStamps()
+bool CoursesStore::reload()
 {
-    m_coursesStamp = FileStamp::of(m_coursesPath);
-    m_typesStamp = FileStamp::of(m_typesPath);
+    m_document->refresh();
+    takeDocument();
+    return m_usable;
 }
 
 bool CoursesStore::reloadIfChangedOnDisk()
 {
-    if (FileStamp::of(m_coursesPath) == m_coursesStamp && FileStamp::of(m_typesPath) == m_typesStamp)
+    m_document->refresh();
+    // Compared by contents rather than by a count of changes: a window that answers another's
+    // change with a change of its own does so in the middle of that other change.
+    if (m_document->combined() == m_combined && m_document->universalTypes() == m_universalTypes
+        && m_document->isUsable() == m_usable)
         return false;
-    qCInfo(lcStore) << "The courses or types changed on disk; reading them again before changing them";
-    reload();
+    takeDocument();
     return true;
 }
 
@@ -152,8 +121,9 @@ bool CoursesStore::isCourse(const QVariantMap &record)
 QStringList CoursesStore::getCoursesArray() const
 {
     QStringList names;
-    const auto combined = readArray(m_coursesPath);
-    for (const QVariant &value : combined.value_or(QVariantList())) {
+    // The latest data, whatever this copy shows.
+    m_document->refresh();
+    for (const QVariant &value : m_document->combined()) {
         const QVariantMap record = value.toMap();
         if (!isCourse(record))
             continue;
@@ -187,39 +157,9 @@ QStringList CoursesStore::typesForCourse(const QString &course) const
     return types;
 }
 
-void CoursesStore::regroup(QVariantList &combined)
-{
-    QVariantList courses;
-    QVariantList others;
-    for (const QVariant &value : combined)
-        (isCourse(value.toMap()) ? courses : others).append(value);
-    std::stable_sort(others.begin(), others.end(), [](const QVariant &a, const QVariant &b) {
-        return a.toMap().value(CourseKeys::Name).toString().compare(b.toMap().value(CourseKeys::Name).toString(),
-                                                                    Qt::CaseInsensitive)
-            < 0;
-    });
-    QVariantList result;
-    result.reserve(combined.size());
-    // Textbooks name their course by name only: where two courses share a name (two new, still
-    // unnamed courses, say), the textbooks go under the first of them, once.
-    QSet<QString> placed;
-    for (const QVariant &course : courses) {
-        result.append(course);
-        const QString name = course.toMap().value(CourseKeys::Name).toString();
-        if (placed.contains(name))
-            continue;
-        placed.insert(name);
-        for (const QVariant &textbook : others) {
-            if (textbook.toMap().value(CourseKeys::Course).toString() == name)
-                result.append(textbook);
-        }
-    }
-    combined = result;
-}
-
 void CoursesStore::updateCombinedArray()
 {
-    regroup(m_combined);
+    CoursesDocument::regroup(m_combined);
     saveData();
 }
 
@@ -229,9 +169,7 @@ bool CoursesStore::saveData()
         qCWarning(lcStore) << "Not saving courses: the file on disk could not be read";
         return false;
     }
-    const bool written = AssignmentStore::writeFile(m_coursesPath, m_combined);
-    m_coursesStamp = FileStamp::of(m_coursesPath);
-    return written;
+    return m_document->setCombined(m_combined, m_source);
 }
 
 int CoursesStore::addCourse()
@@ -349,7 +287,7 @@ int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField
     for (int i = 0; i < row; ++i)
         courseIndex += isCourse(m_combined[i].toMap()) ? 1 : 0;
     m_combined[row] = record;
-    regroup(m_combined);
+    CoursesDocument::regroup(m_combined);
     saveData();
     for (int i = 0, seen = 0; i < m_combined.size(); ++i) {
         if (isCourse(m_combined[i].toMap()) && seen++ == courseIndex)
@@ -391,7 +329,7 @@ int CoursesStore::editTextbook(int row, const TextbookForm &form, bool fromNameF
         originalTextbook = form.name;
     }
     m_combined[row] = record;
-    regroup(m_combined);
+    CoursesDocument::regroup(m_combined);
     saveData();
     return int(m_combined.indexOf(record));
 }
@@ -406,8 +344,10 @@ bool CoursesStore::deleteCourseOrTextbook(int row)
         && !Alerts::askYesNo(WarningTitle, course ? DeleteCourseQuestion : DeleteTextbookQuestion))
         return false;
 
-    // Asked before looking at the file again: the answer is about the record the user saw.
-    row = rowAfterRefresh(row);
+    // Asked before looking at the data again: the answer is about the record the user saw, found
+    // again by its contents (the list may have changed while the question was shown).
+    reloadIfChangedOnDisk();
+    row = findRecord(record, row);
     if (row < 0)
         return false;
     const QString name = m_combined[row].toMap().value(CourseKeys::Name).toString();
@@ -470,7 +410,7 @@ int CoursesStore::moveCourse(int from, int dropRow, int selectedRow)
     if (!m_usable || from < 0 || from >= m_combined.size() || !isCourse(m_combined[from].toMap()))
         return -1;
     const QVariant selected = selectedRow >= 0 && selectedRow < m_combined.size() ? m_combined[selectedRow] : QVariant();
-    regroup(m_combined);
+    CoursesDocument::regroup(m_combined);
     const QVariant moving = m_combined.takeAt(from);
     const int to = std::clamp(dropRow > from ? dropRow - 1 : dropRow, 0, int(m_combined.size()));
     m_combined.insert(to, moving);
@@ -481,20 +421,17 @@ int CoursesStore::moveCourse(int from, int dropRow, int selectedRow)
 
 bool CoursesStore::editUniversalTypes(const QStringList &types)
 {
-    if (QFileInfo::exists(m_typesPath) && !readArray(m_typesPath)) {
+    const QStringList shown = m_universalTypes;
+    m_document->refresh();
+    if (!m_document->isTypesUsable()) {
         qCWarning(lcStore) << "Not saving universal types: the file on disk could not be read";
         return false;
     }
     QStringList result = types;
-    if (FileStamp::of(m_typesPath) != m_typesStamp) {
-        qCInfo(lcStore) << "The universal types changed on disk; the edit is made to the new list";
-        result = TypeListEdits::sameEditOn(m_universalTypes, types, stringsOf(readArray(m_typesPath).value_or(QVariantList())));
+    if (m_document->universalTypes() != shown) {
+        qCInfo(lcStore) << "The universal types changed meanwhile; the edit is made to the new list";
+        result = TypeListEdits::sameEditOn(shown, types, m_document->universalTypes());
     }
     m_universalTypes = result;
-    QVariantList list;
-    for (const QString &type : std::as_const(result))
-        list.append(type);
-    const bool written = AssignmentStore::writeFile(m_typesPath, list);
-    m_typesStamp = FileStamp::of(m_typesPath);
-    return written;
+    return m_document->setUniversalTypes(result, m_source);
 }

@@ -1,13 +1,16 @@
 #pragma once
 
-#include "platform/FileStamp.h"
+#include <QObject>
 
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <memory>
 #include <optional>
+
+class CoursesDocument;
 
 // Keys and values of course and textbook records ("Courses and Textbooks.plist").
 namespace CourseKeys {
@@ -34,8 +37,10 @@ QString field(int number);
 // followed by its own textbooks (sorted by name, ignoring case), and the assignment types: the
 // universal ones ("Universal Types.plist") and each course's own.
 //
-// Every change is written at once. A file that cannot be parsed is never overwritten: the store
-// then refuses changes (isUsable() is false) until the file is replaced from outside.
+// One window's view of the shared CoursesDocument: the list as that window shows it (rows name
+// records of this copy), and the changes, each made to the document's latest data and saved at
+// once. A file that cannot be parsed is never overwritten: the store then refuses changes
+// (isUsable() is false) until the file is replaced from outside.
 class CoursesStore
 {
 public:
@@ -56,15 +61,24 @@ public:
 
     CoursesStore();
     CoursesStore(QString coursesPath, QString universalTypesPath, QString assignmentsPath);
+    ~CoursesStore();
+    CoursesStore(const CoursesStore &) = delete;
+    CoursesStore &operator=(const CoursesStore &) = delete;
 
-    // Rereads both files (missing files are empty arrays).
+    // The document every window shares; observe it to learn of changes made elsewhere.
+    CoursesDocument *document() const { return m_document.get(); }
+    // Changes made through this store are announced with this source.
+    void setSource(QObject *source) { m_source = source; }
+
+    // Takes the document's latest data (rereading files changed on disk; missing files are empty
+    // arrays).
     bool reload();
     bool isUsable() const { return m_usable; }
-    // Rereads the files only if another window or program changed them since they were last read
-    // or written here. Returns whether anything was reread. Every change below does this first, so
-    // a window left open never writes an old copy back over newer data.
+    // Takes the document's data if it differs from this copy: another window changed it, or
+    // another program changed the files. Returns whether anything was taken. Every change below
+    // does this first, so a window left open never writes an old copy back over newer data.
     bool reloadIfChangedOnDisk();
-    // How many times the files were read: a window compares it around a change to learn that the
+    // How many times a new copy was taken: a window compares it around a change to learn that the
     // list it shows was replaced.
     quint64 readCount() const { return m_reads; }
     // The row of a record of an earlier copy of the list: the same contents (preferring
@@ -118,22 +132,18 @@ public:
     QString originalTextbook;
 
 private:
-    static void regroup(QVariantList &combined);
     bool renameInAssignments(const QString &key, const QString &from, const QString &to);
     // The row that `row` named before a reload of changed files, or -1 when its record is gone.
     int rowAfterRefresh(int row);
     // The rows from `courseRow` + 1 up to the next course: the course's own textbooks.
     int groupEnd(int courseRow) const;
-    void rememberStamps();
+    void takeDocument();
 
-
-    QString m_coursesPath;
-    QString m_typesPath;
+    std::shared_ptr<CoursesDocument> m_document;
+    QObject *m_source = nullptr;
     QString m_assignmentsPath;
     QVariantList m_combined;
     QStringList m_universalTypes;
     bool m_usable = true;
-    std::optional<FileStamp> m_coursesStamp;
-    std::optional<FileStamp> m_typesStamp;
     quint64 m_reads = 0;
 };

@@ -3,6 +3,7 @@
 #include "platform/Paths.h"
 #include "store/AssignmentStore.h"
 #include "store/AssignmentsDocument.h"
+#include "store/CoursesDocument.h"
 
 #include <QDir>
 #include <QLoggingCategory>
@@ -20,9 +21,10 @@ bool deleteAllData(QString *error)
         if (!AssignmentStore::writeFile(path, {}))
             failed.append(path);
     }
-    // Every window showing the assignments shows the empty list now, and none writes its old copy
+    // Every window showing the assignments or the courses shows the empty lists now, and none writes its old copy
     // back.
     AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::Erased);
+    CoursesDocument::fileReplaced(Paths::coursesFile(), CoursesDocument::Replacement::Erased);
     if (!failed.isEmpty()) {
         qCWarning(lcStore) << "Could not empty" << failed;
         if (error)

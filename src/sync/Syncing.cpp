@@ -6,6 +6,7 @@
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
 #include "store/AssignmentsDocument.h"
+#include "store/CoursesDocument.h"
 #include "sync/AGKeychain.h"
 #include "sync/CommandLine.h"
 #include "sync/CurlText.h"
@@ -205,8 +206,9 @@ void Syncing::runDownload()
         refuse(problem);
     if (merge) {
         SyncArchive::mergeUnpacked(Paths::dataFolder());
-        // The windows show the downloaded assignments at once and write nothing older back.
+        // The windows show the downloaded assignments and courses at once and write nothing older back.
         AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::Download);
+        CoursesDocument::fileReplaced(Paths::coursesFile(), CoursesDocument::Replacement::Download);
     }
     SyncArchive::cleanUp();
     hideProgressSheet();
@@ -284,10 +286,12 @@ bool Syncing::compressData()
 void Syncing::uncompressData()
 {
     QString problem;
-    if (!SyncArchive::uncompress(Paths::dataFolder(), &problem))
+    if (!SyncArchive::uncompress(Paths::dataFolder(), &problem)) {
         refuse(problem);
-    else
-        AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::Download);
+        return;
+    }
+    AssignmentsDocument::fileReplaced(Paths::assignmentsFile(), AssignmentsDocument::Replacement::Download);
+    CoursesDocument::fileReplaced(Paths::coursesFile(), CoursesDocument::Replacement::Download);
 }
 
 void Syncing::refuse(const QString &problem)

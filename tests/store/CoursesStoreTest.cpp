@@ -6,12 +6,16 @@
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "store/AssignmentStore.h"
+#include "store/CoursesDocument.h"
 #include "store/CoursesStore.h"
 #include "store/PreferenceKeys.h"
 #include "store/Preferences.h"
 #include "store/TypeListEdits.h"
 
 #include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QThread>
 #include <gtest/gtest.h>
 
 namespace {
@@ -238,4 +242,35 @@ TEST(TypeListEdits, AnEditOfAnOlderListIsMadeAgainOnTheNewerOne)
     EXPECT_EQ(sameEditOn({"a", "b", "c", "d"}, {"c", "a", "b", "d"}, {"d", "a", "b", "c"}), (QStringList{"d", "c", "a", "b"}));
     // Two renames at once are not one edit: the newer list stays as it is.
     EXPECT_EQ(sameEditOn(before, {"X", "Y", "Essay"}, fresh), fresh);
+}
+
+TEST_F(CoursesStoreTest, OneDocumentPerFilesHearsOutsideWritesAndNeverWritesOverAnUnreadableFile)
+{
+    write(Paths::coursesFile(), {course(QStringLiteral("Math"))});
+    const std::shared_ptr<CoursesDocument> document = CoursesDocument::open();
+    EXPECT_EQ(CoursesDocument::open().get(), document.get());
+    CoursesStore store;
+    EXPECT_EQ(store.document(), document.get());
+    ASSERT_EQ(names(store), QStringList{QStringLiteral("Math")});
+
+    // Another program replaces the file: the document hears of it without being asked.
+    QSignalSpy resets(document.get(), &CoursesDocument::reset);
+    QThread::msleep(10);
+    write(Paths::coursesFile(), {course(QStringLiteral("Art"))});
+    ASSERT_TRUE(resets.wait(5000));
+    EXPECT_EQ(CourseRecords::displayNames(document->combined()), QStringList{QStringLiteral("Art")});
+
+    // A file that does not parse is read as unusable and left exactly as it is.
+    QThread::msleep(10);
+    {
+        QFile broken(Paths::coursesFile());
+        ASSERT_TRUE(broken.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        broken.write("<plist><array><dict>");
+    }
+    EXPECT_EQ(store.addCourse(), -1);
+    EXPECT_FALSE(document->isUsable());
+    EXPECT_FALSE(document->setCombined({course(QStringLiteral("Lost"))}));
+    QFile after(Paths::coursesFile());
+    ASSERT_TRUE(after.open(QIODevice::ReadOnly));
+    EXPECT_EQ(after.readAll(), QByteArray("<plist><array><dict>"));
 }

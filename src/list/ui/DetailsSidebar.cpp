@@ -12,6 +12,7 @@
 #include "list/ui/SubprojectsModel.h"
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
+#include "store/CoursesDocument.h"
 #include "store/CoursesStore.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
@@ -38,6 +39,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <utility>
+
 using namespace PreferenceKeys;
 using Sender = SidebarEditing::Sender;
 
@@ -59,6 +62,7 @@ void DetailsSidebar::focusName()
 DetailsSidebar::DetailsSidebar(Controller *controller, QWidget *parent)
     : QWidget(parent)
     , m_controller(controller)
+    , m_courses(CoursesDocument::open())
     , m_pages(new QStackedWidget(this))
     , m_form(new SidebarForm)
     , m_subprojects(new SubprojectsModel(controller, this))
@@ -149,6 +153,9 @@ DetailsSidebar::DetailsSidebar(Controller *controller, QWidget *parent)
         fillTypes(m_form->courseField->currentText());
     });
     connect(controller, &Controller::labelsChanged, this, &DetailsSidebar::applyLabelsAndInformation);
+    connect(m_courses.get(), &CoursesDocument::coursesChanged, this, &DetailsSidebar::coursesChanged);
+    connect(m_courses.get(), &CoursesDocument::universalTypesChanged, this, &DetailsSidebar::coursesChanged);
+    connect(m_courses.get(), &CoursesDocument::reset, this, &DetailsSidebar::coursesChanged);
     applyLabelsAndInformation();
     applyFill();
 }
@@ -447,8 +454,14 @@ void DetailsSidebar::applyLabelsAndInformation()
         m_personalInfo[i]->setAccessibleName(Labels::label(labels[i]));
     }
 
+    fillCoursesBox();
+}
+
+void DetailsSidebar::fillCoursesBox()
+{
     m_coursesList->clear();
-    for (const QVariant &value : CoursesFile::read(Paths::coursesFile())) {
+    m_courses->refresh();
+    for (const QVariant &value : m_courses->combined()) {
         const QVariantMap record = value.toMap();
         const bool course = record.value(CourseKeys::Type).toString() == CourseKeys::CourseType;
         auto *item = new QListWidgetItem((course ? QString() : TextbookIndent) + record.value(CourseKeys::Name).toString());
@@ -459,6 +472,19 @@ void DetailsSidebar::applyLabelsAndInformation()
         }
         m_coursesList->addItem(item);
     }
+}
+
+void DetailsSidebar::coursesChanged()
+{
+    fillCoursesBox();
+    SidebarForm *f = m_form;
+    const QString course = f->courseField->currentText();
+    const bool filling = std::exchange(m_filling, true);
+    const CoursesStore courses;
+    setChoices(f->courseField, CoursesFile::courseNames(courses.getCombined()), course);
+    setChoices(f->textbookField, courses.textbooksOfCourse(course), f->textbookField->currentText());
+    setChoices(f->typeField, courses.typesForCourse(course), f->typeField->currentText());
+    m_filling = filling;
 }
 
 void DetailsSidebar::applyCoursesColours()

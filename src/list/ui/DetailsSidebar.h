@@ -6,7 +6,10 @@
 
 #include <QWidget>
 
+#include <memory>
+
 class Controller;
+class CoursesDocument;
 class QGroupBox;
 class QLabel;
 class QListWidget;
@@ -60,6 +63,10 @@ protected:
 private:
     void applyFill();
     void applyCoursesColours();
+    void fillCoursesBox();
+    // The courses changed (in the courses window, by erasing, an import, a download): the courses
+    // box and the choices of the pull-downs follow at once, keeping what each pull-down shows.
+    void coursesChanged();
     void edit(SidebarEditing::Sender sender);
     void fillTypes(const QString &course);
     static void setChoices(class QComboBox *box, const QStringList &choices, const QString &text);
@@ -69,6 +76,7 @@ private:
     QList<int> selectedSubprojectRows() const;
 
     Controller *m_controller;
+    std::shared_ptr<CoursesDocument> m_courses;
     QStackedWidget *m_pages;
     SidebarForm *m_form;
     SubprojectsModel *m_subprojects;

@@ -8,6 +8,7 @@
 #include "platform/DateText.h"
 #include "platform/Paths.h"
 #include "platform/UserDefaults.h"
+#include "store/CoursesDocument.h"
 #include "store/CoursesStore.h"
 #include "store/GeneralSettings.h"
 #include "store/Labels.h"
@@ -66,6 +67,15 @@ MultipleAssignmentsSheet::MultipleAssignmentsSheet(QWidget *parent)
     setAccessibleName(SheetTitle);
     setWindowTitle(SheetTitle);
     setWindowModality(Qt::WindowModal);
+    m_courses = CoursesDocument::open();
+    const auto coursesChanged = [this] {
+        updateCourses();
+        updateTextbooks();
+        updateTypes();
+    };
+    connect(m_courses.get(), &CoursesDocument::coursesChanged, this, coursesChanged);
+    connect(m_courses.get(), &CoursesDocument::universalTypesChanged, this, coursesChanged);
+    connect(m_courses.get(), &CoursesDocument::reset, this, coursesChanged);
 
     nameField = new QLineEdit;
     nameField->setObjectName(QStringLiteral("multipleNameField"));
@@ -286,7 +296,7 @@ void MultipleAssignmentsSheet::changedCourse()
     textbookField->setEditText(QString());
     updateTextbooks();
     updateTypes();
-    if (const std::optional<QString> textbook = CoursesFile::defaultTextbook(CoursesFile::read(Paths::coursesFile()), course))
+    if (const std::optional<QString> textbook = CoursesFile::defaultTextbook(CoursesStore().getCombined(), course))
         textbookField->setEditText(*textbook);
 }
 

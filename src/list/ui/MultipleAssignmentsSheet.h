@@ -5,6 +5,9 @@
 #include <QDialog>
 #include <QList>
 
+#include <memory>
+
+class CoursesDocument;
 class DateEditor;
 class QCheckBox;
 class QComboBox;
@@ -67,4 +70,7 @@ private:
     QStackedWidget *m_repeatPages;
     QStackedWidget *m_endPages;
     QString m_originalCourseString;
+    // The courses as every window sees them: the pull-downs follow a change made while the sheet
+    // is open.
+    std::shared_ptr<CoursesDocument> m_courses;
 };

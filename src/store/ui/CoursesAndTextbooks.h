@@ -20,7 +20,7 @@ class UniversalTypesPage;
 
 // The courses and textbooks window: the combined list of courses with their textbooks, the single
 // "Universal Types" row, and the form of whatever is selected. Every change goes through the courses
-// store and is written at once; the main window picks it up at its next reload.
+// store and is written at once; every window showing the courses hears of it from their document.
 class CoursesAndTextbooks : public QMainWindow
 {
     Q_OBJECT
@@ -63,6 +63,8 @@ protected:
 
 private:
     void buildToolbar();
+    // The document changed: shows the new data, keeping the record shown and the typing in its form.
+    void changedElsewhere(QObject *source);
     void selectionChanged();
     void showRecord(int row);
     void courseEdited(bool fromNameField);
@@ -94,4 +96,5 @@ private:
     std::unique_ptr<CoursesFormCommit> m_form;
     CoursesFileWarnings m_warnings;
     bool m_reloading = false;
+    bool m_refreshQueued = false;
 };

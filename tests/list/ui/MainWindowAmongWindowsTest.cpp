@@ -195,3 +195,40 @@ TEST(MainWindowAmongWindows, ABackupImportedFromOutsideTheMenuShowsInTheListWith
     EXPECT_EQ(w.shown(), QStringList{"New"});
     EXPECT_EQ(storedNames(), QStringList{"New"});
 }
+
+TEST(MainWindowAmongWindows, TheSidebarsPullDownsAndCoursesBoxFollowTheCoursesWindowAtOnce)
+{
+    freshPreferences();
+    writeCourses({course("Biology"), textbook("Cells", "Biology")});
+    writeStore({record("Essay", {{"Course", "Biology"}})});
+    Window w;
+    w.select("Essay");
+    ASSERT_EQ(w.form()->textbookField->count(), 1);
+
+    // The courses window adds a textbook to the course shown and a course, while the main window
+    // stays behind.
+    CoursesAndTextbooks courses;
+    courses.show();
+    activate(&courses);
+    courses.selectCourseOrTextbook("Biology");
+    courses.addTextbook();
+    auto *name = courses.findChild<QLineEdit *>("textbookName");
+    QTest::keyClicks(name, "Genes");
+    QTest::keyClick(name, Qt::Key_Return);
+    courses.addCourse();
+    QCoreApplication::processEvents();
+    ASSERT_FALSE(w.window->isActiveWindow());
+
+    QStringList textbooks;
+    for (int i = 0; i < w.form()->textbookField->count(); ++i)
+        textbooks.append(w.form()->textbookField->itemText(i));
+    EXPECT_EQ(textbooks, (QStringList{"Cells", "Genes"}));
+    EXPECT_EQ(w.form()->courseField->count(), 2);
+    EXPECT_EQ(w.form()->courseField->currentText(), "Biology");
+
+    w.controller()->selectRowAlone(-1);
+    QStringList box;
+    for (int i = 0; i < w.window->sidebar()->coursesList()->count(); ++i)
+        box.append(w.window->sidebar()->coursesList()->item(i)->text());
+    EXPECT_EQ(box.size(), 4) << box.join("|").toStdString();
+}
