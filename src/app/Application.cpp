@@ -182,8 +182,8 @@ void Application::showMainWindow()
     ReminderDelivery::install(&main);
     // The calendar server: its command in the File menu and the toolbar, and a sync now.
     if (!m_calendarSync) {
-        m_calendarSync = new CalDavSyncCommand(main.controller(), &main, &main);
-        m_calendarSync->addTo(main.menus()->menus().value(0), main.mainToolbar());
+        m_calendarSync = new CalDavSyncCommand(&main, &main);
+        m_calendarSync->addTo(main.menus()->menus().value(0), main.mainToolbar()->itemAction(ToolbarCatalogue::CalendarSync));
         m_calendarSync->syncAtStart();
     }
     Q_EMIT mainWindowShown(&main);

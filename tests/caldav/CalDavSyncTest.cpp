@@ -9,10 +9,10 @@
 #include "caldav/LocalAssignments.h"
 #include "caldav/SyncState.h"
 #include "caldav/TodoMapping.h"
-#include "list/Controller.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "store/Assignment.h"
+#include "store/AssignmentsDocument.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -38,21 +38,19 @@ QVariantMap record(const QString &name, QVariantMap more = {})
 // One computer: its own store files and its own record of the last sync, as a second $HOME has.
 struct Device {
     QTemporaryDir folder;
-    std::unique_ptr<Controller> controller;
+    std::shared_ptr<AssignmentsDocument> document;
     LocalAssignments local;
     SyncState state;
 
     explicit Device(const QList<QVariantMap> &records = {})
-        : controller(std::make_unique<Controller>(folder.filePath(QStringLiteral("Assignments.plist")),
-                                                  folder.filePath(QStringLiteral("Courses.plist"))))
-        , local(controller.get())
+        : document(AssignmentsDocument::open(folder.filePath(QStringLiteral("Assignments.plist"))))
+        , local(document)
         , state(folder.filePath(QStringLiteral("state.json")))
     {
         AssignmentList list;
         for (const QVariantMap &fields : records)
             list << Assignments::make(fields);
-        controller->setAllAssignments(list);
-        controller->saveData();
+        EXPECT_TRUE(document->setAll(list));
     }
 
     // What the runner does around the engine, without its thread.
@@ -83,19 +81,18 @@ struct Device {
 
     void edit(const QString &name, const QString &key, const QVariant &value, const QString &updated)
     {
-        for (const AssignmentRef &r : controller->allAssignments())
+        for (const AssignmentRef &r : document->records())
             if (r->string(Name) == name) {
                 r->set(key, value);
                 r->set(DateUpdated, updated);
             }
-        controller->saveData();
+        EXPECT_TRUE(document->setAll(document->records()));
     }
     void remove(const QString &name)
     {
-        AssignmentList all = controller->allAssignments();
+        AssignmentList all = document->records();
         all.removeIf([&](const AssignmentRef &r) { return r->string(Name) == name; });
-        controller->setAllAssignments(all);
-        controller->saveData();
+        EXPECT_TRUE(document->setAll(all));
     }
 };
 
