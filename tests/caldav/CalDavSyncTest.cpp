@@ -350,5 +350,43 @@ TEST_P(CalDavServers, FirstSyncChoicesTakeTheServersOrSendThisComputers)
     EXPECT_EQ(a.names(), QStringList{"Only C"});
 }
 
+// A phone that knows subtasks only as RELATED-TO;RELTYPE=PARENT: the parent becomes a project here
+// and the child its subproject, and what goes back carries both ways of saying so.
+TEST_P(CalDavServers, APhonesParentAndChildBecomeAProjectAndItsSubproject)
+{
+    Account account;
+    ASSERT_TRUE(account.open(GetParam()));
+    const bool sc = account.calendar.offersSyncCollection;
+    DavSession session(User, Password);
+    const auto put = [&](const QByteArray &uid, const QByteArray &lines) {
+        QUrl url = account.calendar.url;
+        url.setPath(url.path() + QString::fromLatin1(uid) + ".ics");
+        const QByteArray ics = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Phone//EN\r\nBEGIN:VTODO\r\nUID:" + uid
+                               + "\r\nDTSTAMP:20261120T100000Z\r\n" + lines + "END:VTODO\r\nEND:VCALENDAR\r\n";
+        return session.send("PUT", url, ics, {{"If-None-Match", "*"}}).ok();
+    };
+    ASSERT_TRUE(put("phone-parent", "SUMMARY:Term paper\r\n"));
+    ASSERT_TRUE(put("phone-child", "SUMMARY:Sources\r\nRELATED-TO;RELTYPE=PARENT:phone-parent\r\n"));
+    ASSERT_TRUE(put("phone-other", "SUMMARY:Loose end\r\nRELATED-TO:nobody-here\r\n"));
+
+    Device a;
+    ASSERT_TRUE(a.sync(account.calendar.url, sc).ok);
+    auto records = a.byName();
+    const QString project = records["Term paper"].value(Project).toString();
+    EXPECT_FALSE(project.isEmpty());
+    EXPECT_EQ(records["Sources"].value(Subproject).toString(), project);
+    EXPECT_FALSE(records["Loose end"].contains(Subproject));
+    EXPECT_FALSE(records["Loose end"].contains(Project));
+
+    // The next sync sends both with our properties; another computer reads the same structure.
+    ASSERT_TRUE(a.sync(account.calendar.url, sc).ok);
+    Device b;
+    ASSERT_TRUE(b.sync(account.calendar.url, sc).ok);
+    records = b.byName();
+    EXPECT_EQ(records["Term paper"].value(Project).toString(), project);
+    EXPECT_EQ(records["Sources"].value(Subproject).toString(), project);
+    EXPECT_EQ(b.names().size(), 3);
+}
+
 INSTANTIATE_TEST_SUITE_P(Servers, CalDavServers, ::testing::Values(DavServer::Kind::Radicale, DavServer::Kind::Xandikos),
                          serverName);
