@@ -116,7 +116,8 @@ struct OpenWindow {
         window->refresh();
         // Wired as the program wires it: the File menu, and the toolbar's own item.
         command = std::make_unique<CalDavSyncCommand>(window.get());
-        command->addTo(window->menus()->menus().value(0), window->mainToolbar()->itemAction(ToolbarCatalogue::CalendarSync));
+        command->addTo(window->menus()->menus().value(0), window->menus()->action(MainMenus::Command::Quit),
+                       window->mainToolbar()->itemAction(ToolbarCatalogue::CalendarSync));
     }
     QAction *undo() const
     {
@@ -306,6 +307,14 @@ TEST(CalDavCommand, TheToolbarItemSurvivesCustomisingAndSyncs)
     ASSERT_NE(item, nullptr);
     ASSERT_TRUE(item->isVisible());
     EXPECT_EQ(toolbar->itemAction(ToolbarCatalogue::CalendarSync)->text(), "Calendar Sync");
+
+    // In the File menu it stands with the other syncs, not below Quit.
+    const QList<QAction *> file = w.window->menus()->menus().value(0)->actions();
+    const qsizetype at = file.indexOf(w.command->action());
+    ASSERT_GT(at, 0);
+    ASSERT_LT(at + 2, file.size());
+    EXPECT_TRUE(file[at + 1]->isSeparator());
+    EXPECT_EQ(file[at + 2]->text(), "Quit");
 
     QSignalSpy started(w.command->runner(), &CalDavSyncRunner::started);
     QTest::mouseClick(item, Qt::LeftButton);

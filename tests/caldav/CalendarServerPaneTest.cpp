@@ -89,6 +89,7 @@ TEST(CalendarServerPane, CheckFindsCreatesAndChoosesThenTheCommandSyncs)
     QTest::mouseClick(create, Qt::LeftButton);
     ASSERT_TRUE(waitUntil([&] { return !pane.isChecking() && calendars->count() == 1; }));
     EXPECT_EQ(calendars->item(0)->text(), "Quillory");
+    EXPECT_FALSE(create->isEnabled());
     shoot(&pane, "pane-found");
     const CalDavSettings saved = CalDavSettings::load();
     EXPECT_TRUE(saved.isComplete());

@@ -61,10 +61,15 @@ void CalDavSyncCommand::documentChanged(QObject *source)
 
 CalDavSyncCommand::~CalDavSyncCommand() = default;
 
-void CalDavSyncCommand::addTo(QMenu *menu, QAction *toolbarItem)
+void CalDavSyncCommand::addTo(QMenu *menu, QAction *quit, QAction *toolbarItem)
 {
-    if (menu)
-        menu->addAction(m_action);
+    if (menu) {
+        // With the other syncs, above the separator that sets Quit apart.
+        const QList<QAction *> actions = menu->actions();
+        const qsizetype at = actions.indexOf(quit);
+        QAction *before = at > 0 && actions[at - 1]->isSeparator() ? actions[at - 1] : (at >= 0 ? quit : nullptr);
+        menu->insertAction(before, m_action);
+    }
     if (toolbarItem)
         connect(toolbarItem, &QAction::triggered, this, &CalDavSyncCommand::syncNow);
 }

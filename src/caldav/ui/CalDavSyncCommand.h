@@ -28,9 +28,10 @@ public:
     explicit CalDavSyncCommand(QWidget *window, QObject *parent = nullptr);
     ~CalDavSyncCommand() override;
 
-    // The menu gets the command; the main toolbar's own item for it (the user places it through the
-    // toolbar's customising, which keeps it) starts the same sync.
-    void addTo(QMenu *menu, QAction *toolbarItem);
+    // The menu gets the command (above `quit` and the separator before it); the main toolbar's own
+    // item for it (the user places it through the toolbar's customising, which keeps it) starts the
+    // same sync.
+    void addTo(QMenu *menu, QAction *quit, QAction *toolbarItem);
     QAction *action() const { return m_action; }
     CalDavSyncRunner *runner() const { return m_runner.get(); }
 
