@@ -192,6 +192,31 @@ TEST(CalDavCommand, AnUndoAfterASyncThatChangedRecordsCannotTakeThemBack)
     EXPECT_EQ(phone.records.size(), 1);
 }
 
+// Another copy of the program saves the file while a sync runs: what it wrote stays, and what the
+// server sent is added to it, never written over it.
+TEST(CalDavCommand, AFileSavedElsewhereDuringASyncIsNotWrittenOver)
+{
+    writeStore({"Essay"});
+    ServerAccount account;
+    ASSERT_TRUE(account.open());
+    OpenWindow w;
+    ASSERT_TRUE(w.syncAndWait());
+    Phone phone;
+    phone.sync(account);
+    phone.rename("Essay", "Essay, second draft");
+    phone.sync(account);
+
+    QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
+    ASSERT_TRUE(w.command->runner()->start());
+    QVariantList stored = PropertyList::readFile(Paths::assignmentsFile())->toList();
+    stored << QVariantMap{{Name, "From elsewhere"}, {DateCreated, 5000.0}, {Priority, 1.0}};
+    ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), stored));
+    ASSERT_TRUE(finished.wait(30000));
+    // A sync that found the file changed runs again by itself.
+    QTest::qWaitFor([&] { return !w.command->runner()->isRunning() && storedNames().contains("Essay, second draft"); }, 30000);
+    EXPECT_EQ(storedNames(), (QStringList{"Essay, second draft", "From elsewhere"}));
+}
+
 // The program's own syncs: at start when the account has synced before, a few seconds after any
 // window changed the assignments (not after the sync's own changes), and one last one at quit.
 TEST(CalDavCommand, SyncsAtStartAfterAChangeAndAtQuit)
