@@ -213,7 +213,7 @@ TEST(CalDavCommand, AFileSavedElsewhereDuringASyncIsNotWrittenOver)
     ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), stored));
     ASSERT_TRUE(finished.wait(30000));
     // A sync that found the file changed runs again by itself.
-    QTest::qWaitFor([&] { return !w.command->runner()->isRunning() && storedNames().contains("Essay, second draft"); }, 30000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !w.command->runner()->isRunning() && storedNames().contains("Essay, second draft"); }, 30000));
     EXPECT_EQ(storedNames(), (QStringList{"Essay, second draft", "From elsewhere"}));
 }
 
