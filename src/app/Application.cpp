@@ -3,6 +3,7 @@
 #include "QuitSignals.h"
 #include "caldav/ui/CalDavSyncCommand.h"
 #include "caldav/ui/CalendarServerPane.h"
+#include "list/ui/MainMenus.h"
 #include "list/ui/MainToolbar.h"
 #include "list/ui/MainWindow.h"
 #include "store/AssignmentsDocument.h"
@@ -182,8 +183,9 @@ void Application::showMainWindow()
     ReminderDelivery::install(&main);
     // The calendar server: its command in the File menu and the toolbar, and a sync now.
     if (!m_calendarSync) {
-        m_calendarSync = new CalDavSyncCommand(main.controller(), &main, &main);
-        m_calendarSync->addTo(main.menus()->menus().value(0), main.mainToolbar());
+        m_calendarSync = new CalDavSyncCommand(&main, &main);
+        m_calendarSync->addTo(main.menus()->menus().value(0), main.menus()->action(MainMenus::Command::Quit),
+                              main.mainToolbar()->itemAction(ToolbarCatalogue::CalendarSync));
         m_calendarSync->syncAtStart();
     }
     Q_EMIT mainWindowShown(&main);

@@ -4,6 +4,7 @@
 #include "caldav/Multistatus.h"
 #include "caldav/SyncState.h"
 #include "caldav/TodoMapping.h"
+#include "platform/Clock.h"
 #include "platform/DateText.h"
 #include "store/Assignment.h"
 
@@ -179,8 +180,11 @@ CalDavSync::Outcome CalDavSync::run(const QList<QVariantMap> &records, FirstSync
 
     QSet<QString> handled;
     QStringList toPut;
+    QList<std::pair<QString, QString>> childOf; // (child, parent) told only by RELATED-TO
     const auto takeRemote = [&](const QString &uid, const TodoMapping::Todo &todo) {
         QVariantMap record = TodoMapping::merged(local.value(uid), todo);
+        if (!todo.parentUid.isEmpty() && !record.contains(AssignmentKeys::Subproject))
+            childOf.append({uid, todo.parentUid});
         m_out.upserts << record;
         local.insert(uid, record);
         ++m_out.received;
@@ -236,6 +240,8 @@ CalDavSync::Outcome CalDavSync::run(const QList<QVariantMap> &records, FirstSync
         else
             toPut << uid;
     }
+
+    linkSubprojects(childOf, local, projectUid);
 
     for (const QString &href : std::as_const(removed)) {
         const QString uid = uidByHref.value(href);
@@ -365,6 +371,44 @@ CalDavSync::Outcome CalDavSync::run(const QList<QVariantMap> &records, FirstSync
     m_state.syncToken = token;
     m_out.ok = true;
     return finish();
+}
+
+void CalDavSync::linkSubprojects(const QList<std::pair<QString, QString>> &childOf, QHash<QString, QVariantMap> &local,
+                                 QHash<QString, QString> &projectUid)
+{
+    using namespace AssignmentKeys;
+    const auto upsert = [&](const QVariantMap &record) {
+        const QString uid = record.value(CalDavKeys::Uid).toString();
+        local.insert(uid, record);
+        const auto made = std::find_if(m_out.upserts.begin(), m_out.upserts.end(),
+                                       [&](const QVariantMap &r) { return r.value(CalDavKeys::Uid) == uid; });
+        if (made != m_out.upserts.end())
+            *made = record;
+        else
+            m_out.upserts << record;
+    };
+    for (const auto &[child, parent] : childOf) {
+        if (!local.contains(child) || !local.contains(parent) || child == parent)
+            continue;
+        QVariantMap parentRecord = local.value(parent);
+        QVariantMap childRecord = local.value(child);
+        // One level only: a subproject has no subprojects, and a project is nobody's subproject.
+        if (parentRecord.contains(Subproject) || childRecord.contains(Project) || childRecord.contains(Subproject))
+            continue;
+        QString identifier = parentRecord.value(Project).toString();
+        if (identifier.isEmpty()) {
+            // A project is known by the moment it was made, in the stored date form; a second
+            // made in the same second takes the next free one.
+            QDateTime moment = Clock::now();
+            while (projectUid.contains(identifier = DateText::toStoredForm(moment)))
+                moment = moment.addSecs(1);
+            parentRecord.insert(Project, identifier);
+            projectUid.insert(identifier, parent);
+            upsert(parentRecord);
+        }
+        childRecord.insert(Subproject, identifier);
+        upsert(childRecord);
+    }
 }
 
 int CalDavSync::countItems(DavSession &session, const QUrl &calendar)

@@ -62,6 +62,10 @@ private:
     QString hrefForUid(const QString &uid) const;
     bool fail(const DavSession::Response &r, const QString &what);
     void saveState();
+    // Received to-dos whose parent a phone named only by RELATED-TO;RELTYPE=PARENT (child, parent):
+    // the parent becomes a project and the child its subproject, as upserts here.
+    void linkSubprojects(const QList<std::pair<QString, QString>> &childOf, QHash<QString, QVariantMap> &local,
+                         QHash<QString, QString> &projectUid);
 
     DavSession &m_session;
     QUrl m_calendar;

@@ -40,8 +40,7 @@ bool CalDavSyncRunner::isFirstSync() const
 
 void CalDavSyncRunner::scheduleAfterEdit()
 {
-    if (isConfigured() && !isFirstSync())
-        m_debounce.start();
+    m_debounce.start();
 }
 
 bool CalDavSyncRunner::start(CalDavSync::FirstSync mode)
@@ -54,12 +53,15 @@ bool CalDavSyncRunner::start(CalDavSync::FirstSync mode)
         return true;
     }
     m_debounce.stop();
-    m_local->ensureUids();
+    // A file changed underneath is reread instead of written; the UIDs then go to the reread records.
+    if (!m_local->ensureUids() && !m_local->ensureUids())
+        return false;
     const QList<QVariantMap> records = m_local->records();
     const QString password = CalDavSettings::password(settings.user);
     const QString statePath = SyncState::pathFor(settings.calendarUrl, settings.user);
     Q_EMIT started();
-    m_watcher.setFuture(QtConcurrent::run([=]() {
+    m_cancel = std::make_shared<std::atomic_bool>(false);
+    m_watcher.setFuture(QtConcurrent::run([=, cancel = m_cancel]() {
         auto result = std::make_shared<Result>();
         result->state = SyncState(statePath);
         QString error;
@@ -69,6 +71,7 @@ bool CalDavSyncRunner::start(CalDavSync::FirstSync mode)
             return result;
         }
         DavSession session(settings.user, password);
+        session.setCancelFlag(cancel);
         CalDavSync sync(session, QUrl(settings.calendarUrl), result->state, settings.syncCollection);
         result->outcome = sync.run(records, mode);
         return result;
@@ -85,11 +88,23 @@ void CalDavSyncRunner::finish(int ms)
     QTimer::singleShot(ms, &loop, &QEventLoop::quit);
     connect(this, &CalDavSyncRunner::finished, &loop, &QEventLoop::quit);
     loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (isRunning()) {
+        // Quitting must not wait for a server that does not answer.
+        *m_cancel = true;
+        m_discard = true;
+        m_watcher.waitForFinished();
+        m_again = false;
+        qCWarning(lcCalDav) << "the sync at quit was stopped after" << ms << "ms";
+    }
 }
 
 void CalDavSyncRunner::done()
 {
     const std::shared_ptr<Result> result = m_watcher.result();
+    if (std::exchange(m_discard, false)) {
+        Q_EMIT finished(false, tr("The sync was stopped."), result->outcome);
+        return;
+    }
     CalDavSync::Outcome &outcome = result->outcome;
     bool ok = outcome.ok;
     QString message = ok ? summaryText(outcome) : outcome.error;
@@ -104,10 +119,17 @@ void CalDavSyncRunner::done()
         }
         if (backedUp) {
             // Even a sync that stopped halfway brings what it already did; the state says so.
-            m_local->apply(outcome.upserts, outcome.removals);
-            QString error;
-            if (!result->state.save(&error))
-                qCWarning(lcCalDav) << "could not keep the sync state:" << error;
+            // When the file changed underneath (another copy of the program saved it), nothing
+            // was written and the state stays as it was: the next sync takes both up again.
+            if (m_local->apply(outcome.upserts, outcome.removals)) {
+                QString error;
+                if (!result->state.save(&error))
+                    qCWarning(lcCalDav) << "could not keep the sync state:" << error;
+            } else {
+                ok = false;
+                message = tr("The assignments changed on disk during the sync, so nothing was changed here.  The next sync takes them up.");
+                m_again = m_local->isUsable();
+            }
         }
     }
     Q_EMIT finished(ok, message, outcome);
@@ -150,5 +172,7 @@ bool CalDavSyncRunner::backUpLosers(const QList<QVariantMap> &current, const QLi
         target = stem + QStringLiteral("_%1.plist").arg(n);
     if (path)
         *path = target;
-    return PropertyList::writeFile(target, document);
+    const bool written = PropertyList::writeFile(target, document);
+    AutomaticBackups::prune();
+    return written;
 }

@@ -6,6 +6,9 @@
 #include <QObject>
 #include <QTimer>
 
+#include <atomic>
+#include <memory>
+
 class LocalAssignments;
 
 // Runs syncs with the calendar server of the preferences, one at a time, on a worker thread, and
@@ -28,7 +31,8 @@ public:
     bool start(CalDavSync::FirstSync mode = CalDavSync::FirstSync::Merge);
     // A sync a few seconds after the last edit.
     void scheduleAfterEdit();
-    // Waits (at most `ms`) for a running sync and applies it; for quitting.
+    // Waits (at most `ms`) for a running sync and applies it; for quitting. A sync still running
+    // then is stopped (what it sent is found again by the next one) and nothing of it is applied.
     void finish(int ms);
 
     // "3 sent, 2 received, 1 conflict kept in backups"
@@ -51,4 +55,6 @@ private:
     QFutureWatcher<std::shared_ptr<Result>> m_watcher;
     QTimer m_debounce;
     bool m_again = false;
+    bool m_discard = false;
+    std::shared_ptr<std::atomic_bool> m_cancel;
 };

@@ -21,6 +21,12 @@ DavSession::~DavSession() = default;
 DavSession::Response DavSession::send(const QByteArray &method, const QUrl &url, const QByteArray &body,
                                       const Headers &headers)
 {
+    if (m_cancel && *m_cancel) {
+        Response cancelled;
+        cancelled.failure = Failure::Timeout;
+        cancelled.errorText = QStringLiteral("The sync was stopped.");
+        return cancelled;
+    }
     QNetworkRequest request(url);
     request.setRawHeader("Authorization", m_authorization);
     request.setRawHeader("User-Agent", "Quillory");
@@ -44,6 +50,14 @@ DavSession::Response DavSession::send(const QByteArray &method, const QUrl &url,
     m_sent += body.size() + url.toEncoded().size() + method.size();
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    QTimer watch;
+    if (m_cancel) {
+        QObject::connect(&watch, &QTimer::timeout, reply, [this, reply] {
+            if (*m_cancel)
+                reply->abort();
+        });
+        watch.start(100);
+    }
     if (!reply->isFinished())
         loop.exec(QEventLoop::ExcludeUserInputEvents);
 

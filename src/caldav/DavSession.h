@@ -6,6 +6,8 @@
 #include <QString>
 #include <QUrl>
 
+#include <atomic>
+
 #include <memory>
 
 class QNetworkAccessManager;
@@ -37,6 +39,9 @@ public:
     qint64 bytesSent() const { return m_sent; }
     qint64 bytesReceived() const { return m_received; }
     void setTimeoutMs(int ms) { m_timeoutMs = ms; }
+    // Raised by another thread (the program is quitting): the request under way stops within a
+    // tenth of a second, and every later one fails at once.
+    void setCancelFlag(std::shared_ptr<std::atomic_bool> cancel) { m_cancel = std::move(cancel); }
 
 private:
     std::unique_ptr<QNetworkAccessManager> m_network;
@@ -45,4 +50,5 @@ private:
     qint64 m_sent = 0;
     qint64 m_received = 0;
     int m_timeoutMs = 60000;
+    std::shared_ptr<std::atomic_bool> m_cancel;
 };

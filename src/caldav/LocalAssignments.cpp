@@ -1,31 +1,53 @@
 #include "caldav/LocalAssignments.h"
 
 #include "caldav/TodoMapping.h"
-#include "list/Controller.h"
 #include "platform/Clock.h"
 #include "store/Assignment.h"
+#include "store/AssignmentsDocument.h"
 
 #include <QHash>
 #include <QSet>
 #include <QUuid>
 
-LocalAssignments::LocalAssignments(Controller *controller) : m_controller(controller) {}
+LocalAssignments::LocalAssignments(std::shared_ptr<AssignmentsDocument> document, QObject *source)
+    : m_document(std::move(document))
+    , m_source(source)
+{
+}
 
-bool LocalAssignments::isUsable() const { return m_controller && m_controller->isStoreUsable(); }
+LocalAssignments::~LocalAssignments() = default;
 
-void LocalAssignments::ensureUids()
+bool LocalAssignments::isUsable() const
+{
+    if (!m_document)
+        return false;
+    m_document->records();
+    return m_document->isUsable();
+}
+
+bool LocalAssignments::save(const AssignmentList &records)
+{
+    if (!m_document->setAll(records, m_source))
+        return false;
+    // The document already holds what was written; the windows only learn why, and end their
+    // histories.
+    Q_EMIT m_document->replaced(AssignmentsDocument::Replacement::CalendarSync);
+    return true;
+}
+
+bool LocalAssignments::ensureUids()
 {
     if (!isUsable())
-        return;
+        return false;
+    const AssignmentList all = m_document->records();
     bool changed = false;
-    for (const AssignmentRef &record : m_controller->allAssignments()) {
+    for (const AssignmentRef &record : all) {
         if (record->string(CalDavKeys::Uid).isEmpty()) {
             record->set(CalDavKeys::Uid, QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper());
             changed = true;
         }
     }
-    if (changed)
-        m_controller->saveData();
+    return !changed || save(all);
 }
 
 QList<QVariantMap> LocalAssignments::records() const
@@ -33,37 +55,38 @@ QList<QVariantMap> LocalAssignments::records() const
     QList<QVariantMap> out;
     if (!isUsable())
         return out;
-    out.reserve(m_controller->allAssignments().size());
-    for (const AssignmentRef &record : m_controller->allAssignments())
+    const AssignmentList &all = m_document->records();
+    out.reserve(all.size());
+    for (const AssignmentRef &record : all)
         out << record->fields();
     return out;
 }
 
-void LocalAssignments::apply(const QList<QVariantMap> &upserts, const QStringList &removals)
+bool LocalAssignments::apply(const QList<QVariantMap> &upserts, const QStringList &removals)
 {
-    if (!isUsable() || (upserts.isEmpty() && removals.isEmpty()))
-        return;
-    const auto hold = m_controller->holdPendingEdit();
-    m_controller->commitPendingEdit();
-    AssignmentList all = m_controller->allAssignments();
-    QHash<QString, AssignmentRef> byUid;
-    for (const AssignmentRef &record : all)
-        byUid.insert(record->string(CalDavKeys::Uid), record);
+    if (!isUsable())
+        return false;
+    if (upserts.isEmpty() && removals.isEmpty())
+        return true;
+    AssignmentList all = m_document->records();
+    QHash<QString, qsizetype> byUid;
+    for (qsizetype i = 0; i < all.size(); ++i)
+        byUid.insert(all[i]->string(CalDavKeys::Uid), i);
     for (const QVariantMap &fields : upserts) {
         const QString uid = fields.value(CalDavKeys::Uid).toString();
-        if (const AssignmentRef record = byUid.value(uid)) {
-            record->setFields(fields);
+        const auto found = byUid.constFind(uid);
+        if (found != byUid.cend()) {
+            // Changed in place, as every edit is: a window's edit in progress still finds its record.
+            all[*found]->setFields(fields);
         } else {
             QVariantMap added = fields;
             if (!added.contains(AssignmentKeys::DateCreated))
                 added.insert(AssignmentKeys::DateCreated, Clock::now().toMSecsSinceEpoch() / 1000.0);
-            const AssignmentRef made = Assignments::make(added);
-            all << made;
-            byUid.insert(uid, made);
+            byUid.insert(uid, all.size());
+            all << Assignments::make(added);
         }
     }
     const QSet<QString> gone(removals.cbegin(), removals.cend());
     all.removeIf([&](const AssignmentRef &record) { return gone.contains(record->string(CalDavKeys::Uid)); });
-    m_controller->setAllAssignments(all);
-    m_controller->saveData();
+    return save(all);
 }

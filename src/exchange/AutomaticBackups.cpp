@@ -28,7 +28,13 @@ bool AutomaticBackups::write(const QString &path, QString *error)
     for (int n = 2; QFileInfo(target).exists() || QFileInfo(target).isSymLink(); ++n)
         target = stem + QStringLiteral("_%1.plist").arg(n); // "_" sorts after ".": newer after older
     const bool written = Backup::sharedController()->exportBackupToFile(target, error);
+    prune();
+    return written;
+}
 
+void AutomaticBackups::prune()
+{
+    const QString folder = Paths::syncingBackupsFolder();
     const QDir dir(folder);
     const auto filters = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
     QStringList names = dir.entryList(filters, QDir::Unsorted);
@@ -44,5 +50,4 @@ bool AutomaticBackups::write(const QString &path, QString *error)
         }
         names.removeFirst();
     }
-    return written;
 }

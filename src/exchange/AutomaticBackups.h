@@ -18,4 +18,7 @@ public:
     // Writes the backup of the current data files and prunes the folder. False (with the reason)
     // when the backup could not be written.
     static bool write(const QString &path, QString *error = nullptr);
+    // Removes the oldest entries of the folder beyond MaximumKept (also for backups written by
+    // others into the same folder).
+    static void prune();
 };

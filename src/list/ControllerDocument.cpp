@@ -16,7 +16,7 @@ void Controller::connectDocument()
     // records, and the menu says why.
     connect(document, &AssignmentsDocument::replaced, this, [this](AssignmentsDocument::Replacement why) {
         using enum AssignmentsDocument::Replacement;
-        m_history.clear(why == Download       ? HistoryRecorder::CantUndoAfterSync
+        m_history.clear(why == Download || why == CalendarSync ? HistoryRecorder::CantUndoAfterSync
                         : why == BackupImport ? HistoryRecorder::CantUndoAfterImport
                                               : HistoryRecorder::CantUndoAfterOutsideChange);
     });

@@ -32,8 +32,9 @@ public:
     static std::shared_ptr<AssignmentsDocument> open();
     ~AssignmentsDocument() override;
     // Why this process replaced the whole file: windows that keep a history of changes end it,
-    // and say why.
-    enum class Replacement { Erased, BackupImport, Download };
+    // and say why. CalendarSync: a sync with the calendar server changed records through the
+    // document (it announces that itself, after the save).
+    enum class Replacement { Erased, BackupImport, Download, CalendarSync };
     // This process replaced the whole file (emptied it, imported a backup, downloaded a copy): the
     // document of that file, if one is open, rereads it now and announces why.
     static void fileReplaced(const QString &path, Replacement why);

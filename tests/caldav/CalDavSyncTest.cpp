@@ -9,10 +9,10 @@
 #include "caldav/LocalAssignments.h"
 #include "caldav/SyncState.h"
 #include "caldav/TodoMapping.h"
-#include "list/Controller.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "store/Assignment.h"
+#include "store/AssignmentsDocument.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -38,21 +38,19 @@ QVariantMap record(const QString &name, QVariantMap more = {})
 // One computer: its own store files and its own record of the last sync, as a second $HOME has.
 struct Device {
     QTemporaryDir folder;
-    std::unique_ptr<Controller> controller;
+    std::shared_ptr<AssignmentsDocument> document;
     LocalAssignments local;
     SyncState state;
 
     explicit Device(const QList<QVariantMap> &records = {})
-        : controller(std::make_unique<Controller>(folder.filePath(QStringLiteral("Assignments.plist")),
-                                                  folder.filePath(QStringLiteral("Courses.plist"))))
-        , local(controller.get())
+        : document(AssignmentsDocument::open(folder.filePath(QStringLiteral("Assignments.plist"))))
+        , local(document)
         , state(folder.filePath(QStringLiteral("state.json")))
     {
         AssignmentList list;
         for (const QVariantMap &fields : records)
             list << Assignments::make(fields);
-        controller->setAllAssignments(list);
-        controller->saveData();
+        EXPECT_TRUE(document->setAll(list));
     }
 
     // What the runner does around the engine, without its thread.
@@ -83,19 +81,18 @@ struct Device {
 
     void edit(const QString &name, const QString &key, const QVariant &value, const QString &updated)
     {
-        for (const AssignmentRef &r : controller->allAssignments())
+        for (const AssignmentRef &r : document->records())
             if (r->string(Name) == name) {
                 r->set(key, value);
                 r->set(DateUpdated, updated);
             }
-        controller->saveData();
+        EXPECT_TRUE(document->setAll(document->records()));
     }
     void remove(const QString &name)
     {
-        AssignmentList all = controller->allAssignments();
+        AssignmentList all = document->records();
         all.removeIf([&](const AssignmentRef &r) { return r->string(Name) == name; });
-        controller->setAllAssignments(all);
-        controller->saveData();
+        EXPECT_TRUE(document->setAll(all));
     }
 };
 
@@ -351,6 +348,44 @@ TEST_P(CalDavServers, FirstSyncChoicesTakeTheServersOrSendThisComputers)
     EXPECT_EQ(account.itemsOnServer(), 1);
     ASSERT_TRUE(a.sync(account.calendar.url, sc).ok);
     EXPECT_EQ(a.names(), QStringList{"Only C"});
+}
+
+// A phone that knows subtasks only as RELATED-TO;RELTYPE=PARENT: the parent becomes a project here
+// and the child its subproject, and what goes back carries both ways of saying so.
+TEST_P(CalDavServers, APhonesParentAndChildBecomeAProjectAndItsSubproject)
+{
+    Account account;
+    ASSERT_TRUE(account.open(GetParam()));
+    const bool sc = account.calendar.offersSyncCollection;
+    DavSession session(User, Password);
+    const auto put = [&](const QByteArray &uid, const QByteArray &lines) {
+        QUrl url = account.calendar.url;
+        url.setPath(url.path() + QString::fromLatin1(uid) + ".ics");
+        const QByteArray ics = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Phone//EN\r\nBEGIN:VTODO\r\nUID:" + uid
+                               + "\r\nDTSTAMP:20261120T100000Z\r\n" + lines + "END:VTODO\r\nEND:VCALENDAR\r\n";
+        return session.send("PUT", url, ics, {{"If-None-Match", "*"}}).ok();
+    };
+    ASSERT_TRUE(put("phone-parent", "SUMMARY:Term paper\r\n"));
+    ASSERT_TRUE(put("phone-child", "SUMMARY:Sources\r\nRELATED-TO;RELTYPE=PARENT:phone-parent\r\n"));
+    ASSERT_TRUE(put("phone-other", "SUMMARY:Loose end\r\nRELATED-TO:nobody-here\r\n"));
+
+    Device a;
+    ASSERT_TRUE(a.sync(account.calendar.url, sc).ok);
+    auto records = a.byName();
+    const QString project = records["Term paper"].value(Project).toString();
+    EXPECT_FALSE(project.isEmpty());
+    EXPECT_EQ(records["Sources"].value(Subproject).toString(), project);
+    EXPECT_FALSE(records["Loose end"].contains(Subproject));
+    EXPECT_FALSE(records["Loose end"].contains(Project));
+
+    // The next sync sends both with our properties; another computer reads the same structure.
+    ASSERT_TRUE(a.sync(account.calendar.url, sc).ok);
+    Device b;
+    ASSERT_TRUE(b.sync(account.calendar.url, sc).ok);
+    records = b.byName();
+    EXPECT_EQ(records["Term paper"].value(Project).toString(), project);
+    EXPECT_EQ(records["Sources"].value(Subproject).toString(), project);
+    EXPECT_EQ(b.names().size(), 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Servers, CalDavServers, ::testing::Values(DavServer::Kind::Radicale, DavServer::Kind::Xandikos),

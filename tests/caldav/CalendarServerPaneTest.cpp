@@ -7,10 +7,12 @@
 #include "caldav/CalDavSyncRunner.h"
 #include "caldav/ui/CalDavSyncCommand.h"
 #include "caldav/ui/CalendarServerPane.h"
-#include "list/Controller.h"
+#include "platform/Paths.h"
 #include "store/Assignment.h"
+#include "store/AssignmentsDocument.h"
 
 #include <QAbstractButton>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -87,6 +89,7 @@ TEST(CalendarServerPane, CheckFindsCreatesAndChoosesThenTheCommandSyncs)
     QTest::mouseClick(create, Qt::LeftButton);
     ASSERT_TRUE(waitUntil([&] { return !pane.isChecking() && calendars->count() == 1; }));
     EXPECT_EQ(calendars->item(0)->text(), "Quillory");
+    EXPECT_FALSE(create->isEnabled());
     shoot(&pane, "pane-found");
     const CalDavSettings saved = CalDavSettings::load();
     EXPECT_TRUE(saved.isComplete());
@@ -95,13 +98,14 @@ TEST(CalendarServerPane, CheckFindsCreatesAndChoosesThenTheCommandSyncs)
     EXPECT_FALSE(TestEnvironment::readFile(TestEnvironment::home() + "/Library/Preferences/com.brevandt.Quillory.plist").contains("secret"));
 
     // The command: the first sync asks how to begin, then says what it did.
-    Controller controller(TestEnvironment::dataFile("Assignments.plist"), TestEnvironment::dataFile("Courses.plist"));
-    controller.setAllAssignments({Assignments::make({{AssignmentKeys::Name, "Essay"}}),
-                                  Assignments::make({{AssignmentKeys::Name, "Lab"}})});
+    QDir().mkpath(Paths::dataFolder());
+    const auto document = AssignmentsDocument::open();
+    ASSERT_TRUE(document->setAll({Assignments::make({{AssignmentKeys::Name, "Essay"}}),
+                                  Assignments::make({{AssignmentKeys::Name, "Lab"}})}));
     QWidget window;
     window.resize(700, 500);
     window.show();
-    CalDavSyncCommand command(&controller, &window);
+    CalDavSyncCommand command(&window);
     // The question comes once the server's count is in; it is answered as a person would.
     QString question;
     QTimer answer;

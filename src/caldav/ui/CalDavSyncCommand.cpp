@@ -4,22 +4,23 @@
 #include "caldav/CalDavSyncRunner.h"
 #include "caldav/DavSession.h"
 #include "caldav/LocalAssignments.h"
-#include "platform/Paths.h"
+#include "platform/PreferencesNotifier.h"
+#include "platform/UserDefaults.h"
+#include "store/AssignmentsDocument.h"
 #include "widgets/Icons.h"
 
 #include <QAction>
-#include <QFileSystemWatcher>
 #include <QMenu>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QPushButton>
-#include <QToolBar>
 #include <QtConcurrent>
 
-CalDavSyncCommand::CalDavSyncCommand(Controller *controller, QWidget *window, QObject *parent)
+CalDavSyncCommand::CalDavSyncCommand(QWidget *window, QObject *parent)
     : QObject(parent)
     , m_window(window)
-    , m_local(std::make_unique<LocalAssignments>(controller))
+    , m_document(AssignmentsDocument::open())
+    , m_local(std::make_unique<LocalAssignments>(m_document, this))
     , m_runner(std::make_unique<CalDavSyncRunner>(m_local.get()))
 {
     m_action = new QAction(Icons::themed(QStringLiteral("emblem-synchronizing"), QStringLiteral("prefs-calendar-server")), ActionText, this);
@@ -30,30 +31,47 @@ CalDavSyncCommand::CalDavSyncCommand(Controller *controller, QWidget *window, QO
     connect(m_runner.get(), &CalDavSyncRunner::finished, this, &CalDavSyncCommand::finished);
     connect(m_runner.get(), &CalDavSyncRunner::started, this, [this] { m_action->setEnabled(false); });
 
-    // Every save of the assignments (an edit here, or another window's) brings a sync a little later.
-    m_watcher = new QFileSystemWatcher(this);
-    const QString folder = Paths::dataFolder();
-    m_watcher->addPath(folder);
-    if (QFileInfo::exists(Paths::assignmentsFile()))
-        m_watcher->addPath(Paths::assignmentsFile());
-    const auto changed = [this] {
-        if (QFileInfo::exists(Paths::assignmentsFile()) && !m_watcher->files().contains(Paths::assignmentsFile()))
-            m_watcher->addPath(Paths::assignmentsFile());
-        if (!m_runner->isRunning())
-            m_runner->scheduleAfterEdit();
-    };
-    connect(m_watcher, &QFileSystemWatcher::fileChanged, this, changed);
-    connect(m_watcher, &QFileSystemWatcher::directoryChanged, this, changed);
+    // Every change of the assignments (an edit in any window, or the file changed by another copy
+    // of the program) brings a sync a little later; the sync's own changes do not.
+    AssignmentsDocument *document = m_document.get();
+    connect(document, &AssignmentsDocument::reset, this, &CalDavSyncCommand::documentChanged);
+    connect(document, &AssignmentsDocument::rowChanged, this, [this](qsizetype, QObject *source) { documentChanged(source); });
+    connect(document, &AssignmentsDocument::rowsInserted, this,
+            [this](qsizetype, qsizetype, QObject *source) { documentChanged(source); });
+    connect(document, &AssignmentsDocument::rowsRemoved, this,
+            [this](qsizetype, qsizetype, QObject *source) { documentChanged(source); });
+    connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, [this](const QString &group) {
+        if (group == CalDavSettings::Group)
+            updateAutomatic();
+    });
+    updateAutomatic();
+}
+
+void CalDavSyncCommand::updateAutomatic()
+{
+    m_automatic = m_runner->isConfigured() && !m_runner->isFirstSync();
+}
+
+void CalDavSyncCommand::documentChanged(QObject *source)
+{
+    // A change during a sync brings another one after it (the sync read the records at its start).
+    if (m_automatic && source != this)
+        m_runner->scheduleAfterEdit();
 }
 
 CalDavSyncCommand::~CalDavSyncCommand() = default;
 
-void CalDavSyncCommand::addTo(QMenu *menu, QToolBar *toolbar)
+void CalDavSyncCommand::addTo(QMenu *menu, QAction *quit, QAction *toolbarItem)
 {
-    if (menu)
-        menu->addAction(m_action);
-    if (toolbar)
-        toolbar->addAction(m_action);
+    if (menu) {
+        // With the other syncs, above the separator that sets Quit apart.
+        const QList<QAction *> actions = menu->actions();
+        const qsizetype at = actions.indexOf(quit);
+        QAction *before = at > 0 && actions[at - 1]->isSeparator() ? actions[at - 1] : (at >= 0 ? quit : nullptr);
+        menu->insertAction(before, m_action);
+    }
+    if (toolbarItem)
+        connect(toolbarItem, &QAction::triggered, this, &CalDavSyncCommand::syncNow);
 }
 
 void CalDavSyncCommand::syncAtStart()
@@ -140,6 +158,8 @@ void CalDavSyncCommand::askHowToBegin(int here, int there, const QString &calend
 void CalDavSyncCommand::finished(bool ok, const QString &message, const CalDavSync::Outcome &)
 {
     m_action->setEnabled(true);
+    // The first sync of an account makes the automatic ones begin.
+    updateAutomatic();
     if (m_progress)
         m_progress->close();
     if (!m_userAsked && ok)

@@ -7,18 +7,17 @@
 
 #include <memory>
 
+class AssignmentsDocument;
 class CalDavSyncRunner;
-class Controller;
 class LocalAssignments;
 class QAction;
-class QFileSystemWatcher;
 class QMenu;
 class QProgressDialog;
-class QToolBar;
 class QWidget;
 
 // "Sync with Calendar Server" in a menu and the toolbar, and the syncs that run by themselves: at
-// start, a few seconds after the assignments were saved, and at quit. A sync the user asked for
+// start, a few seconds after the assignments changed (an edit in any window, or the file changed
+// by another copy of the program), and at quit. A sync the user asked for
 // shows its progress and then its summary; the others only speak up when something went wrong.
 class CalDavSyncCommand : public QObject
 {
@@ -26,10 +25,13 @@ class CalDavSyncCommand : public QObject
 public:
     static inline const QString ActionText = QStringLiteral("Sync with Calendar Server");
 
-    CalDavSyncCommand(Controller *controller, QWidget *window, QObject *parent = nullptr);
+    explicit CalDavSyncCommand(QWidget *window, QObject *parent = nullptr);
     ~CalDavSyncCommand() override;
 
-    void addTo(QMenu *menu, QToolBar *toolbar);
+    // The menu gets the command (above `quit` and the separator before it); the main toolbar's own
+    // item for it (the user places it through the toolbar's customising, which keeps it) starts the
+    // same sync.
+    void addTo(QMenu *menu, QAction *quit, QAction *toolbarItem);
     QAction *action() const { return m_action; }
     CalDavSyncRunner *runner() const { return m_runner.get(); }
 
@@ -44,15 +46,20 @@ public:
     QWidget *lastSummary() const { return m_summary; }
 
 private:
+    void documentChanged(QObject *source);
+    // Whether syncs start by themselves: an account is set and has synced before. Kept, so that
+    // an edit does not read the preferences and the disk again.
+    void updateAutomatic();
     void finished(bool ok, const QString &message, const CalDavSync::Outcome &outcome);
     void countAndAsk();
     void askHowToBegin(int here, int there, const QString &calendarName);
 
     QPointer<QWidget> m_window;
+    std::shared_ptr<AssignmentsDocument> m_document;
     std::unique_ptr<LocalAssignments> m_local;
     std::unique_ptr<CalDavSyncRunner> m_runner;
     QAction *m_action = nullptr;
-    QFileSystemWatcher *m_watcher = nullptr;
+    bool m_automatic = false;
     QPointer<QProgressDialog> m_progress;
     QPointer<QWidget> m_summary;
     bool m_userAsked = false;

@@ -12,6 +12,8 @@
 #include <QVBoxLayout>
 #include <QtConcurrent>
 
+#include <algorithm>
+
 namespace {
 
 template<typename W>
@@ -139,7 +141,11 @@ void CalendarServerPane::checked()
         check();
         return;
     }
-    m_createButton->setEnabled(!m_home.isEmpty());
+    // A second calendar of the same name would only confuse the phone that shows both.
+    const bool hasOurs = std::any_of(found.calendars.cbegin(), found.calendars.cend(), [](const CalDavAccount::Calendar &c) {
+        return c.name == CalDavAccount::DefaultCalendarName;
+    });
+    m_createButton->setEnabled(!m_home.isEmpty() && !hasOurs);
     const CalDavSettings settings = CalDavSettings::load();
     showCalendars(found.calendars, settings.calendarUrl);
     m_status->setText(found.calendars.isEmpty()

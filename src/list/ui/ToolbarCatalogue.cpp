@@ -44,6 +44,9 @@ const QList<Item> &items()
          QStringLiteral("Sync"), QStringLiteral("network-transmit"), QStringLiteral("main-upload")},
         {FormatView, QStringLiteral("View"), QStringLiteral("Switch the format in which you view your assignments"),
          QString(), QStringLiteral("view-list-details"), QStringLiteral("main-format")},
+        {CalendarSync, QStringLiteral("Calendar Sync"),
+         QStringLiteral("Send and receive assignments with the calendar server of Preferences ▸ Calendar Server"),
+         QStringLiteral("calendarSyncIcon"), QStringLiteral("emblem-synchronizing"), QStringLiteral("prefs-calendar-server")},
     };
     return all;
 }
@@ -83,7 +86,7 @@ QStringList allowedItemIdentifiers()
 {
     return {AddItem, AddMultipleItem, AddProjectItem, RemoveItem,   EmailItem, CoursesWindow,
             Preferences, GPACalc,     FinalsCalc,     ExportToiCal, ExportToText, FormatView,
-            SearchItem,  ToggleDrawer, SyncData,      Separator,    Space,     FlexibleSpace, Customize};
+            SearchItem,  ToggleDrawer, SyncData,      CalendarSync, Separator,  Space,     FlexibleSpace, Customize};
 }
 
 QStringList defaultItemIdentifiers()

@@ -23,6 +23,8 @@ inline const QString ExportToiCal = QStringLiteral("ExportToiCal");
 inline const QString ExportToText = QStringLiteral("ExportToText");
 inline const QString SyncData = QStringLiteral("SyncData");
 inline const QString FormatView = QStringLiteral("FormatView");
+// The calendar server's sync; its action is answered by whoever runs that sync.
+inline const QString CalendarSync = QStringLiteral("CalendarSync");
 
 // The desktop's standard items.
 inline const QString Separator = QStringLiteral("Separator");
@@ -42,7 +44,7 @@ struct Item {
     QString fallbackIcon;
 };
 
-// The fifteen items, in the order of the table that defines them.
+// The items, in the order of the table that defines them.
 const QList<Item> &items();
 const Item *find(const QString &identifier);
 // The label of a standard item ("Separator", "Space", "Flexible Space", "Customize").
@@ -51,7 +53,7 @@ bool isStandard(const QString &identifier);
 // The four standard items may stand more than once on a toolbar; the others at most once.
 bool isRepeatable(const QString &identifier);
 
-// In the palette's order: the fifteen, then separator, space, flexible space and customize.
+// In the palette's order: the items, then separator, space, flexible space and customize.
 QStringList allowedItemIdentifiers();
 QStringList defaultItemIdentifiers();
 
