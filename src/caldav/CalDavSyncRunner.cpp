@@ -6,9 +6,11 @@
 #include "caldav/DavSession.h"
 #include "caldav/LocalAssignments.h"
 #include "caldav/SyncState.h"
+#include "caldav/TodoMapping.h"
 #include "exchange/AutomaticBackups.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
+#include "store/Assignment.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -57,6 +59,9 @@ bool CalDavSyncRunner::start(CalDavSync::FirstSync mode)
     if (!m_local->ensureUids() && !m_local->ensureUids())
         return false;
     const QList<QVariantMap> records = m_local->records();
+    m_given.clear();
+    for (const QVariantMap &record : records)
+        m_given.insert(record.value(CalDavKeys::Uid).toString(), record);
     const QString password = CalDavSettings::password(settings.user);
     const QString statePath = SyncState::pathFor(settings.calendarUrl, settings.user);
     Q_EMIT started();
@@ -106,6 +111,8 @@ void CalDavSyncRunner::done()
         return;
     }
     CalDavSync::Outcome &outcome = result->outcome;
+    if (m_local && m_local->isUsable())
+        outcome.conflictLosers << keepEditsMadeDuringTheSync(outcome);
     bool ok = outcome.ok;
     QString message = ok ? summaryText(outcome) : outcome.error;
     if (result->stateReadable && m_local && m_local->isUsable()) {
@@ -137,6 +144,30 @@ void CalDavSyncRunner::done()
         m_again = false;
         start();
     }
+}
+
+QList<QVariantMap> CalDavSyncRunner::keepEditsMadeDuringTheSync(CalDavSync::Outcome &outcome) const
+{
+    QHash<QString, QVariantMap> now;
+    for (const QVariantMap &record : m_local->records())
+        now.insert(record.value(CalDavKeys::Uid).toString(), record);
+    const auto editedHere = [&](const QString &uid) {
+        const auto given = m_given.constFind(uid);
+        const auto current = now.constFind(uid);
+        return given != m_given.cend() && current != now.cend() && *given != *current;
+    };
+    QList<QVariantMap> losers;
+    outcome.upserts.removeIf([&](const QVariantMap &fields) {
+        if (!editedHere(fields.value(CalDavKeys::Uid).toString()))
+            return false;
+        losers << fields;
+        outcome.received = std::max(0, outcome.received - 1);
+        outcome.conflictNames << fields.value(AssignmentKeys::Name).toString();
+        return true;
+    });
+    // Deleted on the server, changed here: the change wins.
+    outcome.deletedHere -= int(outcome.removals.removeIf(editedHere));
+    return losers;
 }
 
 QString CalDavSyncRunner::summaryText(const CalDavSync::Outcome &o)

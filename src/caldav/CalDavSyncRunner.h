@@ -3,6 +3,7 @@
 #include "caldav/CalDavSync.h"
 
 #include <QFutureWatcher>
+#include <QHash>
 #include <QObject>
 #include <QTimer>
 
@@ -50,10 +51,15 @@ Q_SIGNALS:
 private:
     struct Result;
     void done();
+    // Takes out of what the sync brings every record edited here while it ran: the edit is later,
+    // so it stays and the next sync sends it; the server's version goes to the backups.
+    QList<QVariantMap> keepEditsMadeDuringTheSync(CalDavSync::Outcome &outcome) const;
 
     LocalAssignments *m_local;
     QFutureWatcher<std::shared_ptr<Result>> m_watcher;
     QTimer m_debounce;
+    // The records as the running sync was given them, by UID.
+    QHash<QString, QVariantMap> m_given;
     bool m_again = false;
     bool m_discard = false;
     std::shared_ptr<std::atomic_bool> m_cancel;

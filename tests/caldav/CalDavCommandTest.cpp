@@ -19,6 +19,7 @@
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
 #include "store/Assignment.h"
+#include "store/AssignmentsDocument.h"
 #include "store/StartupSequence.h"
 
 #include <QAction>
@@ -215,6 +216,54 @@ TEST(CalDavCommand, AFileSavedElsewhereDuringASyncIsNotWrittenOver)
     // A sync that found the file changed runs again by itself.
     EXPECT_TRUE(QTest::qWaitFor([&] { return !w.command->runner()->isRunning() && storedNames().contains("Essay, second draft"); }, 30000));
     EXPECT_EQ(storedNames(), (QStringList{"Essay, second draft", "From elsewhere"}));
+}
+
+// The student renames an assignment while a sync runs that brings the phone's rename of it: the
+// student's edit is the later one and stays (the next sync sends it), and the phone's version is
+// kept in the backups, never dropped unseen.
+TEST(CalDavCommand, AnEditMadeWhileASyncRunsIsKeptAndTheServersVersionBackedUp)
+{
+    writeStore({"Essay", "Lab"});
+    ServerAccount account;
+    ASSERT_TRUE(account.open());
+    OpenWindow w;
+    ASSERT_TRUE(w.syncAndWait());
+    Phone phone;
+    phone.sync(account);
+    phone.rename("Essay", "Essay, phone's draft");
+    phone.sync(account);
+
+    QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
+    ASSERT_TRUE(w.command->runner()->start());
+    const auto document = AssignmentsDocument::open();
+    const AssignmentList records = document->records();
+    const auto essay = std::find_if(records.cbegin(), records.cend(), [](const AssignmentRef &r) { return r->string(Name) == "Essay"; });
+    ASSERT_NE(essay, records.cend());
+    QVariantMap edited = (*essay)->fields();
+    edited.insert(Name, QStringLiteral("Essay, my draft"));
+    ASSERT_TRUE(document->replace(*essay, **essay, Assignments::make(edited)));
+    ASSERT_TRUE(finished.wait(30000));
+    EXPECT_EQ(finished.first().at(1).toString(), "0 sent, 0 received, 1 conflict kept in backups (Essay, phone's draft)")
+        << finished.first().at(1).toString().toStdString();
+    EXPECT_EQ(storedNames(), (QStringList{"Essay, my draft", "Lab"}));
+    const QStringList backups = QDir(Paths::syncingBackupsFolder()).entryList(QDir::Files);
+    ASSERT_EQ(backups.size(), 1);
+    const auto backup = PropertyList::readFile(Paths::syncingBackupsFolder() + u'/' + backups.first());
+    ASSERT_TRUE(backup);
+    QStringList backedUp;
+    for (const QVariant &record : backup->toList().value(0).toList())
+        backedUp << record.toMap().value(Name).toString();
+    EXPECT_TRUE(backedUp.contains("Essay, phone's draft")) << backedUp.join(", ").toStdString();
+
+    // The next sync sends the student's edit to the phone.
+    ASSERT_TRUE(w.syncAndWait());
+    phone.sync(account);
+    QStringList onPhone;
+    for (const QVariantMap &record : phone.records)
+        onPhone << record.value(Name).toString();
+    onPhone.sort();
+    EXPECT_EQ(onPhone, (QStringList{"Essay, my draft", "Lab"}));
+    EXPECT_EQ(storedNames(), (QStringList{"Essay, my draft", "Lab"}));
 }
 
 // The program's own syncs: at start when the account has synced before, a few seconds after any
