@@ -20,7 +20,7 @@ AssignmentList fourRecords()
 {
     AssignmentList records;
     int day = 1;
-    for (const QString &name : {"Essay", "Lab", "Quiz", "Reading"})
+    for (const char *name : {"Essay", "Lab", "Quiz", "Reading"})
         records.append(record(name, {{Date, stored(2026, 12, day)}, {DateCreated, 1000.0 + day++},
                                      {Priority, 1.0}, {DateUpdated, stored(2026, 11, 1)}}));
     records.append(record("Thesis", {{Project, "p1"}, {Date, stored(2026, 12, 20)}, {DateCreated, 2000.0},
