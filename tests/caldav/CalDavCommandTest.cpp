@@ -135,6 +135,16 @@ struct OpenWindow {
         EXPECT_TRUE(command->runner()->isRunning());
         return finished.wait(30000) && finished.first().at(0).toBool();
     }
+    // Both sides sync, the phone renames a to-do and sends it, and a sync starts here that will
+    // bring it (still running on return).
+    void startSyncAfterThePhoneRenamed(const ServerAccount &account, Phone &phone, const QString &from, const QString &to) const
+    {
+        ASSERT_TRUE(syncAndWait());
+        phone.sync(account);
+        phone.rename(from, to);
+        phone.sync(account);
+        ASSERT_TRUE(command->runner()->start());
+    }
     void select(const QString &name) const
     {
         const AssignmentList shown = window->controller()->displayAssignments();
@@ -201,14 +211,9 @@ TEST(CalDavCommand, AFileSavedElsewhereDuringASyncIsNotWrittenOver)
     ServerAccount account;
     ASSERT_TRUE(account.open());
     OpenWindow w;
-    ASSERT_TRUE(w.syncAndWait());
     Phone phone;
-    phone.sync(account);
-    phone.rename("Essay", "Essay, second draft");
-    phone.sync(account);
-
     QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
-    ASSERT_TRUE(w.command->runner()->start());
+    w.startSyncAfterThePhoneRenamed(account, phone, "Essay", "Essay, second draft");
     QVariantList stored = PropertyList::readFile(Paths::assignmentsFile())->toList();
     stored << QVariantMap{{Name, "From elsewhere"}, {DateCreated, 5000.0}, {Priority, 1.0}};
     ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), stored));
@@ -227,14 +232,9 @@ TEST(CalDavCommand, AnEditMadeWhileASyncRunsIsKeptAndTheServersVersionBackedUp)
     ServerAccount account;
     ASSERT_TRUE(account.open());
     OpenWindow w;
-    ASSERT_TRUE(w.syncAndWait());
     Phone phone;
-    phone.sync(account);
-    phone.rename("Essay", "Essay, phone's draft");
-    phone.sync(account);
-
     QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
-    ASSERT_TRUE(w.command->runner()->start());
+    w.startSyncAfterThePhoneRenamed(account, phone, "Essay", "Essay, phone's draft");
     const auto document = AssignmentsDocument::open();
     const AssignmentList records = document->records();
     const auto essay = std::find_if(records.cbegin(), records.cend(), [](const AssignmentRef &r) { return r->string(Name) == "Essay"; });

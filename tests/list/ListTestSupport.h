@@ -1,5 +1,6 @@
 #pragma once
 
+#include "list/AssignmentTableModel.h"
 #include "list/CalendarObserver.h"
 #include "list/Controller.h"
 #include "list/Editing.h"
@@ -19,7 +20,10 @@
 #include "support/ListDoubles.h"
 #include "support/TestEnvironment.h"
 
+#include <QAbstractItemModelTester>
 #include <QDir>
+#include <QItemSelectionModel>
+#include <QSignalSpy>
 #include <QFileInfo>
 
 #include <memory>
@@ -123,6 +127,36 @@ struct Fixture {
         toolbar.text = text;
         controller->controlTextDidChange(true);
     }
+};
+
+// A second main list on the same file, the way a second window shows it, with Qt's checker of
+// model signals watching its table and a count of the resets that would drop its selection.
+struct SecondWindow {
+    FakeToolbar toolbar;
+    FakeCalendar calendar;
+    FakeSidebar sidebar;
+    Controller controller;
+    QAbstractItemModelTester tester{controller.tableModel(), QAbstractItemModelTester::FailureReportingMode::Warning};
+    QSignalSpy resets{controller.tableModel(), &QAbstractItemModel::modelReset};
+
+    SecondWindow()
+    {
+        controller.setToolbar(&toolbar);
+        controller.setCalendar(&calendar);
+        controller.setSidebar(&sidebar);
+        startUp(controller);
+        resets.clear();
+    }
+    QStringList shown() const { return names(controller.displayAssignments()); }
+    void select(const QString &name)
+    {
+        const int row = int(shown().indexOf(name));
+        controller.selectRowAlone(row);
+        controller.selectionModel()->setCurrentIndex(controller.tableModel()->index(row, 0),
+                                                     QItemSelectionModel::NoUpdate);
+    }
+    QString selectedName() const { return shown().value(controller.singleSelectedRow()); }
+    QString currentName() const { return shown().value(controller.selectionModel()->currentIndex().row()); }
 };
 
 } // namespace ListTest

@@ -17,21 +17,6 @@ using namespace AssignmentKeys;
 
 namespace {
 
-// A second main list on the same file, the way a second window would show it.
-struct SecondWindow {
-    FakeToolbar toolbar;
-    FakeCalendar calendar;
-    FakeSidebar sidebar;
-    Controller controller;
-    SecondWindow()
-    {
-        controller.setToolbar(&toolbar);
-        controller.setCalendar(&calendar);
-        controller.setSidebar(&sidebar);
-        startUp(controller);
-    }
-    QStringList shown() const { return names(controller.displayAssignments()); }
-};
 
 void writeElsewhere(const QVariantList &records)
 {

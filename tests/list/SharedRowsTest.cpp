@@ -18,36 +18,6 @@ using namespace AssignmentKeys;
 
 namespace {
 
-// A second main list on the same file, the way a second window shows it, with Qt's checker of
-// model signals watching its table and a count of the resets that would drop its selection.
-struct SecondWindow {
-    FakeToolbar toolbar;
-    FakeCalendar calendar;
-    FakeSidebar sidebar;
-    Controller controller;
-    QAbstractItemModelTester tester{controller.tableModel(), QAbstractItemModelTester::FailureReportingMode::Warning};
-    QSignalSpy resets{controller.tableModel(), &QAbstractItemModel::modelReset};
-
-    SecondWindow()
-    {
-        controller.setToolbar(&toolbar);
-        controller.setCalendar(&calendar);
-        controller.setSidebar(&sidebar);
-        startUp(controller);
-        resets.clear();
-    }
-    QStringList shown() const { return names(controller.displayAssignments()); }
-    void select(const QString &name)
-    {
-        const int row = int(shown().indexOf(name));
-        controller.selectRowAlone(row);
-        controller.selectionModel()->setCurrentIndex(controller.tableModel()->index(row, 0),
-                                                     QItemSelectionModel::NoUpdate);
-    }
-    QString selectedName() const { return shown().value(controller.singleSelectedRow()); }
-    QString currentName() const { return shown().value(controller.selectionModel()->currentIndex().row()); }
-};
-
 void edit(Fixture &f, const QString &name, const std::function<void(SidebarValues &)> &change)
 {
     f.select(name);
