@@ -29,10 +29,12 @@ void AssignmentTableModel::insertRecord(int row, const AssignmentRef &record)
     rowsChangedFrom(row);
 }
 
-void AssignmentTableModel::removeRecord(int row)
+void AssignmentTableModel::removeRecord(int row, const std::function<void()> &alongside)
 {
     beginRemoveRows(QModelIndex(), row, row);
     m_rows.removeAt(row);
+    if (alongside)
+        alongside();
     m_bands.reset();
     endRemoveRows();
     rowsChangedFrom(row);

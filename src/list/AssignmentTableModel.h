@@ -39,7 +39,9 @@ public:
     // One row came, went, or changed (and moved from `from` to `to`, counted without it): the view
     // keeps its selection, current row and scroll position, and draws again only what changed.
     void insertRecord(int row, const AssignmentRef &record);
-    void removeRecord(int row);
+    // The view's selection reads the rows it shows while a row is about to go, so the caller's own
+    // list of them loses the row in `alongside`, together with the model, not before.
+    void removeRecord(int row, const std::function<void()> &alongside = {});
     void replaceRecord(int from, int to, const AssignmentRef &record);
     const AssignmentList &rows() const { return m_rows; }
     void setLayout(const ColumnLayout &layout);

@@ -74,8 +74,11 @@ void DisplayLists::updateRows(const QList<RowChange> &changes, const AssignmentL
         }
         if (shownAt >= 0 && showAt >= 0)
             m_table->replaceRecord(int(shownAt), int(showAt), came);
-        else if (shownAt >= 0)
-            m_table->removeRecord(int(shownAt));
+        else if (shownAt >= 0) {
+            // Still shown while the table's selection lets go of it.
+            m_display.insert(shownAt, gone);
+            m_table->removeRecord(int(shownAt), [this, shownAt] { m_display.removeAt(shownAt); });
+        }
         else if (showAt >= 0)
             m_table->insertRecord(int(showAt), came);
     }
