@@ -212,8 +212,9 @@ TEST(CalDavCommand, AFileSavedElsewhereDuringASyncIsNotWrittenOver)
     ASSERT_TRUE(account.open());
     OpenWindow w;
     Phone phone;
-    QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
     w.startSyncAfterThePhoneRenamed(account, phone, "Essay", "Essay, second draft");
+    // Nothing is delivered before the event loop runs again, so the spy sees this sync's end.
+    QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
     QVariantList stored = PropertyList::readFile(Paths::assignmentsFile())->toList();
     stored << QVariantMap{{Name, "From elsewhere"}, {DateCreated, 5000.0}, {Priority, 1.0}};
     ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), stored));
@@ -233,8 +234,9 @@ TEST(CalDavCommand, AnEditMadeWhileASyncRunsIsKeptAndTheServersVersionBackedUp)
     ASSERT_TRUE(account.open());
     OpenWindow w;
     Phone phone;
-    QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
     w.startSyncAfterThePhoneRenamed(account, phone, "Essay", "Essay, phone's draft");
+    // Nothing is delivered before the event loop runs again, so the spy sees this sync's end.
+    QSignalSpy finished(w.command->runner(), &CalDavSyncRunner::finished);
     const auto document = AssignmentsDocument::open();
     const AssignmentList records = document->records();
     const auto essay = std::find_if(records.cbegin(), records.cend(), [](const AssignmentRef &r) { return r->string(Name) == "Essay"; });
