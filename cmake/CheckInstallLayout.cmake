@@ -125,3 +125,5 @@ if(NOT exec_line MATCHES "^Exec=quillory %[fF]$")
   message(FATAL_ERROR "The desktop entry does not pass the files it opens: '${exec_line}'")
 endif()
 message(STATUS "Installed ${prefix}: ${installed}")
+# Checked: the copy goes, so that a test run does not keep a second program on a small disk.
+file(REMOVE_RECURSE "${WORK_DIR}")

@@ -14,12 +14,8 @@ void Controller::connectDocument()
     connect(document, &AssignmentsDocument::reset, this, &Controller::documentReset);
     // A download or a backup import replaced everything: no step of the history fits the new
     // records, and the menu says why.
-    connect(document, &AssignmentsDocument::replaced, this, [this](AssignmentsDocument::Replacement why) {
-        using enum AssignmentsDocument::Replacement;
-        m_history.clear(why == Download || why == CalendarSync ? HistoryRecorder::CantUndoAfterSync
-                        : why == BackupImport ? HistoryRecorder::CantUndoAfterImport
-                                              : HistoryRecorder::CantUndoAfterOutsideChange);
-    });
+    connect(document, &AssignmentsDocument::replaced, this,
+            [this](AssignmentsDocument::Replacement why) { m_history.clear(UndoNames::after(why)); });
     connect(document, &AssignmentsDocument::rowChanged, this,
             [this](qsizetype row, QObject *source) { documentRows(RowsChange::Changed, row, 1, source); });
     connect(document, &AssignmentsDocument::rowsInserted, this,

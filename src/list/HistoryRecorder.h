@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/Assignment.h"
+#include "store/UndoNames.h"
 
 #include <QList>
 #include <QObject>
@@ -22,11 +23,11 @@ class HistoryRecorder : public QObject
 {
     Q_OBJECT
 public:
-    static inline const QString UndoPrefix = QStringLiteral("Undo");
-    static inline const QString RedoPrefix = QStringLiteral("Redo");
-    static inline const QString CantUndoAfterImport = QStringLiteral("Can't Undo After Import");
-    static inline const QString CantUndoAfterSync = QStringLiteral("Can't Undo After Sync");
-    static inline const QString CantUndoAfterOutsideChange = QStringLiteral("Can't Undo After Changes Elsewhere");
+    static inline const QString &UndoPrefix = UndoNames::Undo;
+    static inline const QString &RedoPrefix = UndoNames::Redo;
+    static inline const QString &CantUndoAfterImport = UndoNames::CantUndoAfterImport;
+    static inline const QString &CantUndoAfterSync = UndoNames::CantUndoAfterSync;
+    static inline const QString &CantUndoAfterOutsideChange = UndoNames::CantUndoAfterOutsideChange;
     static inline const QString ImportName = QStringLiteral("Import");
     static inline const QString AddRecurringName = QStringLiteral("Add Recurring Assignments");
     static inline const QString DuplicateName = QStringLiteral("Duplicate");

@@ -2,6 +2,8 @@
 
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
+#include "store/CoursesHistory.h"
+#include "store/UndoNames.h"
 
 #include <QFileInfo>
 #include <QFileSystemWatcher>
@@ -89,6 +91,7 @@ void CoursesDocument::fileReplaced(const QString &path, Replacement why)
                           && QFileInfo(document->m_typesPath).absoluteFilePath() != replaced))
             continue;
         document->reload();
+        document->m_history->clear(UndoNames::after(why));
         Q_EMIT document->replaced(why);
     }
 }
@@ -97,6 +100,7 @@ CoursesDocument::CoursesDocument(QString coursesPath, QString universalTypesPath
     : m_coursesPath(std::move(coursesPath))
     , m_typesPath(std::move(universalTypesPath))
     , m_watcher(new QFileSystemWatcher(this))
+    , m_history(new CoursesHistory(*this))
 {
     const auto changed = [this] {
         // An atomic rename replaces the watched inode, and the watcher drops the path with it; a
@@ -208,6 +212,7 @@ bool CoursesDocument::refresh()
     if (typesChanged)
         loadTypes();
     ++m_generation;
+    m_history->clear(UndoNames::CantUndoAfterOutsideChange);
     Q_EMIT reset(nullptr);
     return true;
 }
@@ -219,6 +224,7 @@ void CoursesDocument::reload()
     loadCourses();
     loadTypes();
     ++m_generation;
+    m_history->clear(UndoNames::CantUndoAfterOutsideChange);
     Q_EMIT reset(nullptr);
 }
 
@@ -234,8 +240,11 @@ bool CoursesDocument::setCombined(const QVariantList &combined, QObject *source)
         qCWarning(lcStore) << "Not saving courses: the file on disk could not be read";
         return false;
     }
+    const bool differs = combined != m_combined;
     m_combined = combined;
     const bool written = writeArray(m_coursesPath, m_combined);
+    if (differs)
+        m_history->documentChanged();
     m_coursesStamp = FileStamp::of(m_coursesPath);
     ++m_generation;
     watch();
@@ -255,6 +264,8 @@ bool CoursesDocument::setUniversalTypes(const QStringList &types, QObject *sourc
         qCWarning(lcStore) << "Not saving universal types: the file on disk could not be read";
         return false;
     }
+    if (types != m_universalTypes)
+        m_history->documentChanged();
     m_universalTypes = types;
     QVariantList list;
     list.reserve(types.size());

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 
+class CoursesHistory;
 class QFileSystemWatcher;
 
 // The courses and textbooks file and the universal types file, shared by every window and service
@@ -48,6 +49,8 @@ public:
     // Courses each followed by their own textbooks (regrouped when read; written as given).
     const QVariantList &combined();
     const QStringList &universalTypes();
+    // The undo history of the changes made through this document.
+    CoursesHistory &history() { return *m_history; }
     // Grows with every reread and every change: a reader compares it to know it holds the latest.
     quint64 generation() const { return m_generation; }
 
@@ -93,4 +96,5 @@ private:
     std::optional<FileStamp> m_typesStamp;
     quint64 m_generation = 0;
     QFileSystemWatcher *m_watcher = nullptr;
+    CoursesHistory *m_history = nullptr;
 };

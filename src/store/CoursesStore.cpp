@@ -8,6 +8,7 @@
 #include "store/AssignmentStore.h"
 #include "store/AssignmentsDocument.h"
 #include "store/CoursesDocument.h"
+#include "store/CoursesHistory.h"
 #include "store/PreferenceKeys.h"
 #include "store/TypeListEdits.h"
 
@@ -223,14 +224,16 @@ bool CoursesStore::renameInAssignments(const QString &key, const QString &from, 
         qCWarning(lcStore) << "Assignments not renamed: the assignments file cannot be read";
         return false;
     }
-    bool renamed = false;
+    AssignmentList renamed;
     for (const AssignmentRef &record : document->records()) {
         if (record->has(key) && record->value(key).toString() == from) {
             record->set(key, to);
-            renamed = true;
+            renamed.append(record);
         }
     }
-    return !renamed || document->setAll(document->records());
+    // An undo of the rename names back exactly these.
+    m_document->history().renamedAssignments(document, renamed, key, from, to);
+    return renamed.isEmpty() || document->setAll(document->records());
 }
 
 int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField)

@@ -2,6 +2,7 @@
 
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
+#include "widgets/FieldUndo.h"
 #include "widgets/Icons.h"
 
 #include <QAction>
@@ -51,11 +52,7 @@ MainMenus::MainMenus(QMainWindow *window, QMenuBar *bar)
     // The titles name the step they take back; the owner sets them from the history.
     add(edit, Command::Undo, QStringLiteral("Undo"), QKeySequence::Undo, QStringLiteral("edit-undo"));
     QAction *redo = add(edit, Command::Redo, QStringLiteral("Redo"), QKeySequence::Redo, QStringLiteral("edit-redo"));
-    // Every binding the desktop has for redo answers (Ctrl+Y as well on some), Ctrl+Shift+Z always.
-    QList<QKeySequence> redoKeys = QKeySequence::keyBindings(QKeySequence::Redo);
-    if (!redoKeys.contains(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)))
-        redoKeys.append(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
-    redo->setShortcuts(redoKeys);
+    redo->setShortcuts(FieldUndo::redoKeys());
     edit->addSeparator();
     add(edit, Command::Duplicate, DuplicateTitle, QKeySequence(Qt::CTRL | Qt::Key_D));
     add(edit, Command::Delete, DeleteTitle, QKeySequence::Delete, QStringLiteral("edit-delete"));

@@ -38,15 +38,11 @@
 #include "calendar/ui/BVCalendarView.h"
 #include "calendar/ui/CalendarController.h"
 #include "widgets/DialogPresenters.h"
+#include "widgets/FieldUndo.h"
 #include "widgets/Icons.h"
 
-#include <QApplication>
-#include <QKeyEvent>
-#include <QPlainTextEdit>
-#include <QTextEdit>
 #include <QCloseEvent>
 #include <QItemSelectionModel>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSplitter>
@@ -58,56 +54,14 @@ MainWindowCommands::MainWindowCommands(MainWindow &window)
     : QObject(&window)
     , m_window(window)
 {
-    qApp->installEventFilter(this);
-}
-
-QWidget *MainWindowCommands::fieldWithOwnStep(bool undo)
-{
-    QWidget *focus = QApplication::focusWidget();
-    if (auto *line = qobject_cast<QLineEdit *>(focus))
-        return !line->isReadOnly() && (undo ? line->isUndoAvailable() : line->isRedoAvailable()) ? line : nullptr;
-    if (auto *text = qobject_cast<QTextEdit *>(focus))
-        return !text->isReadOnly()
-                && (undo ? text->document()->isUndoAvailable() : text->document()->isRedoAvailable())
-            ? text
-            : nullptr;
-    if (auto *text = qobject_cast<QPlainTextEdit *>(focus))
-        return !text->isReadOnly()
-                && (undo ? text->document()->isUndoAvailable() : text->document()->isRedoAvailable())
-            ? text
-            : nullptr;
-    return nullptr;
-}
-
-bool MainWindowCommands::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::ShortcutOverride) {
-        auto *key = static_cast<QKeyEvent *>(event);
-        const bool undo = key->matches(QKeySequence::Undo);
-        if ((undo || key->matches(QKeySequence::Redo)) && watched == QApplication::focusWidget()
-            && (qobject_cast<QLineEdit *>(watched) || qobject_cast<QTextEdit *>(watched)
-                || qobject_cast<QPlainTextEdit *>(watched))
-            && !fieldWithOwnStep(undo)) {
-            // Nothing typed to take back: the shortcut is the list's.
-            event->ignore();
-            return true;
-        }
-    }
-    return QObject::eventFilter(watched, event);
+    FieldUndo::install();
 }
 
 void MainWindowCommands::undoOrRedo(bool undo)
 {
     // Typing goes back in the field first, as it would with the field's own shortcut.
-    if (QWidget *field = fieldWithOwnStep(undo)) {
-        if (auto *line = qobject_cast<QLineEdit *>(field))
-            undo ? line->undo() : line->redo();
-        else if (auto *text = qobject_cast<QTextEdit *>(field))
-            undo ? text->undo() : text->redo();
-        else if (auto *plain = qobject_cast<QPlainTextEdit *>(field))
-            undo ? plain->undo() : plain->redo();
+    if (FieldUndo::inField(undo))
         return;
-    }
     // A sidebar edit still in progress is kept first; it is then the step that goes.
     Controller *controller = m_window.controller();
     controller->commitPendingEdit();
@@ -123,11 +77,11 @@ void MainWindowCommands::validateHistory()
     const bool key = m_window.isWorkingWindowKey();
     QAction *undo = m_window.menus()->action(Command::Undo);
     QAction *redo = m_window.menus()->action(Command::Redo);
-    const bool fieldUndo = fieldWithOwnStep(true);
-    const bool fieldRedo = fieldWithOwnStep(false);
-    undo->setText(fieldUndo ? UndoTypingTitle : history.undoText());
+    const bool fieldUndo = FieldUndo::fieldWithOwnStep(true);
+    const bool fieldRedo = FieldUndo::fieldWithOwnStep(false);
+    undo->setText(fieldUndo ? FieldUndo::UndoTypingTitle : history.undoText());
     undo->setEnabled(fieldUndo || (key && history.canUndo()));
-    redo->setText(fieldRedo ? RedoTypingTitle : history.redoText());
+    redo->setText(fieldRedo ? FieldUndo::RedoTypingTitle : history.redoText());
     redo->setEnabled(fieldRedo || (key && history.canRedo()));
 }
 

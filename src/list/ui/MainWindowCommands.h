@@ -19,9 +19,6 @@ class MainWindowCommands : public QObject
 {
     Q_OBJECT
 public:
-    static inline const QString UndoTypingTitle = QStringLiteral("Undo Typing");
-    static inline const QString RedoTypingTitle = QStringLiteral("Redo Typing");
-
     explicit MainWindowCommands(MainWindow &window);
 
     void perform(MainMenus::Command command);
@@ -34,14 +31,6 @@ public:
     MultipleAssignmentsSheet *recurringSheet() const { return m_recurringSheet; }
     AboutDialog *aboutDialog() const { return m_about; }
     QMenu *lastContextMenu() const { return m_contextMenu; }
-
-    // The focused text field, when it has a step of its own to undo (redo).
-    static QWidget *fieldWithOwnStep(bool undo);
-
-protected:
-    // Ctrl+Z in a text field belongs to the field while it has typing to undo; otherwise it goes on
-    // to the list's history.
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void undoOrRedo(bool undo);

@@ -8,6 +8,7 @@
 #include "store/ui/Named.h"
 #include "store/ui/TypesListModel.h"
 #include "widgets/BVTableView.h"
+#include "widgets/FieldUndo.h"
 #include "widgets/Icons.h"
 
 #include <QComboBox>
@@ -176,6 +177,8 @@ void CourseFormPage::endEditing()
     for (QLineEdit *field : std::as_const(m_fields))
         field->setModified(false);
     m_notes->document()->setModified(false);
+    // What was typed is now a step of the courses' history.
+    FieldUndo::forgetTyping(this);
     Q_EMIT editingEnded(renamed);
 }
 

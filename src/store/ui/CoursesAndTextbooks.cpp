@@ -1,8 +1,10 @@
 #include "store/ui/CoursesAndTextbooks.h"
 
 #include "store/CoursesDocument.h"
+#include "store/CoursesHistory.h"
 #include "store/Labels.h"
 #include "store/PreferenceKeys.h"
+#include "store/UndoNames.h"
 #include "store/ui/CourseFormPage.h"
 #include "store/ui/CoursesFormCommit.h"
 #include "store/ui/CoursesListModel.h"
@@ -10,6 +12,7 @@
 #include "store/ui/Named.h"
 #include "store/ui/TextbookFormPage.h"
 #include "store/ui/UniversalTypesPage.h"
+#include "widgets/FieldUndo.h"
 #include "widgets/Icons.h"
 #include "widgets/ToolbarOverflow.h"
 
@@ -19,6 +22,8 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPointer>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -40,6 +45,7 @@ const QString AddTextbookToolTip = QStringLiteral("Add a new textbook");
 const QString DeleteToolTip = QStringLiteral("Delete the currently selected course or textbook");
 const QString UniversalPrefix = QStringLiteral("Universal ");
 const QString TitleJoin = QStringLiteral(" and ");
+const QString EditMenuTitle = QStringLiteral("&Edit");
 QPointer<CoursesAndTextbooks> g_shared;
 } // namespace
 
@@ -50,6 +56,7 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
 {
     setObjectName(QStringLiteral("coursesAndTextbooksWindow"));
     buildToolbar();
+    buildEditMenu();
 
     auto *splitter = new QSplitter;
     splitter->setObjectName(QStringLiteral("coursesSplitter"));
@@ -111,12 +118,22 @@ CoursesAndTextbooks::CoursesAndTextbooks(QWidget *parent)
     connect(document, &CoursesDocument::coursesChanged, this, &CoursesAndTextbooks::changedElsewhere);
     connect(document, &CoursesDocument::universalTypesChanged, this, &CoursesAndTextbooks::changedElsewhere);
     connect(document, &CoursesDocument::reset, this, &CoursesAndTextbooks::changedElsewhere);
+    connect(&document->history(), &CoursesHistory::changed, this, &CoursesAndTextbooks::validateHistory);
 
     updateLabels();
     updateToolbar();
 }
 
-CoursesAndTextbooks::~CoursesAndTextbooks() = default;
+CoursesAndTextbooks::~CoursesAndTextbooks()
+{
+    // Typing still in a field is kept. The fields go only after this window's own parts (the store
+    // among them), and a field that loses the keyboard as it goes ends its editing: nothing of this
+    // window may hear of that then.
+    commitPendingEdit();
+    for (QObject *page : {static_cast<QObject *>(m_courseForm), static_cast<QObject *>(m_textbookForm),
+                          static_cast<QObject *>(m_typesPage)})
+        page->disconnect(this);
+}
 
 void CoursesAndTextbooks::changedElsewhere(QObject *source)
 {
@@ -179,6 +196,42 @@ void CoursesAndTextbooks::buildToolbar()
     m_addTextbook->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N));
     for (QAction *action : {m_addCourse, m_addTextbook})
         action->setShortcutContext(Qt::WindowShortcut);
+}
+
+void CoursesAndTextbooks::buildEditMenu()
+{
+    QMenu *edit = menuBar()->addMenu(EditMenuTitle);
+    edit->setObjectName(QStringLiteral("coursesEditMenu"));
+    m_undo = edit->addAction(QIcon::fromTheme(QStringLiteral("edit-undo")), UndoNames::Undo, this,
+                             [this] { undoOrRedo(true); });
+    m_undo->setObjectName(QStringLiteral("coursesUndo"));
+    m_undo->setShortcut(QKeySequence::Undo);
+    m_redo = edit->addAction(QIcon::fromTheme(QStringLiteral("edit-redo")), UndoNames::Redo, this,
+                             [this] { undoOrRedo(false); });
+    m_redo->setObjectName(QStringLiteral("coursesRedo"));
+    m_redo->setShortcuts(FieldUndo::redoKeys());
+    for (QAction *action : {m_undo, m_redo})
+        action->setShortcutContext(Qt::WindowShortcut);
+    // The menu's items say what typing or which change they take back when it opens.
+    connect(edit, &QMenu::aboutToShow, this, &CoursesAndTextbooks::validateHistory);
+    FieldUndo::install();
+    validateHistory();
+}
+
+void CoursesAndTextbooks::validateHistory()
+{
+    const CoursesHistory &history = m_store.document()->history();
+    const bool fieldUndo = FieldUndo::fieldWithOwnStep(true);
+    const bool fieldRedo = FieldUndo::fieldWithOwnStep(false);
+    m_undo->setText(fieldUndo ? FieldUndo::UndoTypingTitle : history.undoText());
+    m_undo->setEnabled(fieldUndo || history.canUndo());
+    m_redo->setText(fieldRedo ? FieldUndo::RedoTypingTitle : history.redoText());
+    m_redo->setEnabled(fieldRedo || history.canRedo());
+}
+
+QString CoursesAndTextbooks::stepName(const QString &verb, bool course) const
+{
+    return verb + QLatin1Char(' ') + Labels::label(course ? LabelKeys::Course : LabelKeys::Textbook);
 }
 
 void CoursesAndTextbooks::updateLabels()

@@ -47,6 +47,10 @@ public:
     void addCourse();
     void addTextbook();
     void deleteCourseOrTextbook();
+    // Edit ▸ Undo and Redo: the field's typing first, else the last change to the courses.
+    void undoOrRedo(bool undo);
+    QAction *undoAction() const { return m_undo; }
+    QAction *redoAction() const { return m_redo; }
     // Selects a record of the combined list by row, or by name (a course or a textbook).
     void selectRow(int row);
     bool selectCourseOrTextbook(const QString &name);
@@ -63,6 +67,11 @@ protected:
 
 private:
     void buildToolbar();
+    void buildEditMenu();
+    // Names and enables Undo and Redo after the history and the keyboard's place.
+    void validateHistory();
+    // A history step named for this window's labels: "Add Course", "Rename Textbook", ...
+    QString stepName(const QString &verb, bool course) const;
     // The document changed: shows the new data, keeping the record shown and the typing in its form.
     void changedElsewhere(QObject *source);
     void selectionChanged();
@@ -86,6 +95,8 @@ private:
     QAction *m_addCourse;
     QAction *m_addTextbook;
     QAction *m_delete;
+    QAction *m_undo;
+    QAction *m_redo;
     QListView *m_coursesTable;
     QListWidget *m_typesTable;
     QStackedWidget *m_selectedItem;

@@ -3,16 +3,30 @@
 // taking up changes made elsewhere are in CoursesAndTextbooks.cpp.
 #include "store/ui/CoursesAndTextbooks.h"
 
+#include "store/CoursesDocument.h"
+#include "store/CoursesHistory.h"
+#include "store/Labels.h"
+#include "store/PreferenceKeys.h"
 #include "store/ui/CourseFormPage.h"
 #include "store/ui/CoursesFormCommit.h"
 #include "store/ui/CoursesListModel.h"
 #include "store/ui/TextbookFormPage.h"
 #include "store/ui/UniversalTypesPage.h"
+#include "widgets/FieldUndo.h"
 
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
 #include <QStackedWidget>
+
+namespace {
+const QString AddVerb = QStringLiteral("Add");
+const QString DeleteVerb = QStringLiteral("Delete");
+const QString ChangeVerb = QStringLiteral("Change");
+const QString RenameVerb = QStringLiteral("Rename");
+const QString MoveVerb = QStringLiteral("Move");
+const QString ChangeUniversalPrefix = QStringLiteral("Change Universal ");
+} // namespace
 
 void CoursesAndTextbooks::selectionChanged()
 {
@@ -100,6 +114,7 @@ void CoursesAndTextbooks::selectUniversalTypes()
 void CoursesAndTextbooks::addCourse()
 {
     commitPendingEdit();
+    const auto step = m_store.document()->history().step(stepName(AddVerb, true));
     const int row = m_store.addCourse();
     m_warnings.warnIfUnusable();
     if (row < 0)
@@ -116,6 +131,7 @@ void CoursesAndTextbooks::addTextbook()
     const int selected = m_form->rowAfterCommit(selectedRow());
     const QVariantMap shown = m_store.recordAt(m_form->row());
     const quint64 reads = m_store.readCount();
+    const auto step = m_store.document()->history().step(stepName(AddVerb, false));
     const int row = m_store.addTextbook(selected);
     m_warnings.warnIfUnusable();
     if (row < 0) {
@@ -133,6 +149,8 @@ void CoursesAndTextbooks::deleteCourseOrTextbook()
     const int selected = m_form->rowAfterCommit(selectedRow());
     const QVariantMap shown = m_store.recordAt(m_form->row());
     const quint64 reads = m_store.readCount();
+    const auto step = m_store.document()->history().step(
+        stepName(DeleteVerb, CoursesStore::isCourse(m_store.recordAt(selected))));
     if (!m_store.deleteCourseOrTextbook(selected)) {
         if (m_store.readCount() != reads)
             showFreshList(shown);
@@ -151,6 +169,8 @@ void CoursesAndTextbooks::courseEdited(bool fromNameField)
     if (!CoursesStore::isCourse(m_store.recordAt(row)))
         return;
     const CoursesStore::CourseForm form = m_courseForm->form();
+    const bool renames = fromNameField && form.name != m_store.originalCourse;
+    const auto step = m_store.document()->history().step(stepName(renames ? RenameVerb : ChangeVerb, true));
     const int newRow = m_store.editCourse(row, form, fromNameField);
     m_warnings.warnIfUnusable();
     if (newRow < 0)
@@ -167,7 +187,10 @@ void CoursesAndTextbooks::textbookEdited(bool fromNameField)
     const QVariantMap old = m_store.recordAt(row);
     if (old.isEmpty() || CoursesStore::isCourse(old))
         return;
-    const int newRow = m_store.editTextbook(row, m_textbookForm->form(), fromNameField);
+    const CoursesStore::TextbookForm form = m_textbookForm->form();
+    const bool renames = fromNameField && form.name != m_store.originalTextbook;
+    const auto step = m_store.document()->history().step(stepName(renames ? RenameVerb : ChangeVerb, false));
+    const int newRow = m_store.editTextbook(row, form, fromNameField);
     m_warnings.warnIfUnusable();
     m_form->setRow(newRow);
     reloadList(newRow);
@@ -177,6 +200,7 @@ void CoursesAndTextbooks::textbookEdited(bool fromNameField)
 
 void CoursesAndTextbooks::universalTypesEdited(const QStringList &types)
 {
+    const auto step = m_store.document()->history().step(ChangeUniversalPrefix + Labels::plural(PreferenceKeys::LabelKeys::Type));
     if (!m_store.editUniversalTypes(types)) {
         m_warnings.typesNotSaved();
         return;
@@ -200,6 +224,7 @@ void CoursesAndTextbooks::courseDropped(int from, int dropRow)
         from = m_store.findRecord(dragged, from);
         dropRow = target.isEmpty() ? int(m_store.getCombined().size()) : m_store.findRecord(target, dropRow);
     }
+    const auto step = m_store.document()->history().step(stepName(MoveVerb, true));
     const int selected = m_store.moveCourse(from, dropRow, selectedRow());
     m_warnings.warnIfUnusable();
     m_form->setRow(selected);
@@ -208,4 +233,43 @@ void CoursesAndTextbooks::courseDropped(int from, int dropRow)
         showRecord(selected);
     else
         m_selectedItem->setCurrentIndex(int(Page::Blank));
+}
+
+void CoursesAndTextbooks::undoOrRedo(bool undo)
+{
+    // Typing goes back in the field first, as it would with the field's own shortcut.
+    if (FieldUndo::inField(undo))
+        return;
+    // Typing still in the form is kept first; it is then the step that goes.
+    commitPendingEdit();
+    CoursesDocument *document = m_store.document();
+    const QVariantList before = document->combined();
+    const bool taken = undo ? document->history().undo(this) : document->history().redo(this);
+    if (!taken) {
+        // The history ended because the files changed elsewhere: show what they hold now.
+        refreshFromDisk();
+        return;
+    }
+    m_store.reload();
+    const QVariantList &after = m_store.getCombined();
+    if (after == before || currentPage() == Page::Types) {
+        // The step was the universal types'.
+        selectUniversalTypes();
+        return;
+    }
+    // The record the step brought back or changed is the one shown; none after an add is taken back.
+    int row = -1;
+    for (int i = 0; i < after.size() && row < 0; ++i) {
+        if (!before.contains(after[i]))
+            row = i;
+    }
+    reloadList(row);
+    if (row >= 0) {
+        showRecord(row);
+    } else {
+        m_form->setRow(-1);
+        m_coursesTable->clearSelection();
+        m_selectedItem->setCurrentIndex(int(Page::Blank));
+    }
+    updateToolbar();
 }

@@ -4,6 +4,7 @@
 #include "store/PreferenceKeys.h"
 #include "store/ui/Named.h"
 #include "widgets/BVTableView.h"
+#include "widgets/FieldUndo.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -110,6 +111,8 @@ void TextbookFormPage::endEditing()
     for (QLineEdit *field : std::as_const(m_fields))
         field->setModified(false);
     m_notes->document()->setModified(false);
+    // What was typed is now a step of the courses' history.
+    FieldUndo::forgetTyping(this);
     Q_EMIT editingEnded(renamed);
 }
 
