@@ -57,6 +57,7 @@ void Controller::construct()
     connect(m_selection, &TableSelection::changed, this, &Controller::onSelectionChanged);
     connect(UserDefaults::notifier(), &PreferencesNotifier::changed, this, &Controller::preferenceChanged);
     connectDocument();
+    connectCourses();
 }
 
 void Controller::setAllAssignments(const AssignmentList &records)

@@ -205,6 +205,9 @@ private:
     // Another window, a service or the file itself changed the document (ControllerDocument.cpp).
     enum class RowsChange { Inserted, Removed, Changed };
     void connectDocument();
+    // The courses changed, here or elsewhere: the filter bar's course buttons follow.
+    void connectCourses();
+    void coursesChanged();
     void documentReset(QObject *source);
     void documentRows(RowsChange change, qsizetype first, qsizetype count, QObject *source);
     bool rowChanges(RowsChange change, qsizetype first, qsizetype count, QList<DisplayLists::RowChange> &changes) const;
@@ -228,6 +231,8 @@ private:
     // This list's own change that its lists already show.
     bool m_listsAhead = false;
     CoursesFile m_courses;
+    std::shared_ptr<CoursesDocument> m_coursesDocument;
+    bool m_coursesQueued = false;
     ColumnLayout m_layout;
     AssignmentTableModel *m_table;
     PendingEdit m_pendingEdit;

@@ -5,6 +5,7 @@
 #include "list/AssignmentTableModel.h"
 #include "list/ListLog.h"
 #include "list/SidebarEditing.h"
+#include "store/CoursesDocument.h"
 
 #include <algorithm>
 
@@ -26,6 +27,37 @@ void Controller::connectDocument()
             [this](qsizetype first, qsizetype count, QObject *source) {
                 documentRows(RowsChange::Removed, first, count, source);
             });
+}
+
+void Controller::connectCourses()
+{
+    m_coursesDocument = CoursesFile::document(m_courses.path());
+    CoursesDocument *document = m_coursesDocument.get();
+    connect(document, &CoursesDocument::coursesChanged, this, &Controller::coursesChanged);
+    connect(document, &CoursesDocument::reset, this, &Controller::coursesChanged);
+}
+
+void Controller::coursesChanged()
+{
+    // Taken in once the change in progress is over: a course added from this list's own sidebar
+    // arrives in the middle of that edit.
+    if (m_coursesQueued)
+        return;
+    m_coursesQueued = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_coursesQueued = false;
+            if (!m_loadedOnce || !m_courses.refresh())
+                return;
+            // The course buttons keep their positions, so the course chosen may be another now.
+            const auto action = m_pendingEdit.beginAction();
+            const QList<AssignmentRef> remembered = m_selection->rememberEqual();
+            m_lists.updateFilterBar();
+            m_lists.filterWithViews();
+            m_selection->reselectEqual(remembered);
+        },
+        Qt::QueuedConnection);
 }
 
 void Controller::knowDocument()

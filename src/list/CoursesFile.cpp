@@ -30,12 +30,16 @@ bool CoursesFile::refresh()
     return true;
 }
 
+std::shared_ptr<CoursesDocument> CoursesFile::document(const QString &path)
+{
+    return CoursesDocument::open(path, QFileInfo(path).dir().filePath(QString::fromLatin1(Paths::UniversalTypesFileName)));
+}
+
 QVariantList CoursesFile::read(const QString &path)
 {
     // Through the document the courses window and the sidebar share: no second copy to go stale,
     // and no second parse while one of them is open.
-    const std::shared_ptr<CoursesDocument> document
-        = CoursesDocument::open(path, QFileInfo(path).dir().filePath(QString::fromLatin1(Paths::UniversalTypesFileName)));
+    const std::shared_ptr<CoursesDocument> document = CoursesFile::document(path);
     document->refresh();
     if (!document->isUsable())
         qCWarning(lcList) << "cannot read" << path;

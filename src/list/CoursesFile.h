@@ -7,7 +7,10 @@
 #include <QStringList>
 #include <QVariantList>
 
+#include <memory>
 #include <optional>
+
+class CoursesDocument;
 
 // "Courses and Textbooks.plist" as the list reads it: straight from disk, at the moments the list
 // needs course names, a course's textbooks or its default textbook. A missing or unreadable file
@@ -23,6 +26,8 @@ public:
     bool refresh();
     const QVariantList &records() const { return m_records; }
 
+    // The shared document of the courses file at `path` and the universal types beside it.
+    static std::shared_ptr<CoursesDocument> document(const QString &path);
     // Reads the file now, whatever was read before.
     static QVariantList read(const QString &path);
     // "Name" of every course record, in file order.

@@ -2,8 +2,10 @@
 
 #include "list/AssignmentTableModel.h"
 #include "platform/Clock.h"
+#include "store/CoursesDocument.h"
 
 #include <QAbstractItemModelTester>
+#include <QCoreApplication>
 #include <QFile>
 #include <QItemSelectionModel>
 #include <QThread>
@@ -118,6 +120,22 @@ TEST(DisplayPipeline, FilterBarKeepsPositionsWhenCoursesChange)
     writeCourses({course("Art"), course("Biology"), course("Math")});
     f.controller->updateFilterBar();
     EXPECT_EQ(f.controller->filterBar().getSelectedTitleInSegment(1), "Biology");
+    EXPECT_EQ(f.shown(), QStringList());
+}
+
+TEST(DisplayPipeline, ACourseChangedInAnotherWindowReachesTheFilterBarAtOnce)
+{
+    writeCourses({course("Art"), course("Math")});
+    Fixture f({record("x", {{Course, "Math"}})});
+    f.controller->filterBar().selectTitleInSegment("Math", 1);
+    // The courses window renames Math and adds a course: no activation, no call into the list.
+    const std::shared_ptr<CoursesDocument> document = CoursesDocument::open();
+    ASSERT_TRUE(document->setCombined({course("Art"), course("Maths"), course("Physics")}));
+    QCoreApplication::processEvents();
+    FilterBarModel &bar = f.controller->filterBar();
+    EXPECT_EQ(bar.getSelectedTitleInSegment(1), "Maths");
+    bar.selectTitleInSegment("Physics", 1);
+    EXPECT_EQ(bar.getSelectedTitleInSegment(1), "Physics");
     EXPECT_EQ(f.shown(), QStringList());
 }
 
