@@ -27,6 +27,35 @@ const QString WarningTitle = QStringLiteral("Warning");
 const QString DeleteCourseQuestion = QStringLiteral("Are you sure you want to delete this course?");
 const QString DeleteTextbookQuestion = QStringLiteral("Are you sure you want to delete this textbook?");
 
+// The keys a course's or a textbook's form sets; a record may hold others (written by another
+// version of the program), which the form leaves alone.
+QStringList formKeys(bool course)
+{
+    QStringList keys{CourseKeys::Name, CourseKeys::DisplayName, CourseKeys::Type, CourseKeys::Notes};
+    for (int i = 1; i <= (course ? 6 : 5); ++i)
+        keys.append(CourseKeys::field(i));
+    if (course)
+        keys += {CourseKeys::Contacts, CourseKeys::DefaultTextbook, CourseKeys::Types};
+    else
+        keys.append(CourseKeys::Course);
+    return keys;
+}
+
+// The record a form's edit leaves, made on the latest copy: each field the form changed from what
+// it was filled with (`base`) takes the form's value, and every other key keeps the latest one,
+// which another window may have changed meanwhile.
+QVariantMap editedOnLatest(const QVariantMap &base, const QVariantMap &form, QVariantMap latest, bool course)
+{
+    for (const QString &key : formKeys(course)) {
+        if (base.contains(key) == form.contains(key) && base.value(key) == form.value(key))
+            continue;
+        if (form.contains(key))
+            latest.insert(key, form.value(key));
+        else
+            latest.remove(key);
+    }
+    return latest;
+}
 } // namespace
 
 QString CourseKeys::field(int number)
@@ -238,16 +267,16 @@ bool CoursesStore::renameInAssignments(const QString &key, const QString &from, 
 
 int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField)
 {
-    const bool wasCourse = isCourse(recordAt(row));
+    // What the form was filled with: the fields it changed since are the edit.
+    const QVariantMap base = recordAt(row);
+    const bool wasCourse = isCourse(base);
     row = rowAfterRefresh(row);
     if (!m_usable || !wasCourse)
         return -1;
     if (row < 0) {
         // The course went from the file while its form was open: what was typed comes back as a
         // course of its own rather than being lost.
-        m_combined.append(QVariantMap{{CourseKeys::Name, QString()},
-                                      {CourseKeys::DisplayName, CourseKeys::NewCourse},
-                                      {CourseKeys::Type, CourseKeys::CourseType}});
+        m_combined.append(base);
         row = int(m_combined.size()) - 1;
     }
     const QVariantMap old = recordAt(row);
@@ -289,7 +318,7 @@ int CoursesStore::editCourse(int row, const CourseForm &form, bool fromNameField
     int courseIndex = 0;
     for (int i = 0; i < row; ++i)
         courseIndex += isCourse(m_combined[i].toMap()) ? 1 : 0;
-    m_combined[row] = record;
+    m_combined[row] = editedOnLatest(base, record, m_combined[row].toMap(), true);
     CoursesDocument::regroup(m_combined);
     saveData();
     for (int i = 0, seen = 0; i < m_combined.size(); ++i) {
@@ -331,10 +360,11 @@ int CoursesStore::editTextbook(int row, const TextbookForm &form, bool fromNameF
             renameInAssignments(QStringLiteral("Textbook"), originalTextbook, form.name);
         originalTextbook = form.name;
     }
-    m_combined[row] = record;
+    const QVariantMap edited = editedOnLatest(shown, record, m_combined[row].toMap(), false);
+    m_combined[row] = edited;
     CoursesDocument::regroup(m_combined);
     saveData();
-    return int(m_combined.indexOf(record));
+    return int(m_combined.indexOf(edited));
 }
 
 bool CoursesStore::deleteCourseOrTextbook(int row)

@@ -171,13 +171,17 @@ void CoursesAndTextbooks::courseEdited(bool fromNameField)
     const CoursesStore::CourseForm form = m_courseForm->form();
     const bool renames = fromNameField && form.name != m_store.originalCourse;
     const auto step = m_store.document()->history().step(stepName(renames ? RenameVerb : ChangeVerb, true));
+    const quint64 reads = m_store.readCount();
     const int newRow = m_store.editCourse(row, form, fromNameField);
     m_warnings.warnIfUnusable();
     if (newRow < 0)
         return;
     m_form->setRow(newRow);
     reloadList(newRow);
-    if (fromNameField)
+    // The edit went onto a newer copy of the course: the form shows what that copy holds now.
+    if (m_store.readCount() != reads)
+        showRecord(newRow);
+    else if (fromNameField)
         m_courseForm->setTextbookChoices(m_store.textbooksOfCourse(form.name), form.defaultTextbook);
 }
 
@@ -190,12 +194,15 @@ void CoursesAndTextbooks::textbookEdited(bool fromNameField)
     const CoursesStore::TextbookForm form = m_textbookForm->form();
     const bool renames = fromNameField && form.name != m_store.originalTextbook;
     const auto step = m_store.document()->history().step(stepName(renames ? RenameVerb : ChangeVerb, false));
+    const quint64 reads = m_store.readCount();
     const int newRow = m_store.editTextbook(row, form, fromNameField);
     m_warnings.warnIfUnusable();
     m_form->setRow(newRow);
     reloadList(newRow);
     if (newRow < 0)
         m_selectedItem->setCurrentIndex(int(Page::Blank));
+    else if (m_store.readCount() != reads)
+        showRecord(newRow);
 }
 
 void CoursesAndTextbooks::universalTypesEdited(const QStringList &types)

@@ -126,3 +126,26 @@ TEST_F(CoursesWindowTest, DeletingAllDataAndImportingABackupShowInTheOpenWindowA
     EXPECT_EQ(combined[0].toMap().value(CourseKeys::Name), QStringLiteral("Imported"));
     EXPECT_EQ(combined[0].toMap().value(CourseKeys::field(1)), QStringLiteral("4"));
 }
+
+TEST_F(CoursesWindowTest, TypingInACourseGoesOntoAnotherProgramsChangeOfItAndKeysThisVersionDoesNotKnow)
+{
+    const QString unknown = QStringLiteral("Colour From A Later Version");
+    write(Paths::coursesFile(), {course(QStringLiteral("Math"))});
+    open();
+    activate(m_window.get());
+    m_window->selectCourseOrTextbook(QStringLiteral("Math"));
+    typeWithoutEnding(QStringLiteral("courseField3"), QStringLiteral("Mondays"));
+
+    // Another copy of the program (a later version) gives the course a room and a key of its own.
+    write(Paths::coursesFile(),
+          {course(QStringLiteral("Math"), {{CourseKeys::field(2), QStringLiteral("Hall 4")}, {unknown, QStringLiteral("teal")}})});
+    QTest::keyClick(child<QLineEdit>(QStringLiteral("courseField3")), Qt::Key_Return);
+    settle();
+
+    // The typing went onto that course, not over it.
+    const QVariantMap saved = fileArray(Paths::coursesFile()).value(0).toMap();
+    EXPECT_EQ(saved.value(CourseKeys::field(2)), QStringLiteral("Hall 4"));
+    EXPECT_EQ(saved.value(CourseKeys::field(3)), QStringLiteral("Mondays"));
+    EXPECT_EQ(saved.value(unknown), QStringLiteral("teal"));
+    EXPECT_EQ(child<QLineEdit>(QStringLiteral("courseField2"))->text(), QStringLiteral("Hall 4"));
+}
