@@ -99,8 +99,9 @@ TEST_F(CoursesUndoTest, EveryKindOfChangeIsUndoneToTheSameBytesAndRedoneInOrder)
         settle();
         EXPECT_EQ(redo()->text(), QStringLiteral("Redo ") + step);
         // The rename's assignments go back with it.
-        if (step == QStringLiteral("Change Course"))
+        if (step == QStringLiteral("Change Course")) {
             EXPECT_EQ(fileArray(Paths::assignmentsFile())[0].toMap().value(QStringLiteral("Course")), QStringLiteral("Algebra"));
+        }
     }
     EXPECT_FALSE(undo()->isEnabled());
     EXPECT_EQ(Files(), start);
