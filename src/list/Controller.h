@@ -208,6 +208,8 @@ private:
     // The courses changed, here or elsewhere: the filter bar's course buttons follow.
     void connectCourses();
     void coursesChanged();
+    // True when a change of the document is to be taken in later, not now.
+    bool waitsToTakeIn();
     void documentReset(QObject *source);
     void documentRows(RowsChange change, qsizetype first, qsizetype count, QObject *source);
     bool rowChanges(RowsChange change, qsizetype first, qsizetype count, QList<DisplayLists::RowChange> &changes) const;

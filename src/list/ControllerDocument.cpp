@@ -112,6 +112,20 @@ bool Controller::saveAdded(const AssignmentRef &record)
 
 // --- changes the document announces --------------------------------------------------------------
 
+bool Controller::waitsToTakeIn()
+{
+    // A refresh this controller runs itself reloads afterwards.
+    if (m_refreshing || !m_loadedOnce)
+        return true;
+    // Changed again while the lists take in a change (an edit handed over from the sidebar): they
+    // are brought in line once that is done.
+    if (m_takingIn) {
+        m_fellBehind = true;
+        return true;
+    }
+    return false;
+}
+
 void Controller::documentReset(QObject *source)
 {
     // A whole list this controller saved is the one it shows.
@@ -119,13 +133,8 @@ void Controller::documentReset(QObject *source)
         knowDocument();
         return;
     }
-    // A refresh this controller runs itself reloads afterwards.
-    if (m_refreshing || !m_loadedOnce)
+    if (waitsToTakeIn())
         return;
-    if (m_takingIn) {
-        m_fellBehind = true;
-        return;
-    }
     if (m_document->changeCount() == m_seenChanges)
         return;
     reloadFromDocument(true);
@@ -138,14 +147,8 @@ void Controller::documentRows(RowsChange change, qsizetype first, qsizetype coun
         knowDocument();
         return;
     }
-    if (m_refreshing || !m_loadedOnce)
+    if (waitsToTakeIn())
         return;
-    if (m_takingIn) {
-        // Changed again while the lists take in a change (an edit handed over from the sidebar):
-        // they are brought in line once that is done.
-        m_fellBehind = true;
-        return;
-    }
     const quint64 heard = m_document->changeCount();
     // Taken in already: a list that heard a later change first reloaded then.
     if (heard == m_seenChanges)

@@ -200,14 +200,12 @@ QString HistoryRecorder::describe(const Step &step)
 
 QString HistoryRecorder::undoText() const
 {
-    if (!m_undo.isEmpty())
-        return UndoPrefix + QLatin1Char(' ') + m_undo.last().name;
-    return m_clearedReason.isEmpty() ? UndoPrefix : m_clearedReason;
+    return UndoNames::undoText(m_undo.isEmpty() ? QString() : m_undo.last().name, m_clearedReason);
 }
 
 QString HistoryRecorder::redoText() const
 {
-    return m_redo.isEmpty() ? RedoPrefix : RedoPrefix + QLatin1Char(' ') + m_redo.last().name;
+    return UndoNames::redoText(m_redo.isEmpty() ? QString() : m_redo.last().name);
 }
 
 std::optional<HistoryRecorder::Applied> HistoryRecorder::undo(const AssignmentList &list)

@@ -87,13 +87,12 @@ void CoursesHistory::clear(const QString &reason)
 
 QString CoursesHistory::undoText() const
 {
-    return m_undo.isEmpty() ? (m_clearedReason.isEmpty() ? UndoNames::Undo : m_clearedReason)
-                            : UndoNames::title(UndoNames::Undo, m_undo.last().name, UndoNames::Undo);
+    return UndoNames::undoText(m_undo.isEmpty() ? QString() : m_undo.last().name, m_clearedReason);
 }
 
 QString CoursesHistory::redoText() const
 {
-    return UndoNames::title(UndoNames::Redo, m_redo.isEmpty() ? QString() : m_redo.last().name, UndoNames::Redo);
+    return UndoNames::redoText(m_redo.isEmpty() ? QString() : m_redo.last().name);
 }
 
 bool CoursesHistory::undo(QObject *source)

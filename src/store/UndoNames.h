@@ -22,9 +22,16 @@ inline QString after(AssignmentsDocument::Replacement why)
                                                   : CantUndoAfterOutsideChange;
 }
 
-// "Undo Add Course", or what the history says when it has nothing.
-inline QString title(const QString &prefix, const QString &step, const QString &whenNone)
+// The menu items: "Undo Add Course" for the last step; with none, why the history ended
+// (`clearedReason`) or plain "Undo". "Redo Add Course", or plain "Redo".
+inline QString undoText(const QString &lastStep, const QString &clearedReason)
 {
-    return step.isEmpty() ? whenNone : prefix + QLatin1Char(' ') + step;
+    if (!lastStep.isEmpty())
+        return Undo + QLatin1Char(' ') + lastStep;
+    return clearedReason.isEmpty() ? Undo : clearedReason;
+}
+inline QString redoText(const QString &lastStep)
+{
+    return lastStep.isEmpty() ? Redo : Redo + QLatin1Char(' ') + lastStep;
 }
 } // namespace UndoNames
