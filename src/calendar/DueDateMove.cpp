@@ -33,12 +33,13 @@ bool changeDueDay(Controller &controller, const AssignmentRef &record, const QDa
     if (!moved.isValid())
         moved = day.startOfDay();
 
-    record->set(AssignmentField::Date, DateText::toStoredForm(moved));
-    record->set(AssignmentField::DateUpdated, DateText::nowStoredForm());
-    // The record changed in place: hand the whole list back so the controller drops what it knew
-    // about the order, refilters and sorts, with the selection kept.
-    controller.setAllAssignments(all);
-    controller.saveData();
+    // A changed copy replaces the record, as a sidebar edit does: the document puts it onto the file
+    // as it is now (another program's change since stays), and the list moves that one row.
+    const AssignmentRef changed = Assignments::copy(record);
+    changed->set(AssignmentField::Date, DateText::toStoredForm(moved));
+    changed->set(AssignmentField::DateUpdated, DateText::nowStoredForm());
+    if (!controller.replaceShown(record, changed))
+        return fail(QStringLiteral("the assignments file could not be written"));
     return true;
 }
 

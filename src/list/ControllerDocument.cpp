@@ -3,6 +3,7 @@
 #include "list/Controller.h"
 
 #include "list/AssignmentTableModel.h"
+#include "list/CalendarObserver.h"
 #include "list/ListLog.h"
 #include "list/SidebarEditing.h"
 #include "store/CoursesDocument.h"
@@ -80,6 +81,32 @@ bool Controller::replaceRecord(const AssignmentRef &record, const Assignment &or
     if (saved && !m_quietSave)
         m_history.saved();
     return saved;
+}
+
+bool Controller::replaceShown(const AssignmentRef &record, const AssignmentRef &replacement)
+{
+    AssignmentList selected;
+    for (int row : m_selection->selectedRows())
+        if (row < m_lists.display().size())
+            selected.append(m_lists.display()[row] == record ? replacement : m_lists.display()[row]);
+    if (!replaceRecord(record, *record, replacement))
+        return false;
+    // The lists took the change in where it sorts, or reloaded and need the filter and the sort.
+    const bool inPlace = m_lists.canUpdateRows();
+    if (!inPlace)
+        m_lists.filterWithViews();
+    QList<int> rows;
+    for (const AssignmentRef &kept : std::as_const(selected))
+        if (const qsizetype row = m_lists.display().indexOf(kept); row >= 0)
+            rows.append(int(row));
+    m_selection->selectRows(rows);
+    m_lists.updateCalendar();
+    // The calendar's selection follows the copy, which it has not seen chosen.
+    if (calendar() && rows.size() == 1)
+        calendar()->selectAssignment(m_lists.display()[rows.first()]);
+    if (!inPlace)
+        m_lists.sortColumn();
+    return true;
 }
 
 bool Controller::appendRecord(const AssignmentRef &record)

@@ -125,17 +125,15 @@ int Editing::addProjectWithDate(const std::optional<QDateTime> &date)
 {
     Controller &c = m_controller;
     const auto action = c.beginAction();
-    const AssignmentRef record = addRecordWithDate(std::nullopt);
-    if (!record)
+    const AssignmentRef added = addRecordWithDate(std::nullopt);
+    if (!added)
         return -1;
+    const AssignmentRef record = Assignments::copy(added);
     if (date)
         record->set(Date, DateText::toStoredForm(*date));
     record->set(Project, DateText::nowStoredForm());
-    c.lists().allChanged();
-    c.saveData();
+    c.replaceShown(added, record);
     const qsizetype row = c.displayAssignments().indexOf(record);
-    // The record changed in place: the table shows it afresh.
-    c.lists().reloadTable();
     if (row >= 0)
         c.selectRowAlone(int(row));
     Q_EMIT c.focusNameField();
@@ -156,17 +154,16 @@ void Editing::addSubproject()
         return;
 
     c.clearSelection();
-    const AssignmentRef record = addRecordWithDate(std::nullopt);
-    if (!record)
+    const AssignmentRef added = addRecordWithDate(std::nullopt);
+    if (!added)
         return;
+    const AssignmentRef record = Assignments::copy(added);
     record->set(Subproject, project->string(Project));
     record->set(Name, QString(""));
     for (const QString &key : {Course, Textbook, Grade, Type, Priority})
         if (project->has(key))
             record->set(key, project->value(key));
-    c.lists().allChanged();
-    c.saveData();
-    c.filterWithViews();
+    c.replaceShown(added, record);
     Q_EMIT c.subprojectsChanged();
     const qsizetype row = c.displayAssignments().indexOf(record);
     if (row >= 0)
@@ -225,7 +222,8 @@ void Editing::setSubprojectValue(int row, const QString &column, const QVariant 
     const AssignmentList subprojects = c.subprojectsForProject(project->string(Project));
     if (row < 0 || row >= subprojects.size())
         return;
-    const AssignmentRef subproject = subprojects[row];
+    // A changed copy replaces the subproject, so the change goes onto the file as it is now.
+    const AssignmentRef subproject = Assignments::copy(subprojects[row]);
     if (column == ColumnCatalogue::Name) {
         subproject->set(Name, value.toString());
     } else if (column == ColumnCatalogue::Date) {
@@ -248,11 +246,8 @@ void Editing::setSubprojectValue(int row, const QString &column, const QVariant 
     for (const QString &key : {Course, Textbook, Grade, Type})
         if (project->has(key))
             subproject->set(key, project->value(key));
-    c.lists().allChanged();
-    c.saveData();
+    c.replaceShown(subprojects[row], subproject);
     Q_EMIT c.subprojectsChanged();
-    c.filterWithViews();
-    c.sortColumn();
 }
 
 QVariant Editing::subprojectCell(int row, const QString &column) const

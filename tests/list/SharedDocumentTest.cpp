@@ -2,6 +2,7 @@
 // left open never writes an older copy over the file.
 #include "ListTestSupport.h"
 
+#include "calendar/DueDateMove.h"
 #include "store/AssignmentsDocument.h"
 #include "store/CoursesStore.h"
 #include "store/DataEraser.h"
@@ -101,6 +102,41 @@ TEST(SharedDocument, AFileReplacedUnderneathIsReadNotWrittenOver)
     editName(f, "b", "typed");
     EXPECT_EQ(storedNames(), (QStringList{"a", "typed", "another"}));
     EXPECT_EQ(f.shown(), (QStringList{"a", "another", "typed"}));
+}
+
+TEST(SharedDocument, ChangesToOneRecordGoOntoAFileReplacedUnderneath)
+{
+    // Each time another program adds a record before this window has heard of it; the change made
+    // here next must go onto what the file holds then, not be dropped or write the old list back.
+    const auto addedElsewhere = [](const QString &name) {
+        QVariantList records = readStore();
+        records.append(QVariantMap{{Name, name}});
+        writeElsewhere(records);
+    };
+    const QString id = stored(2026, 11, 1, 9);
+    Fixture f({record("Paper", {{Project, id}}), record("Outline", {{Subproject, id}}),
+               record("Lab", {{Date, stored(2026, 12, 1, 9)}})});
+
+    addedElsewhere("downloaded");
+    ASSERT_TRUE(DueDateMove::changeDueDay(*f.controller, f.controller->displayAssignments()[f.rowOf("Lab")],
+                                          QDate(2026, 12, 28)));
+    EXPECT_EQ(storedNamed("Lab").value(Date).toString(), stored(2026, 12, 28, 9));
+
+    addedElsewhere("from the phone");
+    f.select("Paper");
+    f.controller->editing().setSubprojectValue(0, "Name", "Draft");
+    EXPECT_EQ(storedNamed("Draft").value(Subproject).toString(), id);
+
+    addedElsewhere("from an editor");
+    f.controller->editing().addProject();
+    const QVariantList all = readStore();
+    const auto projects = std::count_if(all.cbegin(), all.cend(),
+                                        [](const QVariant &r) { return r.toMap().contains(Project); });
+    EXPECT_EQ(projects, 2);
+    for (const char *name : {"downloaded", "from the phone", "from an editor", "Lab", "Paper"})
+        EXPECT_TRUE(storedNames().contains(name)) << name;
+    EXPECT_EQ(storedNames().size(), 7);
+    EXPECT_EQ(f.shown().size(), 7);
 }
 
 TEST(SharedDocument, DeletingAllDataEmptiesTheOpenListAndItWritesNothingBack)
