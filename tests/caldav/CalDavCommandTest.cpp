@@ -28,6 +28,7 @@
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -218,7 +219,16 @@ TEST(CalDavCommand, AFileSavedElsewhereDuringASyncIsNotWrittenOver)
     QVariantList stored = PropertyList::readFile(Paths::assignmentsFile())->toList();
     stored << QVariantMap{{Name, "From elsewhere"}, {DateCreated, 5000.0}, {Priority, 1.0}};
     ASSERT_TRUE(PropertyList::writeFile(Paths::assignmentsFile(), stored));
+    // Kept off the event loop until the sync's thread is done, so the file watcher has not yet
+    // told the program: it finds the other save only as it goes to write the sync's result.
+    QElapsedTimer waited;
+    waited.start();
+    while (w.command->runner()->isRunning() && waited.elapsed() < 30000)
+        QThread::msleep(10);
     ASSERT_TRUE(finished.wait(30000));
+    EXPECT_EQ(finished.first().at(1).toString(), "The assignments changed on disk during the sync, so nothing was "
+                                                 "changed here.  The next sync takes them up.");
+    EXPECT_TRUE(storedNames().contains("From elsewhere"));
     // A sync that found the file changed runs again by itself.
     EXPECT_TRUE(QTest::qWaitFor([&] { return !w.command->runner()->isRunning() && storedNames().contains("Essay, second draft"); }, 30000));
     EXPECT_EQ(storedNames(), (QStringList{"Essay, second draft", "From elsewhere"}));
