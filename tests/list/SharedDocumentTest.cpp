@@ -53,22 +53,6 @@ void editName(Fixture &f, const QString &from, const QString &to)
 
 } // namespace
 
-TEST(SharedDocument, TwoListsSeeEachOthersChangesWithoutActivation)
-{
-    Fixture first({record("a"), record("b")});
-    SecondWindow second;
-    second.controller.selectRowAlone(1);
-
-    editName(first, "a", "renamed");
-    EXPECT_EQ(second.shown(), (QStringList{"b", "renamed"}));
-    // The other list keeps what was selected in it.
-    EXPECT_EQ(names(second.controller.filteredAssignments()).value(second.controller.singleSelectedRow()), "b");
-
-    ASSERT_TRUE(RecurringSeries::addMultipleAssignments(weekly()));
-    EXPECT_EQ(first.shown().count("weekly"), 2);
-    EXPECT_EQ(second.shown().count("weekly"), 2);
-    EXPECT_EQ(storedNames().count("renamed"), 1);
-}
 
 TEST(SharedDocument, ACourseRenamedInTheCoursesWindowReachesTheOpenList)
 {
