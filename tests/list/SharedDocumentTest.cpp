@@ -25,14 +25,6 @@ void writeElsewhere(const QVariantList &records)
     PropertyList::writeFile(Paths::assignmentsFile(), records);
 }
 
-QStringList storedNames()
-{
-    QStringList result;
-    for (const QVariant &entry : readStore())
-        result.append(entry.toMap().value(Name).toString());
-    return result;
-}
-
 RecurringSeries::Entries weekly()
 {
     RecurringSeries::Entries e;
