@@ -33,21 +33,12 @@
 #include <gtest/gtest.h>
 
 using namespace AssignmentKeys;
+using StoreFiles::storedNames;
 
 namespace {
 
 const QString User = QStringLiteral("student");
 const QString Password = QStringLiteral("secret");
-
-QStringList storedNames()
-{
-    QStringList names;
-    const auto stored = PropertyList::readFile(Paths::assignmentsFile());
-    for (const QVariant &entry : stored ? stored->toList() : QVariantList())
-        names << entry.toMap().value(Name).toString();
-    names.sort();
-    return names;
-}
 
 // The account of this $HOME: a Radicale with one calendar, in the preferences and the keychain.
 struct ServerAccount {
@@ -188,16 +179,16 @@ TEST(CalDavCommand, AnUndoAfterASyncThatChangedRecordsCannotTakeThemBack)
     phone.sync(account);
 
     ASSERT_TRUE(w.syncAndWait());
-    ASSERT_EQ(storedNames(), (QStringList{"Essay, second draft", "Lab"}));
+    ASSERT_EQ(storedNames(true), (QStringList{"Essay, second draft", "Lab"}));
     EXPECT_EQ(w.undo()->text(), "Can't Undo After Sync");
     EXPECT_FALSE(w.undo()->isEnabled());
     w.undo()->trigger();
-    EXPECT_EQ(storedNames(), (QStringList{"Essay, second draft", "Lab"}));
+    EXPECT_EQ(storedNames(true), (QStringList{"Essay, second draft", "Lab"}));
 
     // A change here that the sync only sends: the list's own step stays undoable.
     w.select("Lab");
     w.window->controller()->editing().deleteAssignment();
-    ASSERT_EQ(storedNames(), QStringList{"Essay, second draft"});
+    ASSERT_EQ(storedNames(true), QStringList{"Essay, second draft"});
     ASSERT_TRUE(w.syncAndWait());
     EXPECT_EQ(w.undo()->text(), "Undo Delete Assignment");
     phone.sync(account);
@@ -230,8 +221,8 @@ TEST(CalDavCommand, AFileSavedElsewhereDuringASyncIsNotWrittenOver)
                                                  "changed here.  The next sync takes them up.");
     EXPECT_TRUE(storedNames().contains("From elsewhere"));
     // A sync that found the file changed runs again by itself.
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !w.command->runner()->isRunning() && storedNames().contains("Essay, second draft"); }, 30000));
-    EXPECT_EQ(storedNames(), (QStringList{"Essay, second draft", "From elsewhere"}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !w.command->runner()->isRunning() && storedNames(true).contains("Essay, second draft"); }, 30000));
+    EXPECT_EQ(storedNames(true), (QStringList{"Essay, second draft", "From elsewhere"}));
 }
 
 // The student renames an assignment while a sync runs that brings the phone's rename of it: the
@@ -257,7 +248,7 @@ TEST(CalDavCommand, AnEditMadeWhileASyncRunsIsKeptAndTheServersVersionBackedUp)
     ASSERT_TRUE(finished.wait(30000));
     EXPECT_EQ(finished.first().at(1).toString(), "0 sent, 0 received, 1 conflict kept in backups (Essay, phone's draft)")
         << finished.first().at(1).toString().toStdString();
-    EXPECT_EQ(storedNames(), (QStringList{"Essay, my draft", "Lab"}));
+    EXPECT_EQ(storedNames(true), (QStringList{"Essay, my draft", "Lab"}));
     const QStringList backups = QDir(Paths::syncingBackupsFolder()).entryList(QDir::Files);
     ASSERT_EQ(backups.size(), 1);
     const auto backup = PropertyList::readFile(Paths::syncingBackupsFolder() + u'/' + backups.first());
@@ -275,7 +266,7 @@ TEST(CalDavCommand, AnEditMadeWhileASyncRunsIsKeptAndTheServersVersionBackedUp)
         onPhone << record.value(Name).toString();
     onPhone.sort();
     EXPECT_EQ(onPhone, (QStringList{"Essay, my draft", "Lab"}));
-    EXPECT_EQ(storedNames(), (QStringList{"Essay, my draft", "Lab"}));
+    EXPECT_EQ(storedNames(true), (QStringList{"Essay, my draft", "Lab"}));
 }
 
 // The program's own syncs: at start when the account has synced before, a few seconds after any
@@ -303,7 +294,7 @@ TEST(CalDavCommand, SyncsAtStartAfterAChangeAndAtQuit)
     w.command->runner()->setDebounceMs(300);
     w.command->syncAtStart();
     ASSERT_TRUE(finished.wait(30000));
-    EXPECT_EQ(storedNames(), (QStringList{"Essay", "From the phone"}));
+    EXPECT_EQ(storedNames(true), (QStringList{"Essay", "From the phone"}));
     // What that sync brought is no edit: no sync follows it.
     QTest::qWait(800);
     EXPECT_EQ(started.size(), 1);
@@ -351,7 +342,7 @@ TEST(CalDavCommand, QuitWaitsOnlyAsLongAsAllowedForAServerThatDoesNotAnswer)
         EXPECT_LT(clock.elapsed(), 5000);
     }
     EXPECT_LT(clock.elapsed(), 6000);
-    EXPECT_EQ(storedNames(), QStringList{"Essay"});
+    EXPECT_EQ(storedNames(true), QStringList{"Essay"});
 }
 
 // The versions that lost a conflict are kept like every automatic backup: the newest twenty.

@@ -5,41 +5,12 @@
 #include <QDeadlineTimer>
 #include <QFile>
 
-#include <csignal>
-
-#include <sys/prctl.h>
-
-namespace {
-
-// A server or proxy dies with the test: a test that crashes must not leave children that hold its
-// output open, or the test runner waits for them until its time-out.
-std::unique_ptr<QProcess> childProcess()
-{
-    auto process = std::make_unique<QProcess>();
-    process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
-    return process;
-}
-
-void stopProcess(std::unique_ptr<QProcess> &process)
-{
-    if (!process)
-        return;
-    if (process->state() != QProcess::NotRunning && process->processId() > 0) {
-        ::kill(pid_t(process->processId()), SIGTERM);
-        if (!process->waitForFinished(5000))
-            process->kill(), process->waitForFinished(2000);
-    }
-    process.reset();
-}
-
-} // namespace
-
 DavServer::~DavServer() { stop(); }
 
 bool DavServer::start(Kind kind, const QString &user, const QString &password)
 {
     m_port = LocalServers::freePort();
-    m_process = childProcess();
+    m_process = LocalServers::serverProcess();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->setStandardOutputFile(QProcess::nullDevice());
     const QString port = QString::number(m_port);
@@ -67,13 +38,13 @@ bool DavServer::start(Kind kind, const QString &user, const QString &password)
     return true;
 }
 
-void DavServer::stop() { stopProcess(m_process); }
+void DavServer::stop() { LocalServers::stopProcess(m_process); }
 
-FaultyProxy::~FaultyProxy() { stopProcess(m_process); }
+FaultyProxy::~FaultyProxy() { LocalServers::stopProcess(m_process); }
 
 bool FaultyProxy::start(quint16 upstream, const QString &mode, qint64 bytes)
 {
-    m_process = childProcess();
+    m_process = LocalServers::serverProcess();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->start(QStringLiteral("/usr/bin/python3"), {QStringLiteral(QUILLORY_CALDAV_TEST_DIR "/dav_proxy.py"),
                                                          QString::number(upstream), mode, QString::number(bytes)});

@@ -45,8 +45,6 @@ TEST_F(CalendarView, StartsOnTodayInTheMonthView)
     EXPECT_EQ(view->todayButton()->text(), "Today");
     EXPECT_EQ(view->weekdayField(0)->text(), "Sunday");
     EXPECT_EQ(view->weekdayField(6)->text(), "Saturday");
-    EXPECT_EQ(view->currentMonthField()->geometry(), QRect(150, 4, 400, 25));
-    EXPECT_EQ(view->dayCell(0)->geometry(), QRect(0, 50, 101, 81));
     // Today's cell is tinted; a day of December in the last row is grey.
     BVCalendarDayCell *today = view->dayCellForDate(QDate(2026, 11, 22));
     ASSERT_NE(today, nullptr);

@@ -68,6 +68,7 @@ inline void writeStore(const AssignmentList &records)
 using StoreFiles::readStore;
 using StoreFiles::setGeneral;
 using StoreFiles::storedNamed;
+using StoreFiles::storedNames;
 
 inline void writeCourses(const QVariantList &records)
 {

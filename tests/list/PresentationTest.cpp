@@ -98,11 +98,6 @@ TEST(CellPresentation, DaysLeftCountsWholeDaysFromMidnight)
     EXPECT_EQ(CellPresentation::daysLeft(QDateTime(QDate(2026, 10, 31), QTime(0, 0)), today), -22);
 }
 
-TEST(CellPresentation, SubprojectTitleReplacesTheProjectFirst)
-{
-    EXPECT_EQ(CellPresentation::subprojectTitle("%p - %s", "Paper", "Outline"), "Paper - Outline");
-    EXPECT_EQ(CellPresentation::subprojectTitle("%p - %s", "%s", "Lab"), "Lab - Lab");
-}
 
 TEST(CellPresentation, DuplicateDatesAreBlankUnlessShown)
 {

@@ -26,14 +26,6 @@ void writeElsewhere(const QVariantList &records)
     PropertyList::writeFile(Paths::assignmentsFile(), records);
 }
 
-QStringList storedNames()
-{
-    QStringList result;
-    for (const QVariant &entry : readStore())
-        result.append(entry.toMap().value(Name).toString());
-    return result;
-}
-
 RecurringSeries::Entries weekly()
 {
     RecurringSeries::Entries e;
@@ -54,22 +46,6 @@ void editName(Fixture &f, const QString &from, const QString &to)
 
 } // namespace
 
-TEST(SharedDocument, TwoListsSeeEachOthersChangesWithoutActivation)
-{
-    Fixture first({record("a"), record("b")});
-    SecondWindow second;
-    second.controller.selectRowAlone(1);
-
-    editName(first, "a", "renamed");
-    EXPECT_EQ(second.shown(), (QStringList{"b", "renamed"}));
-    // The other list keeps what was selected in it.
-    EXPECT_EQ(names(second.controller.filteredAssignments()).value(second.controller.singleSelectedRow()), "b");
-
-    ASSERT_TRUE(RecurringSeries::addMultipleAssignments(weekly()));
-    EXPECT_EQ(first.shown().count("weekly"), 2);
-    EXPECT_EQ(second.shown().count("weekly"), 2);
-    EXPECT_EQ(storedNames().count("renamed"), 1);
-}
 
 TEST(SharedDocument, ACourseRenamedInTheCoursesWindowReachesTheOpenList)
 {

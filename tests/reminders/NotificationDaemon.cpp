@@ -7,29 +7,15 @@
 #include <QProcess>
 #include <QTest>
 
-namespace {
-void stopProcess(std::unique_ptr<QProcess> &process)
-{
-    if (!process)
-        return;
-    process->terminate();
-    if (!process->waitForFinished(3000)) {
-        process->kill();
-        process->waitForFinished(3000);
-    }
-    process.reset();
-}
-} // namespace
-
 NotificationDaemon::NotificationDaemon() = default;
 
 NotificationDaemon::~NotificationDaemon()
 {
     if (!m_connectionName.isEmpty())
         QDBusConnection::disconnectFromBus(m_connectionName);
-    stopProcess(m_dunst);
-    stopProcess(m_bus);
-    stopProcess(m_xvfb);
+    LocalServers::stopProcess(m_dunst);
+    LocalServers::stopProcess(m_bus);
+    LocalServers::stopProcess(m_xvfb);
 }
 
 bool NotificationDaemon::start(const QList<std::pair<QString, QString>> &actionRules, QString *error, bool markup)

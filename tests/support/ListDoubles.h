@@ -51,6 +51,18 @@ inline QVariantMap storedNamed(const QString &name)
     return {};
 }
 
+// The names of the records in the store file, in file order or sorted when only which records it
+// holds matters.
+inline QStringList storedNames(bool sorted = false)
+{
+    QStringList names;
+    for (const QVariant &entry : readStore())
+        names.append(entry.toMap().value(AssignmentKeys::Name).toString());
+    if (sorted)
+        names.sort();
+    return names;
+}
+
 inline void setGeneral(const QString &key, const QVariant &value)
 {
     UserDefaults defaults;

@@ -30,22 +30,6 @@ sockaddr_in loopback(quint16 port)
     return address;
 }
 
-// Ends a child we started: SIGTERM to its PID, then SIGKILL if it lingers.
-void stopByPid(std::unique_ptr<QProcess> &process)
-{
-    if (!process)
-        return;
-    const qint64 pid = process->processId();
-    if (pid > 0 && process->state() != QProcess::NotRunning) {
-        ::kill(pid_t(pid), SIGTERM);
-        if (!process->waitForFinished(5000)) {
-            ::kill(pid_t(pid), SIGKILL);
-            process->waitForFinished(5000);
-        }
-    }
-    process.reset();
-}
-
 } // namespace
 
 void endWithTest(QProcess &process)
@@ -61,6 +45,21 @@ void endWithTest(QProcess &process)
         if (::getppid() != test)
             ::_exit(1);
     });
+}
+
+void stopProcess(std::unique_ptr<QProcess> &process)
+{
+    if (!process)
+        return;
+    const qint64 pid = process->processId();
+    if (pid > 0 && process->state() != QProcess::NotRunning) {
+        ::kill(pid_t(pid), SIGTERM);
+        if (!process->waitForFinished(5000)) {
+            ::kill(pid_t(pid), SIGKILL);
+            process->waitForFinished(5000);
+        }
+    }
+    process.reset();
 }
 
 std::unique_ptr<QProcess> serverProcess()
@@ -128,7 +127,7 @@ bool FtpServer::start(const QString &root, const QString &user, const QString &p
 
 void FtpServer::stop()
 {
-    stopByPid(m_process);
+    stopProcess(m_process);
 }
 
 QString FtpServer::hostAndPort() const
@@ -173,7 +172,7 @@ bool AccountCheckServer::start(QString *error)
 
 void AccountCheckServer::stop()
 {
-    stopByPid(m_process);
+    stopProcess(m_process);
 }
 
 void AccountCheckServer::setBody(const QByteArray &body)
@@ -285,8 +284,8 @@ bool PrivateKeyring::start(QString *error)
 
 void PrivateKeyring::stop()
 {
-    stopByPid(m_keyring);
-    stopByPid(m_bus);
+    stopProcess(m_keyring);
+    stopProcess(m_bus);
     if (!m_addressChanged)
         return;
     if (m_hadAddress)
@@ -360,7 +359,7 @@ bool MailSink::start(bool refuse, QString *error)
 
 void MailSink::stop()
 {
-    stopByPid(m_process);
+    stopProcess(m_process);
 }
 
 bool MailSink::configureSendmail(const QString &home) const

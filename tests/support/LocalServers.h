@@ -21,6 +21,8 @@ namespace LocalServers {
 void endWithTest(QProcess &process);
 // A QProcess made so.
 std::unique_ptr<QProcess> serverProcess();
+// Ends a child we started, if it still runs: SIGTERM to its PID, then SIGKILL if it lingers.
+void stopProcess(std::unique_ptr<QProcess> &process);
 
 // A port nobody listens on right now (a closed port, or one to start a server on).
 quint16 freePort();

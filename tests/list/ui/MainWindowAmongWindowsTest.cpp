@@ -28,14 +28,6 @@ void activate(QWidget *window)
     ASSERT_TRUE(QTest::qWaitForWindowActive(window));
 }
 
-QStringList storedNames()
-{
-    QStringList names;
-    for (const QVariant &value : readStore())
-        names.append(value.toMap().value("Name").toString());
-    return names;
-}
-
 } // namespace
 
 TEST(MainWindowAmongWindows, ShortcutsTypedInAnotherWindowActThereAndNeverOnTheList)
