@@ -95,17 +95,20 @@ bool Controller::replaceShown(const AssignmentRef &record, const AssignmentRef &
     const bool inPlace = m_lists.canUpdateRows();
     if (!inPlace)
         m_lists.filterWithViews();
+    if (!inPlace)
+        m_lists.sortColumn();
     QList<int> rows;
     for (const AssignmentRef &kept : std::as_const(selected))
         if (const qsizetype row = m_lists.display().indexOf(kept); row >= 0)
             rows.append(int(row));
+    const QList<int> before = m_selection->selectedRows();
     m_selection->selectRows(rows);
     m_lists.updateCalendar();
-    // The calendar's selection follows the copy, which it has not seen chosen.
-    if (calendar() && rows.size() == 1)
-        calendar()->selectAssignment(m_lists.display()[rows.first()]);
-    if (!inPlace)
-        m_lists.sortColumn();
+    // The same rows stay selected, so no selection change tells the sidebar and the calendar that
+    // one of them now shows another record: told here, they show the copy and edit it, not the
+    // record it replaced.
+    if (selected.contains(replacement) && m_selection->selectedRows() == before)
+        onSelectionChanged();
     return true;
 }
 

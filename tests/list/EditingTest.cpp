@@ -107,6 +107,11 @@ TEST(Editing, SubprojectsAddToTheProjectOfASelectedSubproject)
     EXPECT_EQ(subprojects[0]->value(Priority).toDouble(), 3.0);
     EXPECT_EQ(readStore().size(), 3);
     EXPECT_EQ(f.controller->actualSelectedObject()->string(Name), "Paper");
+    // The sidebar shows that project, so what the student types next goes to it as it is, and a
+    // save of the sidebar as shown changes nothing.
+    EXPECT_EQ(f.sidebar.values.name, "Paper");
+    f.controller->sidebarEditing().editAssignment(SidebarEditing::Sender::Other);
+    EXPECT_EQ(storedNamed("Paper").value(Project).toString(), id);
 
     // Naming and dating it in the subprojects table.
     f.select("Paper");
