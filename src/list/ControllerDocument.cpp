@@ -92,11 +92,10 @@ bool Controller::replaceShown(const AssignmentRef &record, const AssignmentRef &
     if (!replaceRecord(record, *record, replacement))
         return false;
     // The lists took the change in where it sorts, or reloaded and need the filter and the sort.
-    const bool inPlace = m_lists.canUpdateRows();
-    if (!inPlace)
+    if (!m_lists.canUpdateRows()) {
         m_lists.filterWithViews();
-    if (!inPlace)
         m_lists.sortColumn();
+    }
     QList<int> rows;
     for (const AssignmentRef &kept : std::as_const(selected))
         if (const qsizetype row = m_lists.display().indexOf(kept); row >= 0)
