@@ -111,14 +111,16 @@ void CalDavSyncRunner::done()
         return;
     }
     CalDavSync::Outcome &outcome = result->outcome;
+    // The records as they are now, converted once for the comparison and the backup.
+    const QList<QVariantMap> now = m_local && m_local->isUsable() ? m_local->records() : QList<QVariantMap>();
     if (m_local && m_local->isUsable())
-        outcome.conflictLosers << keepEditsMadeDuringTheSync(outcome);
+        outcome.conflictLosers << keepEditsMadeDuringTheSync(outcome, now);
     bool ok = outcome.ok;
     QString message = ok ? summaryText(outcome) : outcome.error;
     if (result->stateReadable && m_local && m_local->isUsable()) {
         bool backedUp = true;
         if (!outcome.conflictLosers.isEmpty()) {
-            backedUp = backUpLosers(m_local->records(), outcome.conflictLosers);
+            backedUp = backUpLosers(now, outcome.conflictLosers);
             if (!backedUp) {
                 ok = false;
                 message = tr("The versions that lost a conflict could not be kept in the backups, so nothing was changed here.");
@@ -146,10 +148,11 @@ void CalDavSyncRunner::done()
     }
 }
 
-QList<QVariantMap> CalDavSyncRunner::keepEditsMadeDuringTheSync(CalDavSync::Outcome &outcome) const
+QList<QVariantMap> CalDavSyncRunner::keepEditsMadeDuringTheSync(CalDavSync::Outcome &outcome,
+                                                                const QList<QVariantMap> &records) const
 {
     QHash<QString, QVariantMap> now;
-    for (const QVariantMap &record : m_local->records())
+    for (const QVariantMap &record : records)
         now.insert(record.value(CalDavKeys::Uid).toString(), record);
     const auto editedHere = [&](const QString &uid) {
         const auto given = m_given.constFind(uid);

@@ -51,9 +51,10 @@ Q_SIGNALS:
 private:
     struct Result;
     void done();
-    // Takes out of what the sync brings every record edited here while it ran: the edit is later,
-    // so it stays and the next sync sends it; the server's version goes to the backups.
-    QList<QVariantMap> keepEditsMadeDuringTheSync(CalDavSync::Outcome &outcome) const;
+    // Takes out of what the sync brings every record edited here (`records`, as they are now) while
+    // it ran: the edit is later, so it stays and the next sync sends it; the server's version goes
+    // to the backups.
+    QList<QVariantMap> keepEditsMadeDuringTheSync(CalDavSync::Outcome &outcome, const QList<QVariantMap> &records) const;
 
     LocalAssignments *m_local;
     QFutureWatcher<std::shared_ptr<Result>> m_watcher;
