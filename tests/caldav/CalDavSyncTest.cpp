@@ -15,6 +15,8 @@
 #include "store/AssignmentsDocument.h"
 
 #include <QDir>
+#include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -202,6 +204,57 @@ TEST(CalDavAccount, ClearProblemsForPasswordAndAddress)
     EXPECT_FALSE(nobody.message.isEmpty());
     const auto found = CalDavAccount::discover(session, QStringLiteral("127.0.0.1:%1").arg(server.port()).prepend("http://"));
     EXPECT_EQ(found.problem, CalDavAccount::Problem::None) << found.message.toStdString();
+}
+
+// Each item of our calendar, as the server hands it to any calendar program, reads in libical and
+// imports into calcurse with nothing skipped.
+TEST_P(CalDavServers, TheServersCopiesReadInLibicalAndInCalcurse)
+{
+    Account account;
+    ASSERT_TRUE(account.open(GetParam()));
+    Device a({record("Essay “draft”", {{Date, "2026-12-03 14:30:00 -0500"}, {Course, "History"}, {Priority, 4.5},
+                                       {Notes, "line one\nline two; with, signs"}}),
+              record("Quiz", {{Date, "2026-12-05 00:00:00 -0500"}, {Completed, true}})});
+    ASSERT_TRUE(a.sync(account.calendar.url, account.calendar.offersSyncCollection).ok);
+    ASSERT_EQ(a.state.items.size(), 2);
+
+    QTemporaryDir calcurse;
+    const auto runCalcurse = [&](const QStringList &arguments) {
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral("calcurse"),
+                      QStringList{QStringLiteral("-C"), calcurse.path(), QStringLiteral("-D"), calcurse.path()} + arguments);
+        EXPECT_TRUE(process.waitForFinished(20000));
+        EXPECT_EQ(process.exitCode(), 0);
+        return QString::fromUtf8(process.readAllStandardOutput());
+    };
+    DavSession session(User, Password);
+    QStringList summaries;
+    for (const SyncState::Item &item : std::as_const(a.state.items)) {
+        QUrl url = account.calendar.url;
+        url.setPath(item.href);
+        const DavSession::Response got = session.send("GET", url);
+        ASSERT_TRUE(got.ok()) << got.status;
+        icalcomponent *calendar = icalparser_parse_string(got.body.constData());
+        ASSERT_NE(calendar, nullptr) << got.body.constData();
+        icalcomponent *todo = icalcomponent_get_first_component(calendar, ICAL_VTODO_COMPONENT);
+        ASSERT_NE(todo, nullptr) << got.body.constData();
+        summaries << QString::fromUtf8(icalcomponent_get_summary(todo));
+        icalcomponent_free(calendar);
+
+        QFile file(calcurse.filePath(QStringLiteral("item.ics")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(got.body);
+        file.close();
+        const QString report = runCalcurse({QStringLiteral("-i"), file.fileName()});
+        EXPECT_TRUE(report.contains(QStringLiteral("1 todo / 0 skipped"))) << report.toStdString();
+    }
+    summaries.sort();
+    EXPECT_EQ(summaries, (QStringList{"Essay “draft”", "Quiz"}));
+    const QString todos = runCalcurse({QStringLiteral("-t")});
+    EXPECT_TRUE(todos.contains(QStringLiteral("Essay “draft”"))) << todos.toStdString();
 }
 
 TEST_P(CalDavServers, TwoComputersConvergeOnTheUnionWithConflictsInBackups)
