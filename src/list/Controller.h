@@ -94,7 +94,7 @@ public:
     // An action of this list that changed one record (`replacement` is its changed copy): saved as
     // above, then shown as the action leaves it, the rows selected before still selected (the copy
     // in the record's place) and the calendar redrawn.
-    bool replaceShown(const AssignmentRef &record, const AssignmentRef &replacement);
+    bool replaceShown(AssignmentRef record, const AssignmentRef &replacement);
     bool appendRecord(const AssignmentRef &record);
     bool removeRecord(const AssignmentRef &record);
     // A record the lists took in before the document had it (an assignment being added) goes to

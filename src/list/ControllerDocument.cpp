@@ -83,13 +83,16 @@ bool Controller::replaceRecord(const AssignmentRef &record, const Assignment &or
     return saved;
 }
 
-bool Controller::replaceShown(const AssignmentRef &record, const AssignmentRef &replacement)
+bool Controller::replaceShown(AssignmentRef record, const AssignmentRef &replacement)
 {
+    // Both held here: should the file have changed underneath, the reread drops the lists' records,
+    // and the edit then goes to the reread record equal to the one it was made on.
+    const Assignment original = *record;
     AssignmentList selected;
     for (int row : m_selection->selectedRows())
         if (row < m_lists.display().size())
             selected.append(m_lists.display()[row] == record ? replacement : m_lists.display()[row]);
-    if (!replaceRecord(record, *record, replacement))
+    if (!replaceRecord(record, original, replacement))
         return false;
     // The lists took the change in where it sorts, or reloaded and need the filter and the sort.
     if (!m_lists.canUpdateRows()) {

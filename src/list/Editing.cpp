@@ -370,12 +370,14 @@ void Editing::markAssignmentAsCompleted(int row)
     replaceAndPlace(c.allAssignments()[index], toggled);
 }
 
-void Editing::replaceAndPlace(const AssignmentRef &record, const AssignmentRef &replacement)
+void Editing::replaceAndPlace(AssignmentRef record, const AssignmentRef &replacement)
 {
     Controller &c = m_controller;
     // The lists take the change in where it sorts; should they not be in order for that, they
-    // are filtered and sorted.
-    c.replaceRecord(record, *record, replacement);
+    // are filtered and sorted. The record and its contents are held here: a reread of a file
+    // changed underneath drops the lists' copies.
+    const Assignment original = *record;
+    c.replaceRecord(record, original, replacement);
     Q_EMIT c.subprojectsChanged();
     if (c.lists().canUpdateRows()) {
         c.lists().updateCalendar();

@@ -51,7 +51,7 @@ private:
     AssignmentRef newRecord() const;
     bool warningsOn() const;
     // Puts `replacement` in the place of `record` (one edit of one record) and saves.
-    void replaceAndPlace(const AssignmentRef &record, const AssignmentRef &replacement);
+    void replaceAndPlace(AssignmentRef record, const AssignmentRef &replacement);
 
     Controller &m_controller;
 };

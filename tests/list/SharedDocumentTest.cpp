@@ -109,10 +109,14 @@ TEST(SharedDocument, ChangesToOneRecordGoOntoAFileReplacedUnderneath)
     const auto projects = std::count_if(all.cbegin(), all.cend(),
                                         [](const QVariant &r) { return r.toMap().contains(Project); });
     EXPECT_EQ(projects, 2);
-    for (const char *name : {"downloaded", "from the phone", "from an editor", "Lab", "Paper"})
+
+    addedElsewhere("from a sync");
+    f.controller->editing().markAssignmentAsCompleted(f.rowOf("Lab"));
+    EXPECT_TRUE(storedNamed("Lab").value(Completed).toBool());
+    for (const char *name : {"downloaded", "from the phone", "from an editor", "from a sync", "Paper"})
         EXPECT_TRUE(storedNames().contains(name)) << name;
-    EXPECT_EQ(storedNames().size(), 7);
-    EXPECT_EQ(f.shown().size(), 7);
+    EXPECT_EQ(storedNames().size(), 8);
+    EXPECT_EQ(f.shown().size(), 8);
 }
 
 TEST(SharedDocument, DeletingAllDataEmptiesTheOpenListAndItWritesNothingBack)
