@@ -216,7 +216,7 @@ std::optional<HistoryRecorder::Applied> HistoryRecorder::undo(const AssignmentLi
     const Step step = m_undo.takeLast();
     std::optional<Applied> applied = apply(list, step.after, step.before);
     if (!applied) {
-        clear(CantUndoAfterOutsideChange);
+        clear(UndoNames::CantUndoAfterOutsideChange);
         return std::nullopt;
     }
     if (step.companion && step.companion->undone)
@@ -234,7 +234,7 @@ std::optional<HistoryRecorder::Applied> HistoryRecorder::redo(const AssignmentLi
     const Step step = m_redo.takeLast();
     std::optional<Applied> applied = apply(list, step.before, step.after);
     if (!applied) {
-        clear(CantUndoAfterOutsideChange);
+        clear(UndoNames::CantUndoAfterOutsideChange);
         return std::nullopt;
     }
     if (step.companion && step.companion->redone)

@@ -23,11 +23,6 @@ class HistoryRecorder : public QObject
 {
     Q_OBJECT
 public:
-    static inline const QString &UndoPrefix = UndoNames::Undo;
-    static inline const QString &RedoPrefix = UndoNames::Redo;
-    static inline const QString &CantUndoAfterImport = UndoNames::CantUndoAfterImport;
-    static inline const QString &CantUndoAfterSync = UndoNames::CantUndoAfterSync;
-    static inline const QString &CantUndoAfterOutsideChange = UndoNames::CantUndoAfterOutsideChange;
     static inline const QString ImportName = QStringLiteral("Import");
     static inline const QString AddRecurringName = QStringLiteral("Add Recurring Assignments");
     static inline const QString DuplicateName = QStringLiteral("Duplicate");

@@ -1,6 +1,7 @@
 #include "ListTestSupport.h"
 
 #include "calendar/DueDateMove.h"
+#include "store/UndoNames.h"
 
 #include <QFile>
 
@@ -208,5 +209,5 @@ TEST(History, ClearingNamesWhyAndRecordsChangedElsewhereEndTheHistory)
     const QByteArray outside = storeBytes();
     EXPECT_FALSE(f.controller->undo());
     EXPECT_EQ(storeBytes(), outside);
-    EXPECT_EQ(f.controller->history().undoText(), HistoryRecorder::CantUndoAfterOutsideChange);
+    EXPECT_EQ(f.controller->history().undoText(), UndoNames::CantUndoAfterOutsideChange);
 }

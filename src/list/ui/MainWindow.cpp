@@ -28,6 +28,7 @@
 #include "list/ui/ToolbarCustomizationPalette.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
+#include "store/UndoNames.h"
 #include "store/ui/CoursesAndTextbooks.h"
 #include "store/ui/PreferencesWindow.h"
 #include "sync/Syncing.h"
@@ -169,7 +170,7 @@ void MainWindow::connectController()
     // second start); the list rereads them at once rather than at the next activation.
     connect(Backup::sharedController(), &Backup::dataFilesReplaced, this, [this] {
         // What the backup brought is no step of this list's history: nothing before it can be undone.
-        m_controller->history().clear(HistoryRecorder::CantUndoAfterImport);
+        m_controller->history().clear(UndoNames::CantUndoAfterImport);
         refresh();
     });
     connect(&m_controller->history(), &HistoryRecorder::changed, this, &MainWindow::validateCommands);

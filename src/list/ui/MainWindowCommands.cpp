@@ -30,6 +30,7 @@
 #include "list/ui/ToolbarCustomizationPalette.h"
 #include "platform/UserDefaults.h"
 #include "store/PreferenceKeys.h"
+#include "store/UndoNames.h"
 #include "store/ui/CoursesAndTextbooks.h"
 #include "store/ui/PreferencesWindow.h"
 #include "sync/Syncing.h"
@@ -253,7 +254,7 @@ void MainWindowCommands::perform(Command command)
             break;
         // The download replaced the files; the refresh reads them.
         Syncing::sharedController()->downloadData();
-        m_window.controller()->history().clear(HistoryRecorder::CantUndoAfterSync);
+        m_window.controller()->history().clear(UndoNames::CantUndoAfterSync);
         m_window.refresh();
         break;
     case Command::Preferences:
