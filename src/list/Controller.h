@@ -97,6 +97,8 @@ public:
     bool replaceShown(AssignmentRef record, const AssignmentRef &replacement);
     bool appendRecord(const AssignmentRef &record);
     bool removeRecord(const AssignmentRef &record);
+    // Removes these records and every record equal to one of them.
+    bool removeEqualRecords(const AssignmentList &records);
     // A record the lists took in before the document had it (an assignment being added) goes to
     // the document; the lists stay as they are, and the caller filters and sorts.
     bool saveAdded(const AssignmentRef &record);
@@ -228,8 +230,10 @@ private:
     bool m_loadedOnce = false;
     bool m_refreshing = false;
     bool m_quietSave = false;
-    // The document's records as this list last took them in, and how many changes that was.
-    AssignmentList m_known;
+    // How many records the document held when this list last took them in, and how many changes
+    // that was. A count, not a copy: a copy would make the document copy its whole list at its
+    // next change.
+    qsizetype m_knownSize = 0;
     quint64 m_seenChanges = 0;
     // A change of the document is being taken in; one heard meanwhile means the lists fell behind.
     bool m_takingIn = false;

@@ -63,7 +63,7 @@ void Controller::coursesChanged()
 
 void Controller::knowDocument()
 {
-    m_known = m_document->records();
+    m_knownSize = m_document->records().size();
     m_seenChanges = m_document->changeCount();
 }
 
@@ -125,6 +125,14 @@ bool Controller::appendRecord(const AssignmentRef &record)
 bool Controller::removeRecord(const AssignmentRef &record)
 {
     const bool saved = m_document->remove(record, this);
+    if (saved && !m_quietSave)
+        m_history.saved();
+    return saved;
+}
+
+bool Controller::removeEqualRecords(const AssignmentList &records)
+{
+    const bool saved = m_document->removeEqual(records, this);
     if (saved && !m_quietSave)
         m_history.saved();
     return saved;
@@ -232,23 +240,24 @@ bool Controller::rowChanges(RowsChange change, qsizetype first, qsizetype count,
                             QList<DisplayLists::RowChange> &changes) const
 {
     const AssignmentList &records = m_document->records();
+    const AssignmentList &departed = m_document->departed();
     switch (change) {
     case RowsChange::Inserted:
-        if (m_known.size() + count != records.size() || first < 0 || first + count > records.size())
+        if (m_knownSize + count != records.size() || first < 0 || first + count > records.size())
             return false;
         for (qsizetype i = first; i < first + count; ++i)
             changes.append({nullptr, records[i]});
         break;
     case RowsChange::Removed:
-        if (m_known.size() - count != records.size() || first < 0 || first + count > m_known.size())
+        if (m_knownSize - count != records.size() || departed.size() != count || first < 0 || first > records.size())
             return false;
-        for (qsizetype i = first; i < first + count; ++i)
-            changes.append({m_known[i], nullptr});
+        for (const AssignmentRef &gone : departed)
+            changes.append({gone, nullptr});
         break;
     case RowsChange::Changed:
-        if (m_known.size() != records.size() || first < 0 || first >= records.size())
+        if (m_knownSize != records.size() || departed.size() != 1 || first < 0 || first >= records.size())
             return false;
-        changes.append({m_known[first], records[first]});
+        changes.append({departed.first(), records[first]});
         break;
     }
     return true;

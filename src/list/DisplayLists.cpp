@@ -43,19 +43,6 @@ void DisplayLists::replace(qsizetype index, const AssignmentRef &record)
     allChanged();
 }
 
-void DisplayLists::removeEqual(const Assignment &gone)
-{
-    Assignments::removeEqual(m_all, gone);
-    allChanged();
-}
-
-void DisplayLists::removeEqualEverywhere(const Assignment &gone)
-{
-    Assignments::removeEqual(m_display, gone);
-    Assignments::removeEqual(m_filtered, gone);
-    removeEqual(gone);
-}
-
 void DisplayLists::allChanged()
 {
     m_projectIndex.reset();

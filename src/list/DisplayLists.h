@@ -53,10 +53,6 @@ public:
     void replaceAll(AssignmentList records);
     void append(const AssignmentRef &record);
     void replace(qsizetype index, const AssignmentRef &record);
-    // Removes every record equal to `gone` from allAssignments, or from all three lists (so that
-    // the next keystroke in the search field cannot bring it back before the next filter run).
-    void removeEqual(const Assignment &gone);
-    void removeEqualEverywhere(const Assignment &gone);
     // Records of allAssignments were changed in place.
     void allChanged();
 

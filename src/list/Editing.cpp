@@ -195,14 +195,8 @@ void Editing::deleteSubprojects(const QList<int> &subprojectRows, bool ask)
         && !Alerts::askYesNo(ListTexts::WarningTitle,
                              doomed.size() == 1 ? ListTexts::DeleteOneQuestion : ListTexts::DeleteManyQuestion))
         return;
-    for (const AssignmentRef &record : std::as_const(doomed)) {
-        const Assignment gone = *record;
-        c.lists().removeEqual(gone);
-    }
-    c.filterWithViews();
-    c.sortColumn();
+    c.removeEqualRecords(doomed);
     Q_EMIT c.subprojectsChanged();
-    c.saveData();
     c.clearSelection();
     if (selectedWasProject) {
         const qsizetype projectRow = c.displayAssignments().indexOf(project);
@@ -305,21 +299,9 @@ void Editing::deleteAssignment()
         if (doomed[i]->isProject())
             doomed.append(c.subprojectsForProject(doomed[i]->string(Project)));
 
-    // One record with no equal copy leaves the lists where it stood; the other rows stay as they are.
-    const bool one = doomed.size() == 1
-        && std::count_if(c.allAssignments().cbegin(), c.allAssignments().cend(),
-                         [&](const AssignmentRef &record) { return *record == *doomed.first(); })
-            == 1;
-    if (!one || !c.removeRecord(doomed.first())) {
-        // The filter is not run again; the filtered list loses the records too, so that the next
-        // keystroke in the search field cannot bring deleted records back on screen.
-        for (const AssignmentRef &record : std::as_const(doomed)) {
-            const Assignment gone = *record;
-            c.lists().removeEqualEverywhere(gone);
-        }
-        c.lists().reloadTable();
-        c.saveData();
-    }
+    // The lists lose the records where they stand, the filter is not run again, and the other rows
+    // stay as they are.
+    c.removeEqualRecords(doomed);
     c.clearSelection();
     Q_EMIT c.sidebarNoSelection();
     c.lists().updateCalendar();

@@ -78,11 +78,23 @@ void HistoryRecorder::rebase()
     while (suffix < oldSize - prefix && suffix < newSize - prefix
            && m_saved[oldSize - 1 - suffix].revision() == list[newSize - 1 - suffix]->revision())
         ++suffix;
-    m_saved.remove(prefix, oldSize - prefix - suffix);
+    // In between, a record still at a revision held here is that copy (a record deleted or moved
+    // around it): it is moved, not copied again.
+    QHash<quint64, qsizetype> held;
+    held.reserve(oldSize - prefix - suffix);
+    for (qsizetype i = prefix; i < oldSize - suffix; ++i)
+        held.insert(m_saved[i].revision(), i);
     QList<Assignment> middle;
     middle.reserve(newSize - prefix - suffix);
-    for (qsizetype i = prefix; i < newSize - suffix; ++i)
-        middle.append(*list[i]);
+    for (qsizetype i = prefix; i < newSize - suffix; ++i) {
+        if (const auto it = held.find(list[i]->revision()); it != held.end()) {
+            middle.append(std::move(m_saved[*it]));
+            held.erase(it);
+        } else {
+            middle.append(*list[i]);
+        }
+    }
+    m_saved.remove(prefix, oldSize - prefix - suffix);
     m_saved.insert(prefix, middle.size(), Assignment());
     for (qsizetype i = 0; i < middle.size(); ++i)
         m_saved[prefix + i] = std::move(middle[i]);
@@ -113,14 +125,12 @@ void HistoryRecorder::record()
            && same(m_saved[oldSize - 1 - suffix], *now[newSize - 1 - suffix]))
         ++suffix;
 
-    // Records that only moved (a changed date sorts a record elsewhere) are matched and left out.
+    // Records that only moved (a changed date sorts a record elsewhere) are matched and left out:
+    // by revision first, and by their text only where that leaves some unmatched on both sides.
     QMultiHash<quint64, qsizetype> byRevision;
-    QMultiHash<QByteArray, qsizetype> byText;
     QList<bool> matched(oldSize - prefix - suffix, false);
-    for (qsizetype i = prefix; i < oldSize - suffix; ++i) {
+    for (qsizetype i = prefix; i < oldSize - suffix; ++i)
         byRevision.insert(m_saved[i].revision(), i);
-        byText.insert(m_saved[i].xml(), i);
-    }
     const auto take = [&](auto &hash, const auto &key) {
         for (auto it = hash.find(key); it != hash.end() && it.key() == key; ++it)
             if (!matched[*it - prefix]) {
@@ -129,10 +139,21 @@ void HistoryRecorder::record()
             }
         return false;
     };
-    Step step;
+    QList<qsizetype> unmatched;
     for (qsizetype i = prefix; i < newSize - suffix; ++i)
-        if (!take(byRevision, now[i]->revision()) && !take(byText, now[i]->xml()))
-            step.after.append({i, *now[i]});
+        if (!take(byRevision, now[i]->revision()))
+            unmatched.append(i);
+    if (!unmatched.isEmpty()) {
+        QMultiHash<QByteArray, qsizetype> byText;
+        for (qsizetype i = prefix; i < oldSize - suffix; ++i)
+            if (!matched[i - prefix])
+                byText.insert(m_saved[i].xml(), i);
+        if (!byText.isEmpty())
+            unmatched.removeIf([&](qsizetype i) { return take(byText, now[i]->xml()); });
+    }
+    Step step;
+    for (qsizetype i : std::as_const(unmatched))
+        step.after.append({i, *now[i]});
     for (qsizetype i = prefix; i < oldSize - suffix; ++i)
         if (!matched[i - prefix])
             step.before.append({i, m_saved[i]});

@@ -339,11 +339,4 @@ qsizetype indexOfEqual(const AssignmentList &list, const Assignment &record)
     return -1;
 }
 
-qsizetype removeEqual(AssignmentList &list, const Assignment &record)
-{
-    // Copy first: `record` may be one of the list's own elements.
-    const Assignment probe(record);
-    return list.removeIf([&](const AssignmentRef &candidate) { return *candidate == probe; });
-}
-
 } // namespace Assignments

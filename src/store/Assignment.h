@@ -166,6 +166,4 @@ AssignmentList fromVariantList(const QVariantList &list);
 AssignmentList fromVariantList(QVariantList &&list);
 // Index of the first record equal (field by field) to `record`, or -1.
 qsizetype indexOfEqual(const AssignmentList &list, const Assignment &record);
-// Removes every record equal to `record`; returns how many went.
-qsizetype removeEqual(AssignmentList &list, const Assignment &record);
 } // namespace Assignments

@@ -5,9 +5,11 @@
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QHash>
+#include <QSet>
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <utility>
 
 Q_DECLARE_LOGGING_CATEGORY(lcStore)
 
@@ -81,6 +83,7 @@ const AssignmentList &AssignmentsDocument::records()
 bool AssignmentsDocument::load()
 {
     m_loaded = true;
+    m_departed.clear();
     watch();
     std::optional<AssignmentList> loaded = m_store.load();
     if (!loaded) {
@@ -145,6 +148,7 @@ bool AssignmentsDocument::insert(qsizetype row, const AssignmentList &added, QOb
     for (qsizetype i = 0; i < added.size(); ++i)
         m_records.insert(first + i, added[i]);
     const bool saved = write();
+    m_departed.clear();
     if (!added.isEmpty()) {
         ++m_changes;
         Q_EMIT rowsInserted(first, added.size(), source);
@@ -159,11 +163,61 @@ bool AssignmentsDocument::remove(const AssignmentRef &record, QObject *source)
     const qsizetype row = m_records.indexOf(record);
     if (row < 0)
         return false;
-    m_records.removeAt(row);
+    m_departed = {m_records.takeAt(row)};
     const bool saved = write();
     ++m_changes;
     Q_EMIT rowsRemoved(row, 1, source);
     return saved;
+}
+
+bool AssignmentsDocument::removeEqual(AssignmentList gone, QObject *source)
+{
+    // `gone` is held by value: when the file changed underneath, the reread frees the records the
+    // caller took from its lists, and the removal then matches the reread ones by their contents.
+    if (!isCurrentOrReload() && !m_store.isUsable())
+        return false;
+    // The document's own records that go, found once. A record that is one of `gone` needs no
+    // comparing, so removing most of a long list stays quick.
+    QSet<const Assignment *> given;
+    for (const AssignmentRef &record : std::as_const(gone))
+        given.insert(record.get());
+    AssignmentList doomed;
+    QSet<const Assignment *> doomedAt;
+    for (const AssignmentRef &record : std::as_const(m_records)) {
+        const bool goes = given.contains(record.get())
+            || std::any_of(gone.cbegin(), gone.cend(), [&](const AssignmentRef &g) { return *g == *record; });
+        if (goes) {
+            doomed.append(record); // held, so no address in doomedAt can come back as another record
+            doomedAt.insert(record.get());
+        }
+    }
+    if (doomed.isEmpty())
+        return false;
+    // From the back, so the rows not yet announced keep their numbers. Each run is taken out just
+    // before it is announced: a window hearing it sees the records as the signal says. A window
+    // may hand over an edit of its own meanwhile; a record it replaced is no longer the one asked
+    // for and stays, with that edit.
+    qsizetype at = m_records.size();
+    while (!doomedAt.isEmpty()) {
+        qsizetype end = std::min(at, m_records.size());
+        while (end > 0 && !doomedAt.contains(m_records[end - 1].get()))
+            --end;
+        if (end == 0)
+            break;
+        qsizetype first = end - 1;
+        while (first > 0 && doomedAt.contains(m_records[first - 1].get()))
+            --first;
+        m_departed = m_records.mid(first, end - first);
+        for (const AssignmentRef &record : std::as_const(m_departed))
+            doomedAt.remove(record.get());
+        m_records.remove(first, end - first);
+        const qsizetype expected = m_records.size();
+        ++m_changes;
+        Q_EMIT rowsRemoved(first, end - first, source);
+        // A handler that changed the number of records may have moved them: look again from the end.
+        at = m_records.size() == expected ? first : m_records.size();
+    }
+    return write();
 }
 
 bool AssignmentsDocument::replace(const AssignmentRef &record, const Assignment &original,
@@ -186,7 +240,7 @@ bool AssignmentsDocument::replace(const AssignmentRef &record, const Assignment 
         qCWarning(lcStore) << "The edited assignment is no longer in the file";
         return false;
     }
-    m_records[row] = replacement;
+    m_departed = {std::exchange(m_records[row], replacement)};
     const bool saved = write();
     ++m_changes;
     Q_EMIT rowChanged(row, source);
@@ -198,6 +252,7 @@ bool AssignmentsDocument::setAll(const AssignmentList &records, QObject *source)
     if (!isCurrentOrReload())
         return false;
     m_records = records;
+    m_departed.clear();
     const bool saved = write();
     ++m_changes;
     Q_EMIT reset(source);

@@ -48,6 +48,9 @@ public:
     // How many changes the document has announced. A window that hears of a change while handling
     // another (its handler ran before the one of the change it saw first) can tell it fell behind.
     quint64 changeCount() const { return m_changes; }
+    // The records the latest announced change took out: the rows removed, or the record a
+    // replacement put aside. Empty after any other change.
+    const AssignmentList &departed() const { return m_departed; }
 
     // Rereads the file when it changed since this document last read or wrote it (or was never
     // read); announces a reset then. Returns whether it reread.
@@ -60,6 +63,9 @@ public:
     bool insert(qsizetype row, const AssignmentList &added, QObject *source = nullptr);
     bool append(const AssignmentList &added, QObject *source = nullptr) { return insert(-1, added, source); }
     bool remove(const AssignmentRef &record, QObject *source = nullptr);
+    // Removes every record equal to one of `gone`, announced run by run of neighbouring rows and
+    // saved once. Matching by contents lets the removal go onto a file replaced underneath.
+    bool removeEqual(AssignmentList gone, QObject *source = nullptr);
     // Replaces `record` by `replacement`. When the file changed underneath, the reread record
     // equal to `original` (the record as it was before the edit) takes the replacement instead.
     bool replace(const AssignmentRef &record, const Assignment &original, const AssignmentRef &replacement,
@@ -86,6 +92,7 @@ private:
 
     AssignmentStore m_store;
     AssignmentList m_records;
+    AssignmentList m_departed;
     bool m_loaded = false;
     quint64 m_changes = 0;
     QFileSystemWatcher *m_watcher = nullptr;

@@ -136,19 +136,25 @@ TEST(Editing, DeletingAsksAndTakesSubprojectsAlong)
 {
     setGeneral(PreferenceKeys::GeneralKeys::DisplayWarningMessages, true);
     const QString id = stored(2026, 11, 1, 9);
-    Fixture f({record("Paper", {{Project, id}}), record("Outline", {{Subproject, id}}), record("Other")});
+    Fixture f({record("Paper", {{Project, id}}), record("Outline", {{Subproject, id}}), record("Other"),
+               record("Copy"), record("Copy")});
     f.select("Paper");
     Alerts::queueAnswer("No");
     f.controller->editing().deleteAssignment();
-    EXPECT_EQ(readStore().size(), 3);
+    EXPECT_EQ(readStore().size(), 5);
     const QList<Alerts::Request> asked = Alerts::takeAsked();
     ASSERT_EQ(asked.size(), 1);
     EXPECT_EQ(asked[0].buttons, (QStringList{"Yes", "No"}));
 
     Alerts::queueAnswer("Yes");
     f.controller->editing().deleteAssignment();
+    EXPECT_EQ(f.shown(), (QStringList{"Copy", "Copy", "Other"}));
+    // Deleting one of two equal records takes both.
+    f.select("Copy");
+    Alerts::queueAnswer("Yes");
+    f.controller->editing().deleteAssignment();
     EXPECT_EQ(f.shown(), QStringList{"Other"});
-    EXPECT_EQ(readStore().size(), 1);
+    EXPECT_EQ(storedNames(), QStringList{"Other"});
     // A keystroke afterwards does not bring the deleted records back.
     f.type("");
     EXPECT_EQ(f.shown(), QStringList{"Other"});

@@ -80,7 +80,7 @@ TEST(SharedDocument, AFileReplacedUnderneathIsReadNotWrittenOver)
     EXPECT_EQ(f.shown(), (QStringList{"a", "another", "typed"}));
 }
 
-TEST(SharedDocument, ChangesToOneRecordGoOntoAFileReplacedUnderneath)
+TEST(SharedDocument, ChangesGoOntoAFileReplacedUnderneath)
 {
     // Each time another program adds a record before this window has heard of it; the change made
     // here next must go onto what the file holds then, not be dropped or write the old list back.
@@ -117,6 +117,21 @@ TEST(SharedDocument, ChangesToOneRecordGoOntoAFileReplacedUnderneath)
         EXPECT_TRUE(storedNames().contains(name)) << name;
     EXPECT_EQ(storedNames().size(), 8);
     EXPECT_EQ(f.shown().size(), 8);
+
+    // Deleting a subproject, then several records at once, also goes onto the file as it is then.
+    addedElsewhere("from a backup");
+    f.select("Paper");
+    f.controller->editing().deleteSubprojects({0}, false);
+    EXPECT_FALSE(storedNames().contains("Draft"));
+    addedElsewhere("from a tablet");
+    f.controller->selectRows({f.rowOf("Lab"), f.rowOf("downloaded")});
+    f.controller->editing().deleteAssignment();
+    const QStringList kept = storedNames();
+    EXPECT_FALSE(kept.contains("Lab") || kept.contains("downloaded") || kept.contains("Draft"));
+    for (const char *name : {"from a backup", "from a tablet", "from a sync", "Paper"})
+        EXPECT_TRUE(kept.contains(name)) << name;
+    EXPECT_EQ(kept.size(), 7);
+    EXPECT_EQ(f.shown().size(), 7);
 }
 
 TEST(SharedDocument, DeletingAllDataEmptiesTheOpenListAndItWritesNothingBack)

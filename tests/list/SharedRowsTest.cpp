@@ -73,6 +73,15 @@ TEST(SharedRows, TheOtherListKeepsItsSelectionAndCurrentRowThroughEditsElsewhere
     first.controller->editing().duplicateAssignment();
     EXPECT_EQ(second.shown(), (QStringList{"Quiz", "Reading, chapter 2", "Essay draft", "Essay draft"}));
     EXPECT_EQ(second.selectedName(), "Reading, chapter 2");
+
+    // Rows apart from each other in the file deleted together: the record between them stays
+    // selected in the other list.
+    first.controller->selectRows({first.rowOf("Quiz"), first.rowOf("Essay draft")});
+    first.controller->editing().deleteAssignment();
+    EXPECT_EQ(first.shown(), (QStringList{"Reading, chapter 2", "Essay draft"}));
+    EXPECT_EQ(storedNames(), (QStringList{"Reading, chapter 2", "Essay draft"}));
+    EXPECT_EQ(second.shown(), (QStringList{"Reading, chapter 2", "Essay draft"}));
+    EXPECT_EQ(second.selectedName(), "Reading, chapter 2");
     EXPECT_EQ(second.resets.count(), 0);
     EXPECT_EQ(second.controller.displayAssignments(), freshlyLoaded(second));
 }

@@ -145,12 +145,3 @@ TEST(Assignment, CachesFollowEveryChange)
     EXPECT_TRUE(record->lowered(Grade).isNull());
 }
 
-TEST(Assignment, RemovingByEqualityTakesEveryEqualRecord)
-{
-    auto a = Assignments::make({{Name, QStringLiteral("same")}});
-    AssignmentList list{a, Assignments::make({{Name, QStringLiteral("other")}}), Assignments::copy(a)};
-    EXPECT_EQ(Assignments::indexOfEqual(list, *Assignments::copy(a)), 0);
-    EXPECT_EQ(Assignments::removeEqual(list, *list[0]), 2);
-    ASSERT_EQ(list.size(), 1);
-    EXPECT_EQ(list[0]->string(Name), QStringLiteral("other"));
-}
