@@ -81,14 +81,16 @@ void Controller::headersChanged()
 
 // --- store and refresh ---------------------------------------------------------------------------
 
-void Controller::saveData()
+bool Controller::saveData()
 {
     if (!m_document->isUsable()) {
         qCWarning(lcList) << "the store could not be read; not writing over" << m_document->path();
-        return;
+        return false;
     }
-    if (m_document->setAll(m_lists.all(), this) && !m_quietSave)
+    const bool saved = m_document->setAll(m_lists.all(), this);
+    if (saved && !m_quietSave)
         m_history.saved();
+    return saved;
 }
 
 bool Controller::applyHistory(bool undo)

@@ -175,7 +175,9 @@ public:
     bool redo() { return applyHistory(false); }
 
     // --- store and refresh -----------------------------------------------------------------------
-    void saveData();
+    // Writes the whole list; false when nothing was written (the file could not be read, the
+    // write failed, or the file had changed on disk and was read instead).
+    bool saveData();
     // The refresh run when the main window becomes key: reload what changed on disk, repair
     // priorities, filter, columns, sort, filter bar, labels.
     void updateWindowInformation();

@@ -6,11 +6,13 @@
 #include "platform/FilePanels.h"
 #include "platform/Paths.h"
 #include "platform/PropertyList.h"
+#include "store/CoursesDocument.h"
 #include "store/CoursesStore.h"
 
 #include <QAbstractButton>
 #include <QLabel>
 #include <QPointer>
+#include <QThread>
 #include <QTreeWidget>
 
 using namespace ListTest;
@@ -136,6 +138,39 @@ TEST(CalendarImportWindow, AStoreChangedWhileThePreviewIsOpenKeepsTheChange)
     QCoreApplication::processEvents();
     EXPECT_EQ(storedNames(true), QStringList({"Midterm Project", "Office hours - bring questions", "Own assignment",
                                           "Written elsewhere"}));
+
+    // Another program writes the store in the moment the import adds its new course: the import
+    // says it did nothing (a subscription would otherwise take its entries for deleted ones), the
+    // other program's record stays, and importing again adds the entries.
+    const QStringList before = storedNames(true);
+    const std::shared_ptr<CoursesDocument> courses = CoursesDocument::open();
+    bool written = false;
+    QMetaObject::Connection during = QObject::connect(courses.get(), &CoursesDocument::coursesChanged, [&written] {
+        if (std::exchange(written, true))
+            return;
+        QThread::msleep(10);
+        QVariantList records = PropertyList::readFile(Paths::assignmentsFile())->toList();
+        records.append(QVariantMap{{AssignmentKeys::Name, "From the phone"}});
+        PropertyList::writeFile(Paths::assignmentsFile(), records);
+    });
+    sheet = openPreview(w, QStringLiteral("feed-before.ics"));
+    ASSERT_NE(sheet, nullptr);
+    QTest::mouseClick(sheet->importButton(), Qt::LeftButton);
+    QObject::disconnect(during);
+    EXPECT_EQ(sheet->result().added, 0);
+    QCoreApplication::processEvents();
+    const QList<Alerts::Request> told = Alerts::takeAsked();
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told[0].message.startsWith("Nothing was imported: the assignments file changed on disk"));
+    QStringList expected = before;
+    expected.append("From the phone");
+    expected.sort();
+    EXPECT_EQ(storedNames(true), expected);
+    EXPECT_TRUE(w.shown().contains("From the phone"));
+
+    importAll(w, QStringLiteral("feed-before.ics"));
+    EXPECT_TRUE(storedNames(true).contains("Lab 9"));
+    EXPECT_TRUE(storedNames(true).contains("From the phone"));
 }
 
 TEST(CalendarImportWindow, EveryControlOfThePreviewHasAnAccessibleName)

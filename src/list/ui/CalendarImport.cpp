@@ -171,7 +171,14 @@ ImportPlan::Result apply(Controller &controller, const ImportPlan &plan)
     controller.history().nameNextChange(HistoryRecorder::ImportName);
     if (!addedCourses.isEmpty())
         controller.history().accompanyNextChange(coursesCompanion(addedCourses));
-    controller.saveData();
+    if (!controller.saveData()) {
+        // Nothing may count as imported: a subscription would take its items for ones the student
+        // deleted, and never bring them back.
+        Alerts::inform(AlertTitle, QStringLiteral("Nothing was imported: the assignments file changed on disk "
+                                                  "meanwhile, or could not be written.  Import again to add to it as "
+                                                  "it is now."));
+        return {};
+    }
     // Rebuilds the filter bar and the course choices with any course just added.
     controller.updateWindowInformation();
     return result;
