@@ -111,13 +111,14 @@ void CalDavSyncRunner::done()
         return;
     }
     CalDavSync::Outcome &outcome = result->outcome;
+    const bool usable = m_local && m_local->isUsable();
     // The records as they are now, converted once for the comparison and the backup.
-    const QList<QVariantMap> now = m_local && m_local->isUsable() ? m_local->records() : QList<QVariantMap>();
-    if (m_local && m_local->isUsable())
+    const QList<QVariantMap> now = usable ? m_local->records() : QList<QVariantMap>();
+    if (usable)
         outcome.conflictLosers << keepEditsMadeDuringTheSync(outcome, now);
     bool ok = outcome.ok;
     QString message = ok ? summaryText(outcome) : outcome.error;
-    if (result->stateReadable && m_local && m_local->isUsable()) {
+    if (result->stateReadable && usable) {
         bool backedUp = true;
         if (!outcome.conflictLosers.isEmpty()) {
             backedUp = backUpLosers(now, outcome.conflictLosers);

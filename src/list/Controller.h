@@ -96,7 +96,6 @@ public:
     // in the record's place) and the calendar redrawn.
     bool replaceShown(AssignmentRef record, const AssignmentRef &replacement);
     bool appendRecord(const AssignmentRef &record);
-    bool removeRecord(const AssignmentRef &record);
     // Removes these records and every record equal to one of them.
     bool removeEqualRecords(const AssignmentList &records);
     // A record the lists took in before the document had it (an assignment being added) goes to

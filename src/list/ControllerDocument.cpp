@@ -122,14 +122,6 @@ bool Controller::appendRecord(const AssignmentRef &record)
     return saved;
 }
 
-bool Controller::removeRecord(const AssignmentRef &record)
-{
-    const bool saved = m_document->remove(record, this);
-    if (saved && !m_quietSave)
-        m_history.saved();
-    return saved;
-}
-
 bool Controller::removeEqualRecords(const AssignmentList &records)
 {
     const bool saved = m_document->removeEqual(records, this);

@@ -156,20 +156,6 @@ bool AssignmentsDocument::insert(qsizetype row, const AssignmentList &added, QOb
     return saved;
 }
 
-bool AssignmentsDocument::remove(const AssignmentRef &record, QObject *source)
-{
-    if (!isCurrentOrReload())
-        return false;
-    const qsizetype row = m_records.indexOf(record);
-    if (row < 0)
-        return false;
-    m_departed = {m_records.takeAt(row)};
-    const bool saved = write();
-    ++m_changes;
-    Q_EMIT rowsRemoved(row, 1, source);
-    return saved;
-}
-
 bool AssignmentsDocument::removeEqual(AssignmentList gone, QObject *source)
 {
     // `gone` is held by value: when the file changed underneath, the reread frees the records the

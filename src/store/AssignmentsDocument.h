@@ -62,7 +62,6 @@ public:
     // write failure, or the file changed underneath and was reread instead).
     bool insert(qsizetype row, const AssignmentList &added, QObject *source = nullptr);
     bool append(const AssignmentList &added, QObject *source = nullptr) { return insert(-1, added, source); }
-    bool remove(const AssignmentRef &record, QObject *source = nullptr);
     // Removes every record equal to one of `gone`, announced run by run of neighbouring rows and
     // saved once. Matching by contents lets the removal go onto a file replaced underneath.
     bool removeEqual(AssignmentList gone, QObject *source = nullptr);
